@@ -1,0 +1,54 @@
+# What every target of the project shares: the language, the warnings, the place of the binaries, the tests.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_AUTOMOC OFF)
+set(CMAKE_AUTOUIC OFF)
+set(CMAKE_AUTORCC OFF)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set_property(GLOBAL PROPERTY AUTOGEN_SOURCE_GROUP "Generated")
+
+option(QUORVEL_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+
+# The one place for warnings and sanitizers.
+add_library(quorvel_flags INTERFACE)
+target_compile_options(
+    quorvel_flags
+    INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
+              -Wformat=2 -Werror)
+target_compile_definitions(quorvel_flags INTERFACE QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+if(QUORVEL_SANITIZE)
+    target_compile_options(quorvel_flags INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer
+                                                   -fno-sanitize-recover=all)
+    target_link_options(quorvel_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# quorvel_add_test(<file.cpp> <library>... [SERIAL] [WINDOW])
+#
+# Makes one executable of one test file, called after the file, and registers each of its tests with CTest.
+#   SERIAL  its tests measure real time and run alone.
+#   WINDOW  its tests show windows: they run on Qt's offscreen platform, with a main() that makes the
+#           application object (tests/windows/main.cpp).
+function(quorvel_add_test file)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "SERIAL;WINDOW" "" "")
+    string(REGEX REPLACE "[/.]" "_" name ${file})
+    string(REGEX REPLACE "_cpp$" "" name ${name})
+    add_executable(${name} ${file})
+    target_link_libraries(${name} PRIVATE ${arg_UNPARSED_ARGUMENTS} quorvel_flags GTest::gmock)
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
+    set(properties TIMEOUT 300)
+    if(arg_WINDOW)
+        target_link_libraries(${name} PRIVATE quorvel_window_test_main)
+    else()
+        target_link_libraries(${name} PRIVATE GTest::gtest_main)
+    endif()
+    if(arg_SERIAL)
+        list(APPEND properties RUN_SERIAL TRUE)
+    endif()
+    get_filename_component(room ${file} DIRECTORY)
+    list(APPEND properties LABELS ${room})
+    gtest_discover_tests(${name} PROPERTIES ${properties} DISCOVERY_TIMEOUT 60
+                         EXTRA_ARGS --gtest_brief=1)
+endfunction()
+include(GoogleTest)
