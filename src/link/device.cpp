@@ -1,0 +1,103 @@
+#include "link/device.h"
+
+#include "text/number.h"
+
+#include <QEventLoop>
+#include <QTcpSocket>
+#include <QTimer>
+
+#include <array>
+#include <cctype>
+#include <chrono>
+
+namespace quorvel::link {
+
+namespace {
+
+constexpr std::string_view kTcpPrefix = "tcp:";
+constexpr auto kConnectTimeout = std::chrono::seconds(5);
+
+/// The texts between the commas, as many as "9600,n,8,1" has; nothing when there are more or fewer.
+std::optional<std::array<std::string_view, 4>> fourFields(std::string_view text)
+{
+    std::array<std::string_view, 4> fields;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const auto comma = text.find(',');
+        const bool last = i + 1 == fields.size();
+        if ((comma == std::string_view::npos) != last) return std::nullopt;
+        fields[i] = text.substr(0, comma);
+        if (!last) text.remove_prefix(comma + 1);
+    }
+    return fields;
+}
+
+/// Waits for the connection while windows repaint; input is left waiting.
+bool waitUntilConnected(QTcpSocket& socket)
+{
+    QEventLoop loop;
+    QObject::connect(&socket, &QTcpSocket::stateChanged, &loop, [&loop](QAbstractSocket::SocketState state) {
+        if (state == QAbstractSocket::ConnectedState || state == QAbstractSocket::UnconnectedState)
+            loop.quit();
+    });
+    QTimer::singleShot(kConnectTimeout, &loop, &QEventLoop::quit);
+    const auto state = socket.state();
+    if (state != QAbstractSocket::ConnectedState && state != QAbstractSocket::UnconnectedState) {
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
+    return socket.state() == QAbstractSocket::ConnectedState;
+}
+
+OpenedDevice openTcp(const QString& name)
+{
+    const auto colon = name.lastIndexOf(u':');
+    auto host = name.mid(static_cast<qsizetype>(kTcpPrefix.size()),
+                         colon - static_cast<qsizetype>(kTcpPrefix.size()));
+    if (host.startsWith(u'[') && host.endsWith(u']')) host = host.mid(1, host.size() - 2);
+    bool isNumber = false;
+    const auto port = name.mid(colon + 1).toUShort(&isNumber);
+    if (host.isEmpty() || !isNumber || port == 0) {
+        return {nullptr, QStringLiteral("%1 is not a device server's address. Write it as tcp:host:port, for "
+                                        "example tcp:192.168.0.7:4001.")
+                             .arg(name)};
+    }
+    auto socket = std::make_unique<QTcpSocket>();
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    socket->connectToHost(host, port);
+    if (!waitUntilConnected(*socket)) {
+        const auto why = socket->error() == QAbstractSocket::UnknownSocketError
+                             ? QStringLiteral("it did not answer within 5 s")
+                             : socket->errorString();
+        return {nullptr, QStringLiteral("%1 cannot be reached: %2. Check the device server and the network.")
+                             .arg(name, why)};
+    }
+    // Frames go out one character at a time; they must not be gathered.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    return {std::move(socket), {}};
+}
+
+} // namespace
+
+std::optional<LineSettings> parseLineSettings(std::string_view text)
+{
+    const auto fields = fourFields(text);
+    if (!fields) return std::nullopt;
+    const auto& [baud, parity, dataBits, stopBits] = *fields;
+    LineSettings line;
+    line.baud = static_cast<int>(text::Val(baud));
+    line.parity =
+        parity.size() == 1 ? static_cast<char>(std::tolower(static_cast<unsigned char>(parity[0]))) : '?';
+    line.dataBits = text::integerOf(dataBits);
+    line.stopBits = text::integerOf(stopBits);
+    const bool valid = text::allDigits(baud) && line.baud >= 50 && line.baud <= 4'000'000 &&
+                       std::string_view("neoms").find(line.parity) != std::string_view::npos &&
+                       line.dataBits >= 5 && line.dataBits <= 8 && line.stopBits >= 1 && line.stopBits <= 2;
+    return valid ? std::optional(line) : std::nullopt;
+}
+
+OpenedDevice openDevice(const QString& name, const LineSettings& line)
+{
+    if (name.startsWith(QLatin1String(kTcpPrefix.data()))) return openTcp(name);
+    return openSerialPort(name, line);
+}
+
+} // namespace quorvel::link

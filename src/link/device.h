@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QIODevice>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace quorvel::link {
+
+/// How characters travel on the line.
+struct LineSettings {
+    int baud = 9600;
+    char parity = 'n'; ///< lower case: n none, e even, o odd, m mark, s space
+    int dataBits = 8;  ///< 5..8
+    int stopBits = 1;  ///< 1 or 2
+    bool rts = false;  ///< request to send, switched on after opening
+    bool dtr = false;  ///< data terminal ready, switched on after opening
+};
+
+/// Reads "9600,n,8,1": baud, parity letter (either case), data bits, stop bits.
+/// @return nothing when the text has another form or a value that no serial port has.
+std::optional<LineSettings> parseLineSettings(std::string_view text);
+
+/// The one verdict on an attempt to open: a device that is open for reading and writing, or the reason in words
+/// (what happened and what to do next).
+struct OpenedDevice {
+    std::unique_ptr<QIODevice> device;
+    QString reason;
+};
+
+/// Opens a serial port by its device path or COM name, or a serial device server by "tcp:host:port" (an IPv6
+/// address stands in brackets). The port is held exclusively: a second program is refused.
+///
+/// An open device emits `readChannelFinished` when it vanishes (adapter pulled, connection closed); its
+/// errorString() then tells why. Never shows a box. Waits up to 5 s for a device server.
+OpenedDevice openDevice(const QString& name, const LineSettings& line);
+
+/// openDevice() for serial ports; one source file per platform.
+OpenedDevice openSerialPort(const QString& name, const LineSettings& line);
+
+} // namespace quorvel::link

@@ -1,0 +1,80 @@
+#include "link/portlist.h"
+
+#include <algorithm>
+#include <set>
+
+namespace quorvel::link {
+
+PortList::PortList(QStringList handedIn, Enumerator enumerate)
+    : handedIn_(std::move(handedIn)), enumerate_(std::move(enumerate))
+{
+    refresh();
+}
+
+void PortList::refresh()
+{
+    std::vector<PortInfo> ports;
+    const auto append = [&ports](const PortInfo& port) {
+        const bool listed = std::any_of(ports.begin(), ports.end(), [&port](const PortInfo& other) {
+            return other.device == port.device;
+        });
+        if (!listed) ports.push_back(port);
+    };
+    for (const auto& device : handedIn_) {
+        append({device, {}, {}});
+    }
+    for (const auto& port : enumerate_()) {
+        append(port);
+    }
+    for (const auto& device : added_) {
+        append({device, {}, {}});
+    }
+    number(ports);
+}
+
+int PortList::add(const QString& device)
+{
+    if (indexOf(device) < 0) {
+        added_.append(device);
+        refresh();
+    }
+    return indexOf(device);
+}
+
+void PortList::number(const std::vector<PortInfo>& ports)
+{
+    std::set<int> taken;
+    for (const auto& port : ports) {
+        if (port.number) taken.insert(*port.number);
+    }
+    entries_.clear();
+    int next = 1;
+    for (const auto& port : ports) {
+        while (!port.number && taken.count(next) > 0) {
+            ++next;
+        }
+        const int number = port.number.value_or(next);
+        taken.insert(number);
+        const auto name = QStringLiteral("COM%1").arg(number);
+        QStringList words{name};
+        if (port.device != name) words << port.device;
+        if (!port.description.isEmpty()) words << port.description;
+        entries_.push_back({number, port.device, words.join(u' ')});
+    }
+}
+
+QString PortList::deviceOf(int number) const
+{
+    const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                    [number](const PortEntry& entry) { return entry.number == number; });
+    return found == entries_.end() ? QString() : found->device;
+}
+
+int PortList::indexOf(const QString& device) const
+{
+    const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                    [&device](const PortEntry& entry) { return entry.device == device; });
+    return found == entries_.end() ? -1 : static_cast<int>(found - entries_.begin());
+}
+
+} // namespace quorvel::link
