@@ -1,0 +1,20 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+/// `quorvelctl`: the transactions of the windows for scripts and for machines without a display. Data goes to
+/// stdout, words to stderr; the exit status is 0 answered, 1 not answered or refused, 2 wrong usage.
+namespace quorvel::ctl {
+
+class Console;
+
+/// main() of `quorvelctl` and `quorvelctl-factory`.
+int runControl(int argc, char* argv[]);
+
+// Each adds its subcommands to the command line; their callbacks do the work and leave the exit status in the
+// console.
+void addBusCommands(CLI::App& app, Console& console); ///< ports, search, read, watch
+
+} // namespace quorvel::ctl

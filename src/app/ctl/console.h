@@ -1,0 +1,64 @@
+#pragma once
+
+#include "link/bench.h"
+#include "link/clock.h"
+#include "link/module1.h"
+#include "link/mscomm.h"
+#include "link/portlist.h"
+
+#include <QJsonObject>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorvel::ctl {
+
+inline constexpr int kAnswered = 0;
+inline constexpr int kNotAnswered = 1;
+inline constexpr int kWrongUsage = 2;
+
+/// The options that all subcommands share. They may stand before or after the subcommand.
+struct CommonOptions {
+    std::string port;       ///< device path or tcp:host:port; empty: the first of the port list
+    std::string address;    ///< 1..249, decimal
+    std::string type = "A"; ///< A, B, C or D
+    bool json = false;
+};
+
+/// What every subcommand works with: the options, the link, the way to answer.
+class Console {
+public:
+    explicit Console(const QString& edition);
+
+    CommonOptions options;
+    int status = kAnswered; ///< of the program
+
+    link::Bench& bench() { return bench_; }
+    link::Module1& module1() { return *module1_; }
+    const link::PortList& ports() const { return *ports_; }
+
+    /// Takes the options over and opens the port.
+    /// @return false when that failed: the reason is on stderr and the status set; the command ends.
+    bool openPort();
+    /// openPort(), after checking that --address is a readout's.
+    bool openReadout();
+    /// The checked --address.
+    int address() const;
+
+    /// Words for the person, on stderr.
+    void tell(const QString& words) const;
+    /// tell() and an exit status.
+    void fail(int exitStatus, const QString& words);
+    /// One line of data on stdout: the object with --json, else the text.
+    void answer(const QString& text, const QJsonObject& object) const;
+
+private:
+    link::Bench bench_;
+    link::SystemClock clock_;
+    std::unique_ptr<link::PortList> ports_;
+    std::unique_ptr<link::MSComm> mscomm1_;
+    std::unique_ptr<link::Module1> module1_;
+};
+
+} // namespace quorvel::ctl

@@ -1,0 +1,52 @@
+#include "app/demo_bus.h"
+#include "app/edition.h"
+#include "app/openers.h"
+#include "app/options.h"
+#include "app/program_folder.h"
+#include "app/workplace.h"
+
+#include <QApplication>
+
+#include <cstdio>
+
+namespace quorvel {
+
+namespace {
+
+int wrongUsage(const QString& what)
+{
+    std::fprintf(stderr, "%s\nRun with --help for more information.\n", qPrintable(what));
+    return kWrongUsage;
+}
+
+} // namespace
+
+int runProgram(int argc, char* argv[])
+{
+    Options options;
+    int status = 0;
+    if (!readOptions(argc, argv, options, status)) return status;
+
+    std::vector<char*> qtArguments{argv[0]};
+    for (auto& argument : options.rest) {
+        qtArguments.push_back(argument.data());
+    }
+    int count = static_cast<int>(qtArguments.size());
+    qtArguments.push_back(nullptr);
+    QApplication application(count, qtArguments.data());
+    if (count > 1) return wrongUsage(QStringLiteral("Unknown argument: %1").arg(qtArguments[1]));
+    QApplication::setApplicationName(QStringLiteral("quorvel"));
+
+    DemoBus demo;
+    QString trouble;
+    if (options.demo) {
+        trouble = demo.start();
+        if (trouble.isEmpty()) options.ports.prepend(demo.device());
+    }
+    Workplace workplace(options.ports, programFolder(options.folder), QString::fromLatin1(kEdition));
+    if (!trouble.isEmpty()) workplace.form1.showStatus(trouble);
+    workplace.form1.show();
+    return QApplication::exec();
+}
+
+} // namespace quorvel

@@ -1,0 +1,9 @@
+#pragma once
+
+namespace quorvel {
+
+struct Workplace;
+
+// What the menu items open; one function and one source file per room.
+
+} // namespace quorvel

@@ -1,0 +1,22 @@
+#include "app/program_folder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+namespace quorvel {
+
+std::filesystem::path programFolder(const std::string& wanted)
+{
+    if (!wanted.empty()) return std::filesystem::absolute(wanted);
+    const QDir own(QCoreApplication::applicationDirPath());
+    if (QFileInfo(own.path()).isWritable()) return own.filesystemPath();
+    const QDir users(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+    users.mkpath(QStringLiteral("."));
+    const auto readme = QStringLiteral("readme.txt");
+    if (!users.exists(readme)) QFile::copy(own.filePath(readme), users.filePath(readme));
+    return users.filesystemPath();
+}
+
+} // namespace quorvel

@@ -1,0 +1,359 @@
+#include "main/form1.h"
+
+#include "link/address.h"
+#include "link/bytes.h"
+#include "main/form3.h"
+#include "main/inputfilter.h"
+#include "main/search.h"
+#include "text/number.h"
+#include "ui_form1.h"
+
+#include <QCloseEvent>
+#include <QFontDatabase>
+
+#include <array>
+
+namespace quorvel {
+
+using link::bytes;
+using link::shown;
+
+namespace {
+
+constexpr auto kOpenComm = "OpenComm";
+constexpr auto kCloseComm = "CloseComm";
+constexpr auto kImmediateReading = "Immediate Reading";
+constexpr auto kStop = "Stop";
+constexpr auto kPortError = "The Commport is error,please change!";
+constexpr auto kAddressError = "Address Error";
+constexpr auto kLineSettings = "9600,n,8,1";
+
+constexpr int kPortNamePrefix = 3;  // "COM"
+constexpr float kTurnOfReading = 1; // s between two looks at the time of day
+
+/// What choosing an instrument type shows and hides, besides its number and the caption of `fz`.
+struct TypeRow {
+    const char* option;
+    link::InstrumentType type;
+    const char* fzCaption;
+    bool yGrayscale, z1Grayscale, z2Grayscale, yDirection, zDirection, stitching;
+};
+constexpr TypeRow kTypes[] = {
+    {"Option1", link::TypeA, "Invert and Swap", true, false, false, true, false, false},
+    {"Option2", link::TypeB, "Invert and Swap", true, false, false, true, false, true},
+    {"Option3", link::TypeC, "Invert and Swap", true, true, true, true, true, false},
+    {"Option4", link::TypeD, "Invert", false, false, false, false, false, false},
+};
+
+/// Menu items that lead to other windows, and whether they ask first that the port is open.
+struct MenuRow {
+    const char* action;
+    bool guarded;
+};
+constexpr MenuRow kWindows[] = {
+    {"ChangeAddress", true},
+    {"WireSetting", true},
+    {"offset", true},
+    {"OS", true},
+    {"fz", true},
+    {"ClockSetting", true},
+    {"ResetSetting", false},
+    {"AutomaticReading", true},
+    {"X_GrayScale_Data", false},
+    {"Y_GrayScale_Data", false},
+    {"Z1_GrayScale_Data", false},
+    {"Z2_GrayScale_Data", false},
+    {"XD", false},
+    {"YD", false},
+    {"ZD", false},
+    {"SL", true},
+};
+
+} // namespace
+
+Form1::Form1(link::Bench& bench, link::PortList& ports, link::Module1& module1, link::Gate& gate,
+             Messages& messages, QWidget* parent)
+    : QMainWindow(parent), ui_(std::make_unique<Ui::Form1>()), bench_(bench), ports_(ports),
+      module1_(module1), gate_(gate), messages_(messages)
+{
+    ui_->setupUi(this);
+    // Designer tells its members apart; the window has two labels of this name, one in the search frame.
+    ui_->valueLabel->setObjectName(QStringLiteral("Label1"));
+    ui_->List1->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    InputFilter::letThrough(ui_->menubar);
+    connectControls();
+    connectMenus();
+
+    ui_->Option1->setChecked(true);
+    ui_->NoList->clear();
+    ComboList();
+    ui_->cal->menuAction()->setVisible(!bench_.isUserEdition());
+    showPortState();
+    timer1_.start(std::chrono::seconds(1));
+}
+
+Form1::~Form1() = default;
+
+void Form1::connectControls()
+{
+    gate_.guard(ui_->Command1, &QPushButton::clicked, this, &Form1::Command1_Click);
+    connect(ui_->Command2, &QPushButton::clicked, this, &Form1::Command2_Click);
+    gate_.guard(ui_->Command4, &QPushButton::clicked, this, &Form1::Command4_Click);
+    connect(ui_->TestNo, &QLineEdit::textChanged, this,
+            [this](const QString& text) { bench_.currentAddress = text; });
+    for (const auto& row : kTypes) {
+        connect(findChild<QRadioButton*>(row.option), &QRadioButton::toggled, this,
+                [this, type = row.type](bool on) {
+                    if (on) selectType(type);
+                });
+    }
+    ui_->RefreshPorts->setShortcut(Qt::Key_F5);
+    connect(ui_->AddPort, &QAction::triggered, this, &Form1::addPort);
+    connect(ui_->RefreshPorts, &QAction::triggered, this, &Form1::refreshPorts);
+    connect(&timer1_, &QTimer::timeout, this, &Form1::Timer1_Timer);
+    connect(&module1_.port(), &link::MSComm::lost, this, &Form1::portLost);
+    connect(&gate_, &link::Gate::refused, this, [this] {
+        showStatus(ui_->Command2->text() == kStop ? tr("Immediate Reading is running. Press Stop first.")
+                                                  : tr("Please wait until the running command has ended."));
+    });
+}
+
+void Form1::connectMenus()
+{
+    for (const auto& row : kWindows) {
+        auto* action = findChild<QAction*>(row.action);
+        action->setEnabled(false);
+        connect(action, &QAction::triggered, this, [this, row] {
+            if (row.guarded && !gate_.busy() && !module1_.port().PortOpen()) {
+                messages_.say(this, kPortNotOpened);
+            } else {
+                openWindow(row.action);
+            }
+        });
+    }
+    connect(ui_->ImmediateReading, &QAction::triggered, this, &Form1::Command2_Click);
+    openers_[ui_->Help->objectName()] = [this] { Help_Click(); };
+    connect(ui_->Help, &QAction::triggered, this, [this] { openWindow(ui_->Help->objectName()); });
+    connect(ui_->Quit, &QAction::triggered, this, &Form1::Quit_Click);
+}
+
+void Form1::setOpener(const QString& action, std::function<void()> opener)
+{
+    findChild<QAction*>(action)->setEnabled(true);
+    openers_[action] = std::move(opener);
+}
+
+// The opened window has handlers of its own that go through the gate, so the gate is only asked here.
+void Form1::openWindow(const QString& action)
+{
+    if (gate_.busy()) {
+        Q_EMIT gate_.refused();
+        return;
+    }
+    openers_.at(action)();
+}
+
+void Form1::showStatus(const QString& text) { ui_->statusbar->showMessage(text); }
+
+void Form1::selectType(link::InstrumentType type)
+{
+    const auto& row = kTypes[type - link::TypeA];
+    bench_.instrumentType = row.type;
+    ui_->fz->setText(row.fzCaption);
+    ui_->Y_GrayScale_Data->setVisible(row.yGrayscale);
+    ui_->Z1_GrayScale_Data->setVisible(row.z1Grayscale);
+    ui_->Z2_GrayScale_Data->setVisible(row.z2Grayscale);
+    ui_->YD->setVisible(row.yDirection);
+    ui_->ZD->setVisible(row.zDirection);
+    ui_->SL->setVisible(row.stitching);
+}
+
+void Form1::Timer1_Timer() { elapsedSeconds_ += static_cast<float>(timer1_.interval()) / 1000; }
+
+void Form1::ComboList()
+{
+    ui_->Combo1->clear();
+    for (const auto& entry : ports_.entries()) {
+        ui_->Combo1->addItem(entry.text, entry.device);
+        ui_->Combo1->setItemData(ui_->Combo1->count() - 1, entry.text, Qt::ToolTipRole);
+    }
+    selectPort(0);
+}
+
+void Form1::selectPort(int index)
+{
+    if (ui_->Combo1->count() > 0) ui_->Combo1->setCurrentIndex(std::max(index, 0));
+}
+
+void Form1::addPort()
+{
+    const auto device = messages_.askText(this, tr("Add port"), tr("Device path or tcp:host:port"));
+    if (device.isEmpty()) return;
+    const int index = ports_.add(device);
+    ComboList();
+    selectPort(index);
+}
+
+void Form1::refreshPorts()
+{
+    const auto selected = ui_->Combo1->currentData().toString();
+    ports_.refresh();
+    ComboList();
+    selectPort(ports_.indexOf(selected));
+    showStatus(tr("Ports found: %1").arg(ui_->Combo1->count()));
+}
+
+void Form1::Command1_Click()
+{
+    auto& port = module1_.port();
+    if (port.PortOpen()) {
+        port.setPortOpen(false);
+        showStatus(tr("Port closed."));
+    } else {
+        port.setSettings(kLineSettings);
+        port.setCommPort(text::integerOf(bytes(ui_->Combo1->currentText().mid(kPortNamePrefix))));
+        const auto reason = port.setPortOpen(true);
+        showStatus(reason.isEmpty() ? tr("%1 is open.").arg(port.deviceName()) : reason);
+        if (!reason.isEmpty()) messages_.say(this, kPortError);
+    }
+    showPortState();
+}
+
+QString Form1::OpenComm(const QString& portNumber)
+{
+    auto& port = module1_.port();
+    const int number = text::integerOf(bytes(portNumber));
+    port.setPortOpen(false);
+    port.setRTSEnable(true);
+    port.setDTREnable(true);
+    port.setCommPort(number <= 0 || number >= 6 ? 1 : number);
+    port.setSettings("9600,M,8,1");
+    return port.setPortOpen(true);
+}
+
+void Form1::showPortState()
+{
+    const bool open = module1_.port().PortOpen();
+    ui_->Command1->setText(open ? kCloseComm : kOpenComm);
+    ui_->AddPort->setEnabled(!open);
+    ui_->RefreshPorts->setEnabled(!open);
+}
+
+void Form1::portLost(const QString& reason)
+{
+    stopFlag_ = true;
+    showPortState();
+    showStatus(reason);
+}
+
+void Form1::Command4_Click()
+{
+    if (!module1_.port().PortOpen()) {
+        messages_.say(this, kPortNotOpened);
+        return;
+    }
+    ui_->NoList->setText(search::kSearching);
+    module1_.SendFrame(search::searchFrame());
+    module1_.WaitForInput(search::kAnswerTime, 0);
+    const auto addresses = search::foundAddresses(module1_.takeInput());
+    ui_->NoList->setText(shown(search::foundText(addresses)));
+    showStatus(tr("Readouts found: %1").arg(addresses.size()));
+    if (!addresses.empty()) ui_->TestNo->setText(shown(addresses.front()));
+}
+
+void Form1::Command2_Click()
+{
+    if (ui_->Command2->text() == kStop) {
+        stopFlag_ = true;
+        ui_->Command1->setEnabled(false);
+        return;
+    }
+    gate_.run([this] { immediateReading(); });
+}
+
+bool Form1::addressIsValid()
+{
+    const double address = text::Val(bytes(ui_->TestNo->text()));
+    return address >= link::kLowestAddress && address <= link::kHighestAddress;
+}
+
+void Form1::immediateReading()
+{
+    if (!module1_.port().PortOpen()) {
+        messages_.say(this, kPortNotOpened);
+        return;
+    }
+    if (!addressIsValid()) {
+        messages_.say(this, kAddressError);
+        return;
+    }
+    beginReading();
+    for (;;) {
+        module1_.clock().letEventsRun();
+        if (stopFlag_ || gate_.stopRequested()) break;
+        const auto time = module1_.clock().now().toString(QStringLiteral("HH:mm:ss"));
+        if (time.endsWith(u'0')) addReading(time);
+        module1_.WaitForInput(kTurnOfReading, 0);
+    }
+    endReading();
+}
+
+void Form1::beginReading()
+{
+    ui_->Command2->setText(kStop);
+    ui_->Command1->setEnabled(false);
+    ui_->Command4->setEnabled(false);
+    for (auto* widget : std::initializer_list<QWidget*>{ui_->Command2, ui_->TestNo, ui_->List1}) {
+        InputFilter::letThrough(widget);
+    }
+    stopFlag_ = false;
+    ui_->List1->clear();
+    showStatus(tr("A reading is taken every ten seconds, when the seconds end in 0."));
+}
+
+// The address is read anew for each reading: the operator may turn to another readout meanwhile.
+void Form1::addReading(const QString& time)
+{
+    const int address = text::integerOf(bytes(ui_->TestNo->text()));
+    const auto line = time + QStringLiteral("  ") + shown(module1_.ReadSensorValues(address, bench_));
+    ui_->List1->addItem(line);
+    ui_->List1->setCurrentRow(ui_->List1->count() - 1);
+}
+
+void Form1::endReading()
+{
+    for (auto* widget : std::initializer_list<QWidget*>{ui_->Command2, ui_->TestNo, ui_->List1}) {
+        InputFilter::letThrough(widget, false);
+    }
+    ui_->Command2->setText(kImmediateReading);
+    ui_->Command1->setEnabled(true);
+    ui_->Command4->setEnabled(true);
+    if (module1_.port().PortOpen()) showStatus(tr("Immediate Reading has ended."));
+}
+
+void Form1::Help_Click()
+{
+    const auto file = bench_.programFolder / "readme.txt";
+    if (const auto reason = Form3::whyUnreadable(file); !reason.isEmpty()) {
+        messages_.say(this, reason);
+        return;
+    }
+    Form3(file, this).exec();
+}
+
+// Ends the program whatever runs: waits end at once, boxes are no longer shown.
+void Form1::Quit_Click()
+{
+    stopFlag_ = true;
+    module1_.abandon();
+    hide();
+    QCoreApplication::exit(0);
+}
+
+void Form1::closeEvent(QCloseEvent* event)
+{
+    if (module1_.port().PortOpen()) module1_.port().setPortOpen(false);
+    event->accept();
+}
+
+} // namespace quorvel

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "link/bench.h"
+#include "link/gate.h"
+#include "link/module1.h"
+#include "link/portlist.h"
+#include "main/messages.h"
+
+#include <QMainWindow>
+#include <QTimer>
+
+#include <functional>
+#include <map>
+#include <memory>
+
+namespace Ui {
+class Form1;
+}
+
+namespace quorvel {
+
+/// The main window: port, instrument type, search, live reading, and the menus that lead to all other windows.
+///
+/// It does not know the other windows: the program says with setOpener() what each menu item opens. An item
+/// without an opener is disabled.
+class Form1 final : public QMainWindow {
+    Q_OBJECT
+public:
+    /// All references must outlive the window.
+    Form1(link::Bench& bench, link::PortList& ports, link::Module1& module1, link::Gate& gate,
+          Messages& messages, QWidget* parent = nullptr);
+    ~Form1() override;
+
+    /// What the menu item called `action` ("ChangeAddress", "OS", "XD" ...) opens; called with the port open where
+    /// the item asks for it, and never while a handler talks to the bus.
+    void setOpener(const QString& action, std::function<void()> opener);
+
+    /// Shows a text in the status bar until the next one.
+    void showStatus(const QString& text);
+
+    /// Another way of opening the port: modem lines on, mark parity, COM1 to COM5 only. No control calls it;
+    /// it stays for readouts that want an address mark.
+    /// @return empty on success, otherwise the reason in words.
+    QString OpenComm(const QString& portNumber);
+
+    /// Seconds that `Timer1` has counted since the start. Nothing reads it but tests.
+    float ElapsedSeconds() const { return elapsedSeconds_; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void connectControls();
+    void connectMenus();
+    void ComboList();
+    void selectPort(int index);
+    void addPort();
+    void refreshPorts();
+    void showPortState();
+    void portLost(const QString& reason);
+    void selectType(link::InstrumentType type);
+    void openWindow(const QString& action);
+
+    void Command1_Click();
+    void Command2_Click();
+    void Command4_Click();
+    void Help_Click();
+    void Quit_Click();
+    void Timer1_Timer();
+
+    void immediateReading();
+    bool addressIsValid();
+    void beginReading();
+    void addReading(const QString& time);
+    void endReading();
+
+    std::unique_ptr<Ui::Form1> ui_;
+    link::Bench& bench_;
+    link::PortList& ports_;
+    link::Module1& module1_;
+    link::Gate& gate_;
+    Messages& messages_;
+    std::map<QString, std::function<void()>> openers_;
+    QTimer timer1_;
+    float elapsedSeconds_ = 0;
+    bool stopFlag_ = false;
+};
+
+} // namespace quorvel

@@ -1,0 +1,66 @@
+#include "main/qtmessages.h"
+
+#include "main/msgboxnew.h"
+
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QMessageBox>
+
+namespace quorvel {
+
+namespace {
+
+constexpr auto kTitle = "QUORVEL";
+
+/// Boxes show a line feed as a new line and have no glyph for the carriage return before it.
+QString inLines(QString text) { return text.replace(QLatin1String("\r\n"), QLatin1String("\n")); }
+
+QMessageBox::StandardButton show(QWidget* parent, const QString& text, QMessageBox::Icon icon,
+                                 QMessageBox::StandardButtons buttons)
+{
+    QMessageBox box(icon, kTitle, inLines(text), buttons, parent);
+    box.setTextFormat(Qt::PlainText);
+    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+} // namespace
+
+void QtMessages::say(QWidget* parent, const QString& text)
+{
+    const link::Gate::Box open(gate_);
+    show(parent, text, QMessageBox::NoIcon, QMessageBox::Ok);
+}
+
+bool QtMessages::ask(QWidget* parent, const QString& text)
+{
+    const link::Gate::Box open(gate_);
+    return show(parent, text, QMessageBox::Question, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
+
+void QtMessages::showResult(QWidget* parent, const QString& firstLine, const QString& secondLine)
+{
+    const link::Gate::Box open(gate_);
+    msgboxnew box(parent);
+    box.setFirstLine(firstLine);
+    box.setSecondLine(secondLine);
+    box.exec();
+}
+
+QString QtMessages::chooseFile(QWidget* parent, const FileChoice& choice)
+{
+    const link::Gate::Box open(gate_);
+    QFileDialog dialog(parent, choice.caption, QString(), choice.filter);
+    dialog.setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
+    dialog.setAcceptMode(choice.toSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+QString QtMessages::askText(QWidget* parent, const QString& caption, const QString& label)
+{
+    const link::Gate::Box open(gate_);
+    return QInputDialog::getText(parent, caption, label).trimmed();
+}
+
+} // namespace quorvel
