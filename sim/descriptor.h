@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <unistd.h>
+#include <utility>
+
+namespace quorvelsim {
+
+/// Owns a file descriptor; -1 is none.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+    Descriptor(Descriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() { close(); }
+
+    void close()
+    {
+        if (descriptor_ >= 0) ::close(descriptor_);
+        descriptor_ = -1;
+    }
+    [[nodiscard]] int get() const { return descriptor_; }
+    [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+
+private:
+    int descriptor_ = -1;
+};
+
+/// Everything that can be read at once without waiting.
+/// @param ended  set true when the other side has closed or the descriptor is broken.
+std::string readAvailable(int descriptor, bool& ended);
+
+/// "what: reason of the last failed call".
+std::string systemError(const std::string& what);
+
+} // namespace quorvelsim

@@ -1,0 +1,46 @@
+#include "sim/transport.h"
+
+#include "sim/descriptor.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace quorvelsim {
+
+std::string readAvailable(int descriptor, bool& ended)
+{
+    std::string all;
+    char buffer[4096];
+    for (;;) {
+        const auto count = ::read(descriptor, buffer, sizeof buffer);
+        if (count > 0) {
+            all.append(buffer, static_cast<std::size_t>(count));
+        } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
+            ended = true;
+            return all;
+        } else if (errno == EAGAIN) {
+            return all;
+        }
+    }
+}
+
+std::string systemError(const std::string& what) { return what + ": " + std::strerror(errno); }
+
+void Transport::send(std::string_view characters)
+{
+    if (output() < 0) return;
+    pending_.append(characters.substr(0, kPending - std::min(kPending, pending_.size())));
+    flush();
+}
+
+void Transport::flush()
+{
+    while (output() >= 0 && !pending_.empty()) {
+        const auto count = ::write(output(), pending_.data(), pending_.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return;
+        pending_.erase(0, static_cast<std::size_t>(count));
+    }
+}
+
+} // namespace quorvelsim
