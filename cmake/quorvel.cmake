@@ -48,7 +48,7 @@ function(quorvel_add_test file)
     endif()
     get_filename_component(room ${file} DIRECTORY)
     list(APPEND properties LABELS ${room})
-    gtest_discover_tests(${name} PROPERTIES ${properties} DISCOVERY_TIMEOUT 60
+    gtest_discover_tests(${name} NO_PRETTY_VALUES PROPERTIES ${properties} DISCOVERY_TIMEOUT 60
                          EXTRA_ARGS --gtest_brief=1)
 endfunction()
 include(GoogleTest)
