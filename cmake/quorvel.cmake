@@ -26,13 +26,14 @@ endif()
 
 # quorvel_add_test(<file.cpp> <library>... [SERIAL] [WINDOW])
 #
-# Makes one executable of one test file, called after the file, and registers each of its tests with CTest.
+# Makes one executable of one test file, called after its folder and itself, and registers each of its tests with CTest.
 #   SERIAL  its tests measure real time and run alone.
 #   WINDOW  its tests show windows: they run on Qt's offscreen platform, with a main() that makes the
-#           application object (tests/windows/main.cpp).
+#           application object (tests/support/window_test_main.cpp).
 function(quorvel_add_test file)
     cmake_parse_arguments(PARSE_ARGV 1 arg "SERIAL;WINDOW" "" "")
-    string(REGEX REPLACE "[/.]" "_" name ${file})
+    file(RELATIVE_PATH place ${CMAKE_SOURCE_DIR}/tests ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+    string(REGEX REPLACE "[/.]" "_" name ${place})
     string(REGEX REPLACE "_cpp$" "" name ${name})
     add_executable(${name} ${file})
     target_link_libraries(${name} PRIVATE ${arg_UNPARSED_ARGUMENTS} quorvel_flags GTest::gmock)
@@ -46,9 +47,9 @@ function(quorvel_add_test file)
     if(arg_SERIAL)
         list(APPEND properties RUN_SERIAL TRUE)
     endif()
-    get_filename_component(room ${file} DIRECTORY)
+    get_filename_component(room ${place} DIRECTORY)
     list(APPEND properties LABELS ${room})
-    gtest_discover_tests(${name} PROPERTIES ${properties} DISCOVERY_TIMEOUT 60
+    gtest_discover_tests(${name} NO_PRETTY_VALUES PROPERTIES ${properties} DISCOVERY_TIMEOUT 60
                          EXTRA_ARGS --gtest_brief=1)
 endfunction()
 include(GoogleTest)

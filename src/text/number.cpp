@@ -42,13 +42,29 @@ std::size_t skipExponent(std::string_view text, std::size_t at)
     return end > digits ? end : at;
 }
 
-/// std::from_chars leaves the value alone when it is out of range; a number with digits before the point or a
-/// positive exponent was too large, any other too small.
+/// The whole number after "e" or "E"; one that is too long for the type becomes its largest of that sign.
+std::int64_t exponentOf(std::string_view digits)
+{
+    constexpr auto kBeyond = std::numeric_limits<std::int32_t>::max();
+    if (digits.empty()) return 0;
+    const bool negative = digits.front() == '-';
+    if (negative || digits.front() == '+') digits.remove_prefix(1);
+    std::int32_t exponent = 0;
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
+    if (read.ec == std::errc::result_out_of_range) exponent = kBeyond;
+    return negative ? -std::int64_t{exponent} : exponent;
+}
+
+/// std::from_chars leaves the value alone when it is out of range, and does not say at which end: the place of
+/// the first digit that counts, moved by the exponent, does.
 double outOfRange(std::string_view number)
 {
-    const auto exponent = number.find_first_of("eE");
-    const bool tiny = exponent != std::string_view::npos && number[exponent + 1] == '-';
-    return tiny ? 0 : std::numeric_limits<double>::max();
+    const auto mantissa = number.substr(0, number.find_first_of("eE"));
+    const auto point = std::min(mantissa.find('.'), mantissa.size());
+    const auto first = std::min(mantissa.find_first_not_of("0."), mantissa.size());
+    const auto exponent = exponentOf(number.substr(std::min(mantissa.size() + 1, number.size())));
+    const auto place = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first) + exponent;
+    return place < 0 ? 0 : std::numeric_limits<double>::max();
 }
 
 LeadingNumber leadingNumber(std::string_view text)
@@ -77,7 +93,7 @@ LeadingNumber leadingNumber(std::string_view text)
     return {negative ? -value : value, at};
 }
 
-/// A finite number as its decimal digits: 0.d1d2d3... x 10^exponent. Zero has no digits.
+/// A number as its decimal digits: 0.d1d2d3... x 10^exponent. Zero and what is not finite have no digits.
 struct Decimal {
     bool negative = false;
     std::string digits;
@@ -88,8 +104,8 @@ template<typename Number>
 Decimal shortestDecimal(Number value)
 {
     Decimal decimal;
-    decimal.negative = value < 0;
     if (value == 0 || !std::isfinite(value)) return decimal;
+    decimal.negative = value < 0;
     std::array<char, 40> buffer{};
     const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), std::fabs(value),
                                        std::chars_format::scientific);
