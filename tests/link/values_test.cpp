@@ -9,8 +9,7 @@
 namespace quorvel::link {
 namespace {
 
-const std::string kGood = ":05210"
-                          "1+12.3456-00.0078FF\r\nxx"; // 29 characters
+const std::string kGood = ":052101+12.3456-00.0078FF\r\nxx"; // 29 characters
 
 TEST(Values, FrameNamesTheReadout)
 {
@@ -22,7 +21,7 @@ TEST(Values, LineShowsTheFieldsAsReceived)
 {
     ASSERT_EQ(kGood.size(), 29U);
     EXPECT_EQ(xyText(kGood), "  X: +12.3456  Y: -00.0078  ");
-    EXPECT_EQ(xyText(":052101   1.5       -  7  FF\r\n"), "  X:   1.5      Y:   -  7    ");
+    EXPECT_EQ(xyText(":052101   1.5  -  7    FF\r\nxx"), "  X:    1.5    Y: -  7      ");
 }
 
 TEST(Values, AnyOtherLengthIsACommError)
