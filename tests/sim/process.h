@@ -69,6 +69,7 @@ public:
         const Descriptor program(::open(QUORVEL_SIM, O_RDONLY)); // opened here: another user may not reach it
         arguments.insert(arguments.begin(), "quorvel-sim");
         std::vector<char*> argv;
+        argv.reserve(arguments.size() + 1);
         for (auto& argument : arguments)
             argv.push_back(argument.data());
         argv.push_back(nullptr);

@@ -73,7 +73,7 @@ TEST(Process, FindsAll249ReadoutsAtOnceWhenFast)
     const auto client = openRaw(sim.port());
     const auto start = seconds();
     say(client.get(), ":FF01FF");
-    EXPECT_EQ(listen(client.get(), 249 * 5).size(), 249U * 5);
+    EXPECT_EQ(listen(client.get(), std::size_t{249} * 5).size(), 249U * 5);
     EXPECT_LT(seconds() - start, 0.5);
 }
 
@@ -83,7 +83,7 @@ TEST(Process, FindsAll249ReadoutsAtThePaceOf9600Baud)
     const auto client = openRaw(sim.port());
     const auto start = seconds();
     say(client.get(), ":FF01FF");
-    EXPECT_EQ(listen(client.get(), 249 * 5).size(), 249U * 5);
+    EXPECT_EQ(listen(client.get(), std::size_t{249} * 5).size(), 249U * 5);
     const auto took = seconds() - start;
     constexpr double kOnTheWire = (8 + 249 * 5 + 248) * 10.0 / 9600; // the answers, and pauses between them
     EXPECT_GE(took, kOnTheWire);
