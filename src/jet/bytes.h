@@ -21,7 +21,7 @@ using ByteVector = std::vector<std::uint8_t>;
 inline constexpr std::size_t kPageSize = 4096;
 using Page = std::array<std::uint8_t, kPageSize>;
 
-template <class T>
+template<class T>
 T getNumber(Bytes bytes, std::size_t at)
 {
     T number = 0;
@@ -41,7 +41,7 @@ inline std::uint16_t get16(Bytes bytes, std::size_t at) { return getNumber<std::
 inline std::uint32_t get32(Bytes bytes, std::size_t at) { return getNumber<std::uint32_t>(bytes, at); }
 inline std::uint64_t get64(Bytes bytes, std::size_t at) { return getNumber<std::uint64_t>(bytes, at); }
 
-template <class T>
+template<class T>
 void putNumber(MutableBytes bytes, std::size_t at, T number)
 {
     if (at > bytes.size() || bytes.size() - at < sizeof(T)) return;
@@ -65,7 +65,7 @@ inline void putBytes(MutableBytes bytes, std::size_t at, Bytes source)
     std::memcpy(bytes.data() + at, source.data(), std::min(source.size(), bytes.size() - at));
 }
 
-template <class T>
+template<class T>
 void appendNumber(ByteVector& bytes, T number)
 {
     for (std::size_t i = 0; i < sizeof(T); ++i) {
@@ -76,7 +76,10 @@ inline void append8(ByteVector& bytes, std::uint8_t number) { bytes.push_back(nu
 inline void append16(ByteVector& bytes, std::uint16_t number) { appendNumber(bytes, number); }
 inline void append32(ByteVector& bytes, std::uint32_t number) { appendNumber(bytes, number); }
 inline void append64(ByteVector& bytes, std::uint64_t number) { appendNumber(bytes, number); }
-inline void appendBytes(ByteVector& bytes, Bytes more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
+inline void appendBytes(ByteVector& bytes, Bytes more)
+{
+    bytes.insert(bytes.end(), more.begin(), more.end());
+}
 
 /// Big-endian, as index keys have them.
 inline void append32BigEndian(ByteVector& bytes, std::uint32_t number)

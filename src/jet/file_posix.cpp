@@ -15,10 +15,7 @@ namespace {
 
 constexpr auto kTryAgainWithSpace = ". Make room or check the disk, then try again.";
 
-std::string systemReason(int code)
-{
-    return std::error_code(code, std::generic_category()).message();
-}
+std::string systemReason(int code) { return std::error_code(code, std::generic_category()).message(); }
 
 class PosixFile : public File {
 public:
@@ -30,7 +27,8 @@ public:
     Result<std::uint64_t> size() override
     {
         struct stat about {};
-        if (::fstat(handle_, &about) != 0) return Failure{"could not be examined: " + systemReason(errno) + "."};
+        if (::fstat(handle_, &about) != 0)
+            return Failure{"could not be examined: " + systemReason(errno) + "."};
         return static_cast<std::uint64_t>(about.st_size);
     }
 
@@ -79,10 +77,7 @@ private:
     int handle_;
 };
 
-bool isRefusal(int code)
-{
-    return code == EACCES || code == EPERM || code == EROFS;
-}
+bool isRefusal(int code) { return code == EACCES || code == EPERM || code == EROFS; }
 
 int openHandle(const std::filesystem::path& path, int flags)
 {

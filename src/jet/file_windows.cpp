@@ -68,14 +68,16 @@ public:
     Status sync() override
     {
         if (::FlushFileBuffers(handle_) != 0) return {};
-        return Failure{"could not be brought to the disk: " + systemReason(::GetLastError()) + kTryAgainWithSpace};
+        return Failure{"could not be brought to the disk: " + systemReason(::GetLastError()) +
+                       kTryAgainWithSpace};
     }
 
     Status cut(std::uint64_t size) override
     {
         LARGE_INTEGER end{};
         end.QuadPart = static_cast<LONGLONG>(size);
-        if (::SetFilePointerEx(handle_, end, nullptr, FILE_BEGIN) != 0 && ::SetEndOfFile(handle_) != 0) return {};
+        if (::SetFilePointerEx(handle_, end, nullptr, FILE_BEGIN) != 0 && ::SetEndOfFile(handle_) != 0)
+            return {};
         return Failure{"could not be cut to size: " + systemReason(::GetLastError()) + "."};
     }
 
