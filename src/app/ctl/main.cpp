@@ -1,5 +1,6 @@
 #include "app/ctl/commands.h"
 #include "app/ctl/console.h"
+#include "app/ctl/mdb_command.h"
 #include "app/edition.h"
 
 #include <QCoreApplication>
@@ -31,6 +32,7 @@ int runControl(int argc, char* argv[])
     app.fallthrough();
     addCommonOptions(app, console.options);
     addBusCommands(app, console);
+    addMdbCommand(app, console.status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
