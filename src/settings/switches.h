@@ -12,7 +12,9 @@ namespace quorvel::settings {
 
 struct SwitchRow {
     const char* caption;
-    const char* list; ///< name of its drop-down list
+    const char* list; ///< names of its controls; the directions share those of their buttons
+    const char* queryButton;
+    const char* setButton;
     std::string_view queryCommand;
     std::string_view setCode; ///< command digits before the state
     const char* offText;      ///< what a query shows
@@ -21,13 +23,14 @@ struct SwitchRow {
 
 /// A Y that is on is reported with the text of Z.
 inline constexpr SwitchRow kSwitches[] = {
-    {"X Direction", "Combo1", "7704FF", "7703", "X direction invert function closed!",
+    {"X Direction", "Combo1", "Command1", "Command2", "7704FF", "7703", "X direction invert function closed!",
      "X direction invert function opened!"},
-    {"Y Direction", "Combo2", "7706FF", "7705", "Y direction invert function closed!",
+    {"Y Direction", "Combo2", "Command1", "Command2", "7706FF", "7705", "Y direction invert function closed!",
      "Z direction invert function opened!"},
-    {"Z Direction", "Combo3", "7708FF", "7707", "Z direction invert function closed!",
+    {"Z Direction", "Combo3", "Command1", "Command2", "7708FF", "7707", "Z direction invert function closed!",
      "Z direction invert function opened!"},
-    {"Swap X and Y", "Combo4", "7702FF", "7701", "X and Y isn't swaped!", "X and Y has swaped!"},
+    {"Swap X and Y", "Combo4", "Command3", "Command4", "7702FF", "7701", "X and Y isn't swaped!",
+     "X and Y has swaped!"},
 };
 inline constexpr const SwitchRow& kInvertX = kSwitches[0];
 inline constexpr const SwitchRow& kInvertY = kSwitches[1];
