@@ -13,6 +13,8 @@ namespace {
 
 enum SwitchIndex { kTrue, kFalse };
 
+constexpr int kLeastWidth = 380;
+
 QPushButton* button(const char* name, const char* caption)
 {
     auto* made = new QPushButton(caption);
@@ -28,7 +30,9 @@ Form4::Form4(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messa
 {
     setObjectName(QStringLiteral("Form4"));
     setWindowTitle(QStringLiteral("Invert and Swap"));
+    setMinimumWidth(kLeastWidth);
     auto* rows = new QVBoxLayout(this);
+    rows->setContentsMargins(18, 16, 18, 12);
     for (const auto& row : kSwitches)
         addRow(row, *rows);
     addStatusLine();
