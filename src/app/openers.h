@@ -6,4 +6,6 @@ struct Workplace;
 
 // What the menu items open; one function and one source file per room.
 
+void openSettings(Workplace& workplace);
+
 } // namespace quorvel
