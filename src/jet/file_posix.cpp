@@ -1,0 +1,182 @@
+#include "jet/file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <string>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace quorvel::jet {
+
+namespace {
+
+constexpr auto kTryAgainWithSpace = ". Make room or check the disk, then try again.";
+
+std::string systemReason(int code) { return std::error_code(code, std::generic_category()).message(); }
+
+class PosixFile : public File {
+public:
+    explicit PosixFile(int handle) : handle_(handle) {}
+    PosixFile(const PosixFile&) = delete;
+    PosixFile& operator=(const PosixFile&) = delete;
+    ~PosixFile() override { ::close(handle_); }
+
+    Result<std::uint64_t> size() override
+    {
+        struct stat about {};
+        if (::fstat(handle_, &about) != 0)
+            return Failure{"could not be examined: " + systemReason(errno) + "."};
+        return static_cast<std::uint64_t>(about.st_size);
+    }
+
+    Status readPage(std::uint32_t number, MutableBytes page) override
+    {
+        const auto begin = static_cast<off_t>(number) * static_cast<off_t>(page.size());
+        std::size_t done = 0;
+        while (done < page.size()) {
+            const auto got =
+                ::pread(handle_, page.data() + done, page.size() - done, begin + static_cast<off_t>(done));
+            if (got < 0 && errno == EINTR) continue;
+            if (got < 0) return Failure{"could not be read: " + systemReason(errno) + ". Check the disk."};
+            if (got == 0) return Failure{"became shorter while it was read. Copy it again."};
+            done += static_cast<std::size_t>(got);
+        }
+        return {};
+    }
+
+    Status writePage(std::uint32_t number, Bytes page) override
+    {
+        const auto begin = static_cast<off_t>(number) * static_cast<off_t>(page.size());
+        std::size_t done = 0;
+        while (done < page.size()) {
+            const auto put =
+                ::pwrite(handle_, page.data() + done, page.size() - done, begin + static_cast<off_t>(done));
+            if (put < 0 && errno == EINTR) continue;
+            if (put < 0) return Failure{"could not be written: " + systemReason(errno) + kTryAgainWithSpace};
+            done += static_cast<std::size_t>(put);
+        }
+        return {};
+    }
+
+    Status sync() override
+    {
+        if (::fsync(handle_) == 0) return {};
+        return Failure{"could not be brought to the disk: " + systemReason(errno) + kTryAgainWithSpace};
+    }
+
+    Status cut(std::uint64_t size) override
+    {
+        if (::ftruncate(handle_, static_cast<off_t>(size)) == 0) return {};
+        return Failure{"could not be cut to size: " + systemReason(errno) + "."};
+    }
+
+private:
+    int handle_;
+};
+
+bool isRefusal(int code) { return code == EACCES || code == EPERM || code == EROFS; }
+
+int openHandle(const std::filesystem::path& path, int flags)
+{
+    int handle = -1;
+    do {
+        handle = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
+    } while (handle < 0 && errno == EINTR);
+    return handle;
+}
+
+// A name in a folder lasts through a power cut only when the folder itself has been flushed.
+void syncFolder(const std::filesystem::path& path)
+{
+    const auto folder = path.parent_path();
+    const int handle = openHandle(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
+    if (handle < 0) return;
+    ::fsync(handle);
+    ::close(handle);
+}
+
+class PosixFiles : public Files {
+public:
+    Result<Opened> open(const std::filesystem::path& path, bool forWriting) override
+    {
+        // O_NONBLOCK: the name of a pipe must not hang the program.
+        int handle = openHandle(path, (forWriting ? O_RDWR : O_RDONLY) | O_NONBLOCK);
+        Opened opened;
+        if (handle < 0 && forWriting && isRefusal(errno)) {
+            opened.readOnlyBecause =
+                "may only be read: " + systemReason(errno) + ". Change its permissions or use a copy.";
+            handle = openHandle(path, O_RDONLY | O_NONBLOCK);
+        }
+        if (handle < 0) return Failure{"could not be opened: " + systemReason(errno) + "."};
+        opened.file = std::make_unique<PosixFile>(handle);
+        struct stat about {};
+        if (::fstat(handle, &about) != 0 || !S_ISREG(about.st_mode)) return Failure{"is not a file."};
+        if (forWriting && opened.readOnlyBecause.empty() && ::flock(handle, LOCK_EX | LOCK_NB) != 0) {
+            return Failure{"is used by another program. Close it there and try again."};
+        }
+        return opened;
+    }
+
+    Result<std::unique_ptr<File>> create(const std::filesystem::path& path) override
+    {
+        const int handle = openHandle(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
+        if (handle < 0) {
+            return Failure{"could not be created: " + systemReason(errno) + ". Choose another folder."};
+        }
+        std::unique_ptr<File> file = std::make_unique<PosixFile>(handle);
+        if (::flock(handle, LOCK_EX | LOCK_NB) != 0) {
+            return Failure{"is being created by another program. Wait until it is done."};
+        }
+        if (auto emptied = file->cut(0); !emptied) return emptied.failure();
+        return file;
+    }
+
+    Status publish(const std::filesystem::path& from, const std::filesystem::path& to) override
+    {
+        // A second name fails when the name is taken, where a rename would replace it. Disks without second
+        // names (FAT, some network shares) get the rename after a look.
+        if (::link(from.c_str(), to.c_str()) == 0) {
+            ::unlink(from.c_str());
+        } else if (errno == EEXIST || exists(to)) {
+            return Failure{"already exists. Delete it or choose another name."};
+        } else if (::rename(from.c_str(), to.c_str()) != 0) {
+            return Failure{"could not be given its name: " + systemReason(errno) + "."};
+        }
+        syncFolder(to);
+        return {};
+    }
+
+    bool exists(const std::filesystem::path& path) override
+    {
+        struct stat about {};
+        return ::lstat(path.c_str(), &about) == 0;
+    }
+
+    void remove(const std::filesystem::path& path) override { ::unlink(path.c_str()); }
+
+    bool lockedByOthers(const std::filesystem::path& path) override
+    {
+        const int handle = openHandle(path, O_RDONLY | O_NONBLOCK);
+        if (handle < 0) return false;
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        const bool asked = ::fcntl(handle, F_GETLK, &lock) == 0;
+        const bool whole = ::flock(handle, LOCK_EX | LOCK_NB) != 0;
+        ::close(handle);
+        return whole || (asked && lock.l_type != F_UNLCK);
+    }
+};
+
+} // namespace
+
+Files& diskFiles()
+{
+    static PosixFiles files;
+    return files;
+}
+
+} // namespace quorvel::jet
