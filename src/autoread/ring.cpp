@@ -11,6 +11,7 @@ namespace quorvel::autoread {
 namespace {
 
 constexpr int kLastCount = std::numeric_limits<std::int16_t>::max();
+constexpr std::string_view kPointersCommand = "22";
 constexpr int kFirstField = 6;
 constexpr int kFieldWidth = 4;
 constexpr int kFields = 3;
@@ -22,7 +23,10 @@ int endOf(const RingPointers& pointers)
 
 } // namespace
 
-std::string pointersFrame(std::string_view addressDigits) { return commandFrame(addressDigits, "22"); }
+std::string pointersFrame(std::string_view addressDigits)
+{
+    return commandFrame(addressDigits, kPointersCommand);
+}
 
 std::string recordFrame(std::string_view addressDigits, int index)
 {
@@ -41,7 +45,8 @@ RingPointers readPointers(std::string_view reply)
 
 bool isPlainPointersReply(std::string_view reply)
 {
-    return reply.size() == kPointersReplyLength &&
+    return reply.size() == kPointersReplyLength && reply.front() == ':' &&
+           text::mid(reply, 4, 2) == kPointersCommand &&
            text::allDigits(text::mid(reply, kFirstField, kFields * kFieldWidth));
 }
 

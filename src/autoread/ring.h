@@ -48,7 +48,7 @@ std::string deleteFrame(std::string_view addressDigits);
 /// What a reply says; fields that are missing or no number are 0.
 RingPointers readPointers(std::string_view reply);
 
-/// True when the three fields of a reply are digits all through, so that its pointers can be relied on.
+/// True when a reply has its length, its head and digits in all three fields, so that it can be relied on.
 bool isPlainPointersReply(std::string_view reply);
 
 /// The records between the pointers. A ring that has wrapped (next before first) counts as full: all its slots,
