@@ -31,6 +31,7 @@
 /// Nothing here throws, and nothing is safe to use from two threads at a time.
 namespace quorvel::jet {
 
+class File;
 class Files;
 class Store;
 
@@ -128,6 +129,7 @@ public:
 private:
     friend Result<Database> CreateDatabase(const std::filesystem::path&, std::string_view, Files*);
     friend Result<Database> OpenDatabase(const std::filesystem::path&, OpenOptions);
+    friend Result<Database> openDatabaseOn(std::unique_ptr<File>, const std::filesystem::path&, OpenOptions);
     explicit Database(std::shared_ptr<Store> store);
 
     std::shared_ptr<Store> store_;

@@ -39,6 +39,12 @@ public:
 
     Status sync() { return file_->sync(); }
 
+    /// Makes barrier() flush the file. Off at first.
+    void flushAtBarriers(bool flush) { flushAtBarriers_ = flush; }
+
+    /// Stands between two writes of which the first must be on the disk before the second.
+    Status barrier() { return flushAtBarriers_ ? file_->sync() : Status{}; }
+
     /// Cuts an incomplete page at the end of the file off.
     Status cutIncomplete();
 
@@ -59,6 +65,7 @@ private:
     const Layout* layout_;
     std::uint32_t pages_;
     bool gathering_ = false;
+    bool flushAtBarriers_ = false;
     std::vector<std::unique_ptr<Frame>> frames_;
 };
 

@@ -1,0 +1,293 @@
+#include "jet/page_lists.h"
+
+#include "jet/data_page.h"
+
+#include <optional>
+
+namespace quorvel::jet {
+
+namespace {
+
+constexpr std::uint32_t kPagesOf2Gb = 524287;
+constexpr std::size_t kMapBytes = 64;
+constexpr std::size_t kReferences = 17;
+
+// The engine keeps this much room beside the map of free pages.
+constexpr std::size_t kSpareBesideFreeMap = 4;
+
+Failure tooLarge()
+{
+    return Failure{"has reached 2 GB, the most an Access database can hold. Begin a new file."};
+}
+
+Failure strangeMap()
+{
+    return Failure{
+        "keeps its lists of pages in a way that this program does not write. Use \"Compact and Repair\" in "
+        "Access."};
+}
+
+Status writeThrough(Pager& pager, std::uint32_t number, const Page& page)
+{
+    if (auto written = pager.write(number, page); !written) return written;
+    return pager.barrier();
+}
+
+/// A page of maps with its rows, ready to be changed and laid out again.
+struct MapRows {
+    Page page;
+    std::vector<ByteVector> rows;
+
+    bool fits(std::size_t spare) const
+    {
+        std::size_t bytes = kJet4.slotTable + 2 * rows.size() + spare;
+        for (const auto& row : rows)
+            bytes += row.size();
+        return bytes <= kPageSize;
+    }
+};
+
+Result<MapRows> mapRows(Pager& pager, std::uint32_t number)
+{
+    auto page = pager.copy(number);
+    if (!page) return page.failure();
+    const auto data = DataPage::of(*page, kJet4);
+    if (!data) return strangeMap();
+    for (int slot = 0; slot < data->slots(); ++slot) {
+        if (!data->live(slot)) return strangeMap();
+    }
+    auto rows = rowsOf(*data);
+    return MapRows{*page, std::move(rows)};
+}
+
+Status writeRows(Pager& pager, std::uint32_t number, const MapRows& maps)
+{
+    const auto page = relay(maps.page, maps.rows);
+    if (!page) return strangeMap();
+    return writeThrough(pager, number, *page);
+}
+
+/// Writes one map; `spare` bytes must stay free on its page. False when there is not that much room.
+Result<bool> storeMap(Pager& pager, std::uint32_t pointer, const UsageMap& map, std::size_t spare)
+{
+    auto maps = mapRows(pager, pointerPage(pointer));
+    if (!maps) return maps.failure();
+    maps->rows.at(static_cast<std::size_t>(pointerSlot(pointer))) = encodeMap(map);
+    if (!maps->fits(spare)) return false;
+    if (auto written = writeRows(pager, pointerPage(pointer), *maps); !written) return written.failure();
+    return true;
+}
+
+Status stored(const Result<bool>& outcome)
+{
+    if (!outcome) return outcome.failure();
+    return *outcome ? Status{} : strangeMap();
+}
+
+UsageMap onlyPage(std::uint32_t page)
+{
+    UsageMap map;
+    map.bits.assign(kMapBytes, 0);
+    map.start = page < kMapBytes * 8 ? 0 : page & ~7U;
+    map.set(page, true);
+    return map;
+}
+
+/// Writes one bitmap page of a table behind the end of the file. @return its number.
+Result<std::uint32_t> addBitmap(Pager& pager, FreePages& freePages, const std::vector<std::uint32_t>& pages,
+                                std::uint32_t range)
+{
+    Page bitmap = newBitmapPage(false);
+    for (const std::uint32_t page : pages) {
+        if (page / kJet4.pagesPerBitmap() == range) setBitmap(bitmap, page % kJet4.pagesPerBitmap(), true);
+    }
+    const std::uint32_t number = pager.pages();
+    if (number >= kPagesOf2Gb) return tooLarge();
+    if (auto written = writeThrough(pager, number, bitmap); !written) return written.failure();
+    if (auto used = freePages.use(number); !used) return used.failure();
+    return number;
+}
+
+/// The reference form of a table's map, with a bitmap page for each range that has pages.
+Result<UsageMap> referenceMap(Pager& pager, FreePages& freePages, const std::vector<std::uint32_t>& pages)
+{
+    UsageMap map;
+    map.reference = true;
+    map.bitmapPages.assign(kReferences, 0);
+    for (const std::uint32_t page : pages) {
+        const std::uint32_t range = page / kJet4.pagesPerBitmap();
+        if (range >= kReferences) return tooLarge();
+        if (map.bitmapPages[range] != 0) continue;
+        const auto bitmap = addBitmap(pager, freePages, pages, range);
+        if (!bitmap) return bitmap.failure();
+        map.bitmapPages[range] = *bitmap;
+    }
+    return map;
+}
+
+Result<UsageMap> linkedReference(Pager& pager, FreePages& freePages, UsageMap map, std::uint32_t page)
+{
+    const std::uint32_t range = page / kJet4.pagesPerBitmap();
+    if (range >= map.bitmapPages.size()) return tooLarge();
+    if (map.bitmapPages[range] == 0) {
+        const auto bitmap = addBitmap(pager, freePages, {page}, range);
+        if (!bitmap) return bitmap.failure();
+        map.bitmapPages[range] = *bitmap;
+        return map;
+    }
+    auto bitmap = copyBitmap(pager, map.bitmapPages[range]);
+    if (!bitmap) return bitmap.failure();
+    setBitmap(*bitmap, page % kJet4.pagesPerBitmap(), true);
+    if (auto written = writeThrough(pager, map.bitmapPages[range], *bitmap); !written)
+        return written.failure();
+    return map;
+}
+
+/// The inline map with `page` in it, stretched when it must be.
+UsageMap linkedInline(UsageMap map, std::uint32_t page)
+{
+    if (!map.covers(page)) {
+        if (map.empty()) map.start = page & ~7U;
+        if (page >= map.start && !map.covers(page)) map.bits.resize(bitmapBytes(map.start, page));
+    }
+    map.set(page, true);
+    return map;
+}
+
+} // namespace
+
+Result<std::uint32_t> FreePages::firstFrom(std::uint32_t from)
+{
+    const auto map = readMap(*pager_, pointer_);
+    if (!map) return map.failure();
+    std::uint32_t page = from;
+    for (; page < pager_->pages(); ++page) {
+        if (!map->reference) {
+            if (!map->covers(page) || map->has(page)) break;
+            continue;
+        }
+        const std::uint32_t range = page / kJet4.pagesPerBitmap();
+        if (range >= map->bitmapPages.size() || map->bitmapPages[range] == 0) break;
+        const auto bitmap = pager_->read(map->bitmapPages[range]);
+        if (!bitmap) return bitmap.failure();
+        if (bitmapHas(*bitmap, page % kJet4.pagesPerBitmap())) break;
+    }
+    if (page >= kPagesOf2Gb) return tooLarge();
+    return page;
+}
+
+Result<bool> FreePages::isFree(std::uint32_t page)
+{
+    const auto map = readMap(*pager_, pointer_);
+    if (!map) return map.failure();
+    if (!map->reference) return !map->covers(page) || map->has(page);
+    const std::uint32_t range = page / kJet4.pagesPerBitmap();
+    if (range >= map->bitmapPages.size() || map->bitmapPages[range] == 0) return true;
+    const auto bitmap = copyBitmap(*pager_, map->bitmapPages[range]);
+    if (!bitmap) return bitmap.failure();
+    return bitmapHas(*bitmap, page % kJet4.pagesPerBitmap());
+}
+
+Status FreePages::use(std::uint32_t page)
+{
+    auto map = readMap(*pager_, pointer_);
+    if (!map) return map.failure();
+    if (map->reference) return useReferenced(std::move(*map), page);
+    if (page < map->start) return strangeMap();
+    UsageMap grown = *map;
+    if (!grown.covers(page)) grown.bits.resize(bitmapBytes(grown.start, page), 0xFF);
+    grown.set(page, false);
+    const bool longer = grown.bits.size() != map->bits.size();
+    const auto done = storeMap(*pager_, pointer_, grown, longer ? kSpareBesideFreeMap : 0);
+    if (!done) return done.failure();
+    return *done ? Status{} : convert(*map, page);
+}
+
+Status FreePages::release(std::uint32_t page)
+{
+    auto map = readMap(*pager_, pointer_);
+    if (!map) return map.failure();
+    if (!map->reference) {
+        map->set(page, true);
+        return stored(storeMap(*pager_, pointer_, *map, 0));
+    }
+    const std::uint32_t range = page / kJet4.pagesPerBitmap();
+    if (range >= map->bitmapPages.size() || map->bitmapPages[range] == 0) return {};
+    auto bitmap = copyBitmap(*pager_, map->bitmapPages[range]);
+    if (!bitmap) return bitmap.failure();
+    setBitmap(*bitmap, page % kJet4.pagesPerBitmap(), true);
+    return writeThrough(*pager_, map->bitmapPages[range], *bitmap);
+}
+
+Status FreePages::useReferenced(UsageMap map, std::uint32_t page)
+{
+    const std::uint32_t perBitmap = kJet4.pagesPerBitmap();
+    const std::uint32_t range = page / perBitmap;
+    if (range >= map.bitmapPages.size()) return tooLarge();
+    if (map.bitmapPages[range] != 0) {
+        auto bitmap = copyBitmap(*pager_, map.bitmapPages[range]);
+        if (!bitmap) return bitmap.failure();
+        setBitmap(*bitmap, page % perBitmap, false);
+        return writeThrough(*pager_, map.bitmapPages[range], *bitmap);
+    }
+    Page bitmap = newBitmapPage(true);
+    const std::uint32_t number = pager_->pages();
+    if (number >= kPagesOf2Gb) return tooLarge();
+    setBitmap(bitmap, page % perBitmap, false);
+    if (number / perBitmap == range) setBitmap(bitmap, number % perBitmap, false);
+    if (auto written = writeThrough(*pager_, number, bitmap); !written) return written;
+    map.bitmapPages[range] = number;
+    if (auto done = stored(storeMap(*pager_, pointer_, map, 0)); !done) return done;
+    return number / perBitmap == range ? Status{} : use(number);
+}
+
+Status FreePages::convert(const UsageMap& map, std::uint32_t page)
+{
+    const std::uint32_t perBitmap = kJet4.pagesPerBitmap();
+    const std::uint32_t number = pager_->pages();
+    if (number >= kPagesOf2Gb) return tooLarge();
+    Page bitmap = newBitmapPage(true);
+    for (std::uint32_t known = 0; known < perBitmap; ++known) {
+        const bool used = known == page || known == number || (map.covers(known) && !map.has(known));
+        if (used) setBitmap(bitmap, known, false);
+    }
+    if (auto written = writeThrough(*pager_, number, bitmap); !written) return written;
+    UsageMap reference;
+    reference.reference = true;
+    reference.bitmapPages.assign(kReferences, 0);
+    reference.bitmapPages[0] = number;
+    if (auto done = stored(storeMap(*pager_, pointer_, reference, 0)); !done) return done;
+    if (number >= perBitmap) {
+        if (auto used = use(number); !used) return used;
+    }
+    return page >= perBitmap ? use(page) : Status{};
+}
+
+Status linkPage(Pager& pager, FreePages& freePages, std::uint32_t owned, std::uint32_t free,
+                const std::vector<std::uint32_t>& pages, std::uint32_t page)
+{
+    const auto map = readMap(pager, owned);
+    if (!map) return map.failure();
+    const auto changed = [&](const UsageMap& ownedNow) -> Result<MapRows> {
+        auto maps = mapRows(pager, pointerPage(owned));
+        if (!maps) return maps.failure();
+        maps->rows.at(static_cast<std::size_t>(pointerSlot(owned))) = encodeMap(ownedNow);
+        maps->rows.at(static_cast<std::size_t>(pointerSlot(free))) = encodeMap(onlyPage(page));
+        return maps;
+    };
+    if (!map->reference && (page >= map->start || map->empty())) {
+        const auto maps = changed(linkedInline(*map, page));
+        if (!maps) return maps.failure();
+        if (maps->fits(0)) return writeRows(pager, pointerPage(owned), *maps);
+    }
+    auto all = pages;
+    all.push_back(page);
+    const auto reference =
+        map->reference ? linkedReference(pager, freePages, *map, page) : referenceMap(pager, freePages, all);
+    if (!reference) return reference.failure();
+    const auto maps = changed(*reference);
+    if (!maps) return maps.failure();
+    return writeRows(pager, pointerPage(owned), *maps);
+}
+
+} // namespace quorvel::jet

@@ -1,0 +1,247 @@
+#include "jet/store.h"
+
+#include "jet/text_coding.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <ctime>
+
+namespace quorvel::jet {
+
+namespace {
+
+constexpr std::uint32_t kCatalogPage = 2;
+constexpr std::uint32_t kPageBits = 0x00FFFFFF;
+constexpr std::uint32_t kSystemObject = 0x80000002;
+constexpr int kTableType = 1;
+
+// Milliseconds would do, but a catalog date is for people.
+Date localNow()
+{
+    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    const std::tm* const local = std::localtime(&now); // NOLINT(concurrency-mt-unsafe)
+    if (local == nullptr) return Date{0};
+    return Date::of({local->tm_year + 1900, local->tm_mon + 1, local->tm_mday, local->tm_hour, local->tm_min,
+                     std::min(local->tm_sec, 59)})
+        .value_or(Date{0});
+}
+
+std::filesystem::path withEnding(std::filesystem::path path, const char* ending)
+{
+    path += ending;
+    return path;
+}
+
+} // namespace
+
+Failure Store::named(const std::string& reason) const
+{
+    const auto name = path_.u8string();
+    return Failure{std::string(name.begin(), name.end()) + " " + reason};
+}
+
+Result<std::shared_ptr<Store>> Store::open(const std::filesystem::path& path, OpenOptions options)
+{
+    Files& files = options.files != nullptr ? *options.files : diskFiles();
+    const std::shared_ptr<Store> store(new Store(path, files));
+    const bool forWriting = options.access == Access::ReadWrite;
+    auto lock = path;
+    if (forWriting && files.lockedByOthers(lock.replace_extension(".ldb"))) {
+        return store->named("is open in Access. Close it there and try again.");
+    }
+    auto opened = files.open(path, forWriting);
+    if (!opened) return store->named(opened.error());
+    return openFile(std::move(opened->file), path, options, opened->readOnlyBecause);
+}
+
+Result<std::shared_ptr<Store>> Store::openFile(std::unique_ptr<File> file, const std::filesystem::path& path,
+                                               OpenOptions options, std::string readOnlyBecause)
+{
+    Files& files = options.files != nullptr ? *options.files : diskFiles();
+    std::shared_ptr<Store> store(new Store(path, files));
+    store->readOnlyBecause_ = std::move(readOnlyBecause);
+    if (options.access == Access::ReadOnly) store->readOnlyBecause_ = "was opened for reading only.";
+    if (auto attached = store->attach(std::move(file), options); !attached)
+        return store->named(attached.error());
+    if (auto read = store->readCatalog(); !read) return store->named(read.error());
+    return store;
+}
+
+Result<std::shared_ptr<Store>> Store::create(const std::filesystem::path& path, Files& files)
+{
+    std::shared_ptr<Store> store(new Store(path, files));
+    if (files.exists(path)) return store->named("already exists. Delete it or choose another name.");
+    const auto temporary = withEnding(path, ".part");
+    auto file = files.create(temporary);
+    if (!file) return store->named(file.error());
+    store->temporary_ = temporary;
+    store->madeFile_ = std::move(*file);
+    store->made_.emplace(localNow());
+    return store;
+}
+
+Store::~Store() { abandon(); }
+
+Status Store::attach(std::unique_ptr<File> file, OpenOptions options)
+{
+    const auto size = file->size();
+    if (!size) return size.failure();
+    // The header is read as what is there of the smallest page: a short file must be told from a foreign one.
+    ByteVector start(std::min<std::uint64_t>(*size, kHeaderBytes));
+    if (!start.empty()) {
+        if (auto got = file->readPage(0, start); !got) return got;
+    }
+    const auto header = readHeader(start, *size);
+    if (!header) return header.failure();
+    header_ = *header;
+    const auto pages =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(*size / header_.layout->pageSize, kPageBits));
+    pager_ = std::make_unique<Pager>(std::move(file), *header_.layout, pages);
+    pager_->flushAtBarriers(options.durability == Durability::EachUpdate);
+    return {};
+}
+
+Status Store::readCatalog()
+{
+    auto objects = Table::open(*pager_, header_, kCatalogPage);
+    if (!objects) return objects.failure();
+    Table& table = **objects;
+    const int id = table.columnOf("Id");
+    const int name = table.columnOf("Name");
+    const int type = table.columnOf("Type");
+    const int flags = table.columnOf("Flags");
+    if (id < 0 || name < 0 || type < 0 || flags < 0) {
+        return Failure{
+            "is damaged: it does not list its tables. Use \"Compact and Repair\" in Access, or an earlier "
+            "copy."};
+    }
+    const auto rows = table.rows();
+    if (!rows) return rows.failure();
+    std::vector<Value> values;
+    for (const std::uint32_t row : *rows) {
+        if (auto read = table.read(row, values); !read) return read;
+        const auto number = [&values](int column) {
+            return values[static_cast<std::size_t>(column)].number().value_or(0);
+        };
+        if (number(type) != kTableType || values[static_cast<std::size_t>(id)].isNull()) continue;
+        const auto bits = static_cast<std::uint32_t>(static_cast<std::int64_t>(number(flags)));
+        const auto page = static_cast<std::uint32_t>(static_cast<std::int64_t>(number(id))) & kPageBits;
+        catalog_.push_back(
+            {values[static_cast<std::size_t>(name)].text(), page, (bits & kSystemObject) != 0});
+    }
+    return {};
+}
+
+Status Store::append(const TableDef& table)
+{
+    if (closed_) return closedFailure();
+    if (temporary_.empty()) return named("was opened, not created: tables are added to new databases only.");
+    if (!made_) return named("already has rows: add all tables before the first recordset is opened.");
+    auto appended = made_->append(table);
+    return appended ? appended : Status(named(appended.error()));
+}
+
+/// Puts the pages of the new database into its file, so that it can be used like one that was opened.
+Status Store::stage()
+{
+    if (!made_) return {};
+    pager_ = std::make_unique<Pager>(std::move(madeFile_), kJet4, 0);
+    pager_->gather();
+    const NewFile made = std::move(*made_);
+    made_.reset();
+    std::uint32_t number = 0;
+    for (const auto& page : made.pages()) {
+        if (auto written = pager_->write(number++, page); !written) return written;
+    }
+    const auto header = readHeader(made.pages().front(), made.pages().size() * kPageSize);
+    if (!header) return header.failure();
+    header_ = *header;
+    return readCatalog();
+}
+
+Status Store::ready()
+{
+    if (closed_) return closedFailure();
+    auto staged = stage();
+    return staged ? staged : Status(named(staged.error()));
+}
+
+bool Store::hasTable(std::string_view name) const
+{
+    return std::any_of(catalog_.begin(), catalog_.end(),
+                       [name](const CatalogEntry& entry) { return sameName(entry.name, name); });
+}
+
+Result<Store::OpenTable*> Store::table(std::string_view name)
+{
+    if (auto staged = ready(); !staged) return staged.failure();
+    const auto entry = std::find_if(catalog_.begin(), catalog_.end(),
+                                    [name](const CatalogEntry& row) { return sameName(row.name, name); });
+    if (entry == catalog_.end()) {
+        return named("has no table \"" + std::string(name) + "\". Choose another file or table.");
+    }
+    if (const auto known = open_.find(entry->page); known != open_.end()) return &known->second;
+    auto table = Table::open(*pager_, header_, entry->page);
+    if (!table) return named(table.error());
+    OpenTable& opened = open_[entry->page];
+    opened.table = std::move(*table);
+    opened.readOnlyBecause = readOnlyBecause_;
+    if (opened.readOnlyBecause.empty()) {
+        if (auto ready = opened.table->prepareWriting(); !ready) opened.readOnlyBecause = ready.error();
+    }
+    return &opened;
+}
+
+Result<std::vector<TableInfo>> Store::tables() const
+{
+    if (closed_) return closedFailure();
+    std::vector<TableInfo> tables;
+    for (const auto& entry : catalog_)
+        tables.push_back({entry.name, entry.system});
+    return tables;
+}
+
+Status Store::settleTables()
+{
+    for (auto& [page, opened] : open_) {
+        if (auto settled = opened.table->settle(); !settled) return settled;
+    }
+    return {};
+}
+
+Status Store::finish()
+{
+    if (auto staged = stage(); !staged) return staged;
+    if (auto settled = settleTables(); !settled) return settled;
+    if (auto flushed = pager_->flush(); !flushed) return flushed;
+    if (readOnlyBecause_.empty()) {
+        if (auto synced = pager_->sync(); !synced) return synced;
+    }
+    if (temporary_.empty()) return {};
+    auto published = files_->publish(temporary_, path_);
+    if (published) temporary_.clear();
+    return published;
+}
+
+Status Store::close()
+{
+    if (closed_) return {};
+    closed_ = true;
+    auto finished = finish();
+    abandon();
+    return finished ? finished : Status(named(finished.error()));
+}
+
+void Store::abandon()
+{
+    closed_ = true;
+    open_.clear();
+    pager_.reset();
+    madeFile_.reset();
+    made_.reset();
+    if (!temporary_.empty()) files_->remove(temporary_);
+    temporary_.clear();
+}
+
+} // namespace quorvel::jet
