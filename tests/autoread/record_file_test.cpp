@@ -1,10 +1,10 @@
 #include "autoread/record_file.h"
 
+#include "autoread/exported.h"
 #include "jet/database.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -16,6 +16,9 @@ namespace quorvel::autoread {
 
 namespace {
 
+using test::exported;
+using test::rowsIn;
+
 Record recordAt(int second, float x, float y, float z1 = 0, float z2 = 0)
 {
     return {*jet::Date::of({2024, 2, 29, 23, 59, second}), {x, y, z1, z2}};
@@ -26,17 +29,6 @@ std::string contents(const std::filesystem::path& path)
     QFile file(path);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
     return file.readAll().toStdString();
-}
-
-/// What mdbtools makes of table `data`.
-std::string exported(const std::filesystem::path& path)
-{
-    QProcess tool;
-    tool.start(QStringLiteral("mdb-export"), {QStringLiteral("-D"), QStringLiteral("%Y-%m-%dT%H:%M:%S"),
-                                              QString::fromStdString(path.string()), QStringLiteral("data")});
-    EXPECT_TRUE(tool.waitForFinished()) << "mdb-export (package mdbtools) did not run";
-    EXPECT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().constData();
-    return tool.readAllStandardOutput().toStdString();
 }
 
 class RecordFile : public ::testing::Test {
@@ -155,11 +147,6 @@ public:
 private:
     rlimit before_{};
 };
-
-int rowsIn(const std::string& table)
-{
-    return static_cast<int>(std::count(table.begin(), table.end(), '\n')) - 1;
-}
 
 TEST_P(EachKind, KeepsItsRowsWhenTheDiskIsFull)
 {
