@@ -10,6 +10,8 @@ namespace quorvelsim {
 
 namespace {
 
+constexpr CivilSeconds kMinute = 60;
+constexpr CivilSeconds kHour = 3600;
 constexpr CivilSeconds kDay = 86400;
 
 /// Reads six two-digit numbers, `step` characters apart; the first is the year within the century.
@@ -49,7 +51,7 @@ std::optional<CivilSeconds> civilOf(const CivilParts& parts)
                                            std::chrono::day{static_cast<unsigned>(parts.day)}};
     if (!date.ok()) return std::nullopt;
     const CivilSeconds day = std::chrono::sys_days{date}.time_since_epoch().count();
-    return day * kDay + parts.hour * 3600 + parts.minute * 60 + parts.second;
+    return day * kDay + parts.hour * kHour + parts.minute * kMinute + parts.second;
 }
 
 std::string busTime(CivilSeconds time)

@@ -65,11 +65,11 @@ std::string Control::state(std::string_view rest, double now)
 std::string Control::readouts(std::string_view /*rest*/, double /*now*/)
 {
     std::vector<std::string> list;
-    for (const auto& [address, readout] : bus_.readouts())
-        list.push_back(json::Object()
-                           .add("address", json::number(address))
-                           .add("type", json::text(std::string(1, readout.type->letter)))
-                           .str());
+    for (const auto& [address, readout] : bus_.readouts()) {
+        json::Object object;
+        object.add("address", json::number(address)).add("type", json::text(readout.type->name()));
+        list.push_back(object.str());
+    }
     return json::Object().add("readouts", json::array(list)).str();
 }
 
@@ -123,10 +123,11 @@ std::string Control::reply(std::string_view rest, double /*now*/)
     const std::string code(nextWord(rest));
     if (readout == nullptr) return refused(kNoReadout);
     if (findCommand(code) == nullptr) return refused("\"" + code + "\" is no command");
-    if (rest.empty())
+    if (rest.empty()) {
         readout->fixedReplies.erase(code);
-    else
+    } else {
         readout->fixedReplies[code] = rest.substr(1); // one blank parts them; more belong to the reply
+    }
     return done();
 }
 

@@ -78,10 +78,11 @@ void wrongEcho(Answer& answer, const FaultContext& context)
     const auto position = context.amount < 0 ? echoPosition(answer, context) : whole(context.amount);
     if (position < 1 || position > answer.text.size()) return;
     auto& digit = answer.text[position - 1];
-    if (digit < '0' || digit > '9')
+    if (digit < '0' || digit > '9') {
         digit = '?';
-    else
+    } else {
         digit = digit == '9' ? '0' : static_cast<char>(digit + 1);
+    }
 }
 
 void hangUp(Answer& answer, const FaultContext& context)

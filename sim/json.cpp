@@ -10,16 +10,17 @@ std::string text(std::string_view value)
 {
     std::string out = "\"";
     for (const char character : value) {
-        if (character == '\r')
+        if (character == '\r') {
             out += "\\r";
-        else if (character == '\n')
+        } else if (character == '\n') {
             out += "\\n";
-        else if (character == '"' || character == '\\')
+        } else if (character == '"' || character == '\\') {
             (out += '\\') += character;
-        else if (character < ' ' || character > '~')
+        } else if (character < ' ' || character > '~') {
             (out += "\\u00") += twoHex(character);
-        else
+        } else {
             out += character;
+        }
     }
     return out + "\"";
 }

@@ -59,8 +59,8 @@ private:
 
     Pace pace_;
     std::deque<Segment> queue_; ///< by `earliest`, but for a first one that has begun
-    double receivedUntil_ = 0;
-    double freeFrom_ = 0; ///< when the last segment that is wholly out ended
+    double receivedUntil_ = -1; ///< when the last character received was whole
+    double freeFrom_ = 0;       ///< when the last segment that is wholly out ended
     bool hungUp_ = false;
 };
 

@@ -105,8 +105,7 @@ std::string addRing(std::string_view text, std::map<int, RingShape>& rings)
     const auto address = decimal(text.substr(0, colon)).value_or(0);
     const auto shape = colon == std::string_view::npos ? std::nullopt : ringShape(text.substr(colon + 1));
     if (address < 1 || address > kLastAddress || !shape)
-        return "\"" + std::string(text) +
-               "\" is not ADDRESS:CAPACITY,FIRST,NEXT with a capacity of 1 to 9999";
+        return "\"" + std::string(text) + "\" is not ADDRESS:CAPACITY,FIRST,NEXT, capacity 1 to 9999";
     rings[address] = *shape;
     return {};
 }
@@ -121,8 +120,9 @@ std::string fillBus(const Options& options, Bus& bus)
         if (readout == nullptr) return "--ring: no readout has the address " + std::to_string(address);
         readout->fillRing(shape.capacity, shape.first, shape.next, 0);
     }
-    for (const auto& fault : options.faults)
+    for (const auto& fault : options.faults) {
         if (auto reason = bus.faults().add(fault); !reason.empty()) return "--fault: " + reason;
+    }
     return {};
 }
 

@@ -54,7 +54,9 @@ public:
         const bool closed = readEvents();
         bool ended = false;
         auto characters = readAvailable(master_.get(), ended);
-        if (closed || (ended && client_)) checkClients();
+        // A client that opens while checkClients() looks away is seen at the latest when it writes.
+        const bool unseen = !client_ && !characters.empty();
+        if (closed || unseen || (ended && client_)) checkClients();
         return characters;
     }
 

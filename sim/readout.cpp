@@ -10,6 +10,7 @@ namespace quorvelsim {
 namespace {
 
 constexpr CivilSeconds kDay = 86400;
+constexpr CivilSeconds kMinute = 60;
 constexpr CivilSeconds kHour = 3600;
 constexpr int kRingCapacity = 1000;
 constexpr int kRingFill = 200;
@@ -30,7 +31,7 @@ std::optional<CivilSeconds> nextFixedTime(const std::array<int, 4>& hours, Civil
 
 CivilSeconds AutoReading::interval() const
 {
-    return mode == kInterval ? values[0] * kHour + values[1] * 60 + values[2] : 0;
+    return mode == kInterval ? values[0] * kHour + values[1] * kMinute + values[2] : 0;
 }
 
 std::optional<CivilSeconds> AutoReading::after(CivilSeconds time) const

@@ -21,9 +21,10 @@ constexpr ReadoutType kTypes[] = {
 
 const ReadoutType* findReadoutType(std::string_view letter)
 {
-    for (const auto& type : kTypes)
-        if (letter.size() == 1 && (letter[0] == type.letter || letter[0] == type.letter + ('a' - 'A')))
-            return &type;
+    for (const auto& type : kTypes) {
+        const char lower = static_cast<char>(type.letter + ('a' - 'A'));
+        if (letter.size() == 1 && (letter[0] == type.letter || letter[0] == lower)) return &type;
+    }
     return nullptr;
 }
 

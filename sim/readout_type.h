@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <string>
 #include <string_view>
 
 namespace quorvelsim {
@@ -30,6 +31,7 @@ struct ReadoutType {
     {
         return sensors[static_cast<std::size_t>(which)];
     }
+    [[nodiscard]] std::string name() const { return {letter}; }
     [[nodiscard]] bool has(Sensor which) const { return sensor(which).pixels > 0; }
 };
 

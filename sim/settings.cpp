@@ -117,7 +117,7 @@ bool setStitching(Readout& readout, const Key& /*key*/, std::string_view value, 
 bool setReadingLength(Readout& readout, const Key& /*key*/, std::string_view value, double /*now*/)
 {
     const auto length = decimal(value);
-    if (length != 27 && length != 29) return false;
+    if (length.value_or(0) != 27 && length.value_or(0) != 29) return false;
     readout.readingLength = *length;
     return true;
 }

@@ -73,9 +73,10 @@ std::string calibration(const Readout& readout)
 std::string values(const Readout& readout, const Readout::Values& values)
 {
     json::Object object;
-    for (std::size_t i = 0; i < kSensorNames.size(); ++i)
-        object.add(kSensorNames[i],
-                   readout.type->sensors[i].pixels > 0 ? json::number(values[i], 5) : "null");
+    for (std::size_t i = 0; i < kSensorNames.size(); ++i) {
+        const bool there = readout.type->sensors[i].pixels > 0;
+        object.add(kSensorNames[i], there ? json::number(values[i], 5) : "null");
+    }
     return object.str();
 }
 
@@ -85,7 +86,7 @@ std::string stateOf(const Readout& readout, double now)
 {
     return json::Object()
         .add("address", json::number(readout.address))
-        .add("type", json::text(std::string(1, readout.type->letter)))
+        .add("type", json::text(readout.type->name()))
         .add("offsets", offsets(readout))
         .add("reference", json::boolean(readout.reference))
         .add("switches", switches(readout))

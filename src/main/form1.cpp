@@ -8,6 +8,8 @@
 #include "text/number.h"
 #include "ui_form1.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QFontDatabase>
 
@@ -69,6 +71,18 @@ constexpr MenuRow kWindows[] = {
     {"SL", true},
 };
 
+/// The addresses as a tool tip that shows all of a long list.
+QString inRows(const std::vector<std::string>& addresses)
+{
+    constexpr std::size_t kAddressesPerRow = 20;
+    QString rows;
+    for (std::size_t i = 0; i < addresses.size(); ++i) {
+        if (i > 0) rows += i % kAddressesPerRow == 0 ? u'\n' : u' ';
+        rows += shown(addresses[i]);
+    }
+    return rows;
+}
+
 } // namespace
 
 Form1::Form1(link::Bench& bench, link::PortList& ports, link::Module1& module1, link::Gate& gate,
@@ -80,6 +94,13 @@ Form1::Form1(link::Bench& bench, link::PortList& ports, link::Module1& module1, 
     // Designer tells its members apart; the window has two labels of this name, one in the search frame.
     ui_->valueLabel->setObjectName(QStringLiteral("Label1"));
     ui_->List1->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    ui_->foundScroll->viewport()->setAutoFillBackground(false);
+    ui_->NoList->setAutoFillBackground(false);
+    status_.setObjectName(QStringLiteral("Status"));
+    status_.setWordWrap(true);
+    status_.setTextFormat(Qt::PlainText);
+    status_.setMinimumWidth(1);
+    ui_->statusbar->addWidget(&status_, 1);
     InputFilter::letThrough(ui_->menubar);
     connectControls();
     connectMenus();
@@ -108,7 +129,8 @@ void Form1::connectControls()
                 });
     }
     ui_->RefreshPorts->setShortcut(Qt::Key_F5);
-    connect(ui_->AddPort, &QAction::triggered, this, &Form1::addPort);
+    whenChosen(ui_->AddPort, [this] { addPort(); });
+    connect(ui_->CopyAll, &QAction::triggered, this, &Form1::copyReadings);
     connect(ui_->RefreshPorts, &QAction::triggered, this, &Form1::refreshPorts);
     connect(&timer1_, &QTimer::timeout, this, &Form1::Timer1_Timer);
     connect(&module1_.port(), &link::MSComm::lost, this, &Form1::portLost);
@@ -123,7 +145,7 @@ void Form1::connectMenus()
     for (const auto& row : kWindows) {
         auto* action = findChild<QAction*>(row.action);
         action->setEnabled(false);
-        connect(action, &QAction::triggered, this, [this, row] {
+        whenChosen(action, [this, row] {
             if (row.guarded && !gate_.busy() && !module1_.port().PortOpen()) {
                 messages_.say(this, kPortNotOpened);
             } else {
@@ -131,10 +153,16 @@ void Form1::connectMenus()
             }
         });
     }
-    connect(ui_->ImmediateReading, &QAction::triggered, this, &Form1::Command2_Click);
     openers_[ui_->Help->objectName()] = [this] { Help_Click(); };
-    connect(ui_->Help, &QAction::triggered, this, [this] { openWindow(ui_->Help->objectName()); });
-    connect(ui_->Quit, &QAction::triggered, this, &Form1::Quit_Click);
+    whenChosen(ui_->Help, [this] { openWindow(ui_->Help->objectName()); });
+    whenChosen(ui_->ImmediateReading, [this] { Command2_Click(); });
+    whenChosen(ui_->Quit, [this] { Quit_Click(); });
+}
+
+// What an item leads to may stay open for long; a screen reader that chose the item waits for the choice to return.
+void Form1::whenChosen(QAction* action, const std::function<void()>& handler)
+{
+    connect(action, &QAction::triggered, this, handler, Qt::QueuedConnection);
 }
 
 void Form1::setOpener(const QString& action, std::function<void()> opener)
@@ -153,7 +181,11 @@ void Form1::openWindow(const QString& action)
     openers_.at(action)();
 }
 
-void Form1::showStatus(const QString& text) { ui_->statusbar->showMessage(text); }
+void Form1::showStatus(const QString& text)
+{
+    status_.setText(text);
+    status_.setToolTip(text);
+}
 
 void Form1::selectType(link::InstrumentType type)
 {
@@ -257,6 +289,7 @@ void Form1::Command4_Click()
     module1_.WaitForInput(search::kAnswerTime, 0);
     const auto addresses = search::foundAddresses(module1_.takeInput());
     ui_->NoList->setText(shown(search::foundText(addresses)));
+    ui_->NoList->setToolTip(inRows(addresses));
     showStatus(tr("Readouts found: %1").arg(addresses.size()));
     if (!addresses.empty()) ui_->TestNo->setText(shown(addresses.front()));
 }
@@ -329,6 +362,15 @@ void Form1::endReading()
     ui_->Command1->setEnabled(true);
     ui_->Command4->setEnabled(true);
     if (module1_.port().PortOpen()) showStatus(tr("Immediate Reading has ended."));
+}
+
+void Form1::copyReadings()
+{
+    QStringList lines;
+    for (int row = 0; row < ui_->List1->count(); ++row) {
+        lines << ui_->List1->item(row)->text();
+    }
+    QApplication::clipboard()->setText(lines.join(u'\n'));
 }
 
 void Form1::Help_Click()

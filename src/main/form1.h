@@ -6,6 +6,7 @@
 #include "link/portlist.h"
 #include "main/messages.h"
 
+#include <QLabel>
 #include <QMainWindow>
 #include <QTimer>
 
@@ -52,9 +53,11 @@ protected:
 private:
     void connectControls();
     void connectMenus();
+    void whenChosen(QAction* action, const std::function<void()>& handler);
     void ComboList();
     void selectPort(int index);
     void addPort();
+    void copyReadings();
     void refreshPorts();
     void showPortState();
     void portLost(const QString& reason);
@@ -81,6 +84,7 @@ private:
     link::Gate& gate_;
     Messages& messages_;
     std::map<QString, std::function<void()>> openers_;
+    QLabel status_; ///< a label, because screen readers do not see a status bar's own text
     QTimer timer1_;
     float elapsedSeconds_ = 0;
     bool stopFlag_ = false;

@@ -50,7 +50,10 @@ void InputFilter::letThrough(QWidget* widget, bool passes) { widget->setProperty
 bool InputFilter::eventFilter(QObject* watched, QEvent* event)
 {
     if (!gate_.busy() || gate_.boxOpen()) return false;
-    if (event->type() == QEvent::Close) return event->spontaneous() && keepClose(watched);
+    if (event->type() == QEvent::Close && keepClose(watched)) {
+        event->ignore();
+        return true;
+    }
     if (!isInput(event->type())) return false;
     // Windows pass input on to their widgets; it is decided there, where the target is known.
     const bool decides = watched->isWidgetType() || event->type() == QEvent::Shortcut;
@@ -60,7 +63,8 @@ bool InputFilter::eventFilter(QObject* watched, QEvent* event)
 bool InputFilter::keepClose(QObject* watched)
 {
     auto* window = qobject_cast<QWidget*>(watched);
-    if (!window) return false;
+    // Menus and tool tips close as they like.
+    if (!window || (window->windowType() != Qt::Window && window->windowType() != Qt::Dialog)) return false;
     if (!closeKept_) {
         closeKept_ = true;
         gate_.whenIdle(window, [this, window] {

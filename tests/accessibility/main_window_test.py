@@ -1,0 +1,106 @@
+"""The main window, operated through the accessibility tree."""
+
+import sys
+import time
+import unittest
+
+from desk import Atspi, Program, has_state, press, type_into, until
+
+BINARIES = sys.argv.pop(1)
+BUS = ["--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:B"]
+BUTTON = Atspi.Role.PUSH_BUTTON
+RADIO = Atspi.Role.RADIO_BUTTON
+ITEM = Atspi.Role.MENU_ITEM
+
+
+class MainWindow(unittest.TestCase):
+    program_name = "quorvel"
+
+    def setUp(self):
+        self.program = Program(BINARIES, self.program_name, bus=BUS)
+        self.addCleanup(self.program.close)
+        self.window = self.program.window("QUORVEL V4.11")
+
+    def reading(self):
+        return next((node for node in self.program.all(Atspi.Role.LIST_ITEM)
+                     if node.get_name()[2:3] == ":"), None)
+
+    def open_port(self):
+        press(self.program.one(BUTTON, "OpenComm"))
+        until(lambda: self.program.all(BUTTON, "CloseComm"), "CloseComm")
+
+    def test_search_fills_list_and_address(self):
+        self.open_port()
+        press(self.program.one(BUTTON, "Search CCD"))
+        until(lambda: self.program.all(Atspi.Role.LABEL, "05,12"), "the addresses found")
+        address = self.program.one(Atspi.Role.TEXT, "CCD Address")
+        self.assertEqual(Atspi.Text.get_text(address, 0, -1), "05")
+
+    def test_readings_appear_and_stop(self):
+        self.open_port()
+        type_into(self.program.one(Atspi.Role.TEXT, "CCD Address"), "12")
+        press(self.program.one(BUTTON, "Immediate Reading"))
+        stop = self.program.one(BUTTON, "Stop")
+        self.assertFalse(has_state(self.program.one(BUTTON, "CloseComm"), Atspi.StateType.ENABLED))
+        line = until(self.reading, "a reading")
+        self.assertRegex(line.get_name(), r"^\d\d:\d\d:\d0    X: [+-][\d.]{7}  Y: [+-][\d.]{7}  $")
+        press(stop)
+        pressed = time.monotonic()
+        self.program.one(BUTTON, "Immediate Reading")
+        self.assertLess(time.monotonic() - pressed, 3)
+        until(lambda: has_state(self.program.one(BUTTON, "CloseComm"), Atspi.StateType.ENABLED), "CloseComm")
+
+    def test_a_second_press_in_mid_search_starts_nothing(self):
+        self.open_port()
+        search = self.program.one(BUTTON, "Search CCD")
+        press(search)
+        time.sleep(0.5)
+        press(search)
+        press(self.program.one(BUTTON, "CloseComm"))
+        until(lambda: self.program.all(Atspi.Role.LABEL, "05,12"), "the addresses found")
+        self.assertTrue(self.program.all(BUTTON, "CloseComm"))
+        self.assertEqual(self.program.tell_bus("frames").count(":FF01FF"), 1)
+
+    def test_closed_port_gives_the_guard_message(self):
+        press(self.program.one(BUTTON, "Search CCD"))
+        self.assertEqual(self.program.box_text(), "CommPort not Opened")
+        press(self.program.one(BUTTON, "OK"))
+
+    def test_types_change_the_menus(self):
+        def visible(name):
+            return any(has_state(node, Atspi.StateType.VISIBLE) for node in self.program.all(ITEM, name))
+        press(self.program.one(RADIO, "Sensor Type D"))
+        until(lambda: self.program.all(ITEM, "Invert"), "the caption Invert")
+        self.assertFalse(visible("Y-GrayScale-Data"))
+        press(self.program.one(RADIO, "Sensor Type C"))
+        until(lambda: self.program.all(ITEM, "Invert and Swap"), "the caption Invert and Swap")
+        self.assertTrue(self.program.all(ITEM, "Z2-GrayScale-Data"))
+
+    def test_help_without_file_names_it(self):
+        press(self.program.one(ITEM, "Help"))
+        self.assertIn("readme.txt", self.program.box_text())
+
+    def test_quit_ends_the_program_in_mid_search(self):
+        self.open_port()
+        press(self.program.one(BUTTON, "Search CCD"))
+        time.sleep(0.3)
+        started = time.monotonic()
+        press(self.program.one(ITEM, "Quit"))
+        self.assertEqual(self.program.process.wait(10), 0)
+        self.assertLess(time.monotonic() - started, 2)
+
+    def test_user_edition_hides_calibration(self):
+        self.assertFalse([node for node in self.program.all(ITEM, "Calibration")
+                          if has_state(node, Atspi.StateType.VISIBLE)])
+
+
+class FactoryMainWindow(unittest.TestCase):
+    def test_factory_edition_shows_calibration(self):
+        program = Program(BINARIES, "quorvel-factory", bus=BUS)
+        self.addCleanup(program.close)
+        program.window("QUORVEL V4.11")
+        self.assertTrue(has_state(program.one(ITEM, "Calibration"), Atspi.StateType.VISIBLE))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,148 @@
+#include "link/device.h"
+#include "link/mscomm.h"
+#include "support/simulated_bus.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <sys/file.h>
+
+namespace quorvel::link {
+namespace {
+
+const QStringList kBus = {QStringLiteral("--fast"), QStringLiteral("--readout"), QStringLiteral("5:A")};
+
+/// Devices need an event loop.
+class Device : public ::testing::Test {
+protected:
+    int argc_ = 1;
+    char name_[7] = "device";
+    char* argv_[2] = {name_, nullptr};
+    QCoreApplication application_{argc_, argv_};
+};
+
+TEST(LineSettings, AreReadFromTheirUsualForm)
+{
+    const auto mark = parseLineSettings("9600,M,8,1");
+    ASSERT_TRUE(mark);
+    EXPECT_EQ(mark->parity, 'm');
+    const auto even = parseLineSettings("19200,e,7,2");
+    ASSERT_TRUE(even);
+    EXPECT_EQ(even->baud, 19200);
+    EXPECT_EQ(even->dataBits, 7);
+    EXPECT_EQ(even->stopBits, 2);
+}
+
+TEST(LineSettings, AnythingElseIsRefused)
+{
+    for (const auto* text : {"", "9600", "9600,n,8", "9600,n,8,1,1", "9600,x,8,1", "9600,n,9,1", "9600,n,8,3",
+                             "fast,n,8,1", "0,n,8,1", ",,,"}) {
+        EXPECT_FALSE(parseLineSettings(text)) << text;
+    }
+}
+
+TEST_F(Device, AMissingPortIsNamed)
+{
+    const auto opened = openDevice("/dev/ttyNowhere", {});
+    EXPECT_FALSE(opened.device);
+    EXPECT_TRUE(opened.reason.contains("/dev/ttyNowhere does not exist")) << qPrintable(opened.reason);
+}
+
+TEST_F(Device, AFileIsNoSerialPort)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("text"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const auto opened = openDevice(file.fileName(), {});
+    EXPECT_FALSE(opened.device);
+    EXPECT_TRUE(opened.reason.contains(file.fileName())) << qPrintable(opened.reason);
+}
+
+TEST_F(Device, APortIsHeldExclusively)
+{
+    const test::SimulatedBus bus(kBus);
+    const auto first = openDevice(bus.device(), {});
+    ASSERT_TRUE(first.device) << qPrintable(first.reason);
+    const auto second = openDevice(bus.device(), {});
+    EXPECT_FALSE(second.device);
+    EXPECT_TRUE(second.reason.contains("used by another program")) << qPrintable(second.reason);
+}
+
+TEST_F(Device, AnotherNameOfAPortInUseIsRefusedToo)
+{
+    const test::SimulatedBus bus(kBus);
+    const QTemporaryDir folder;
+    const auto alias = folder.filePath("alias");
+    ASSERT_TRUE(QFile::link(bus.device(), alias));
+    const auto first = openDevice(bus.device(), {});
+    ASSERT_TRUE(first.device) << qPrintable(first.reason);
+    const auto second = openDevice(alias, {});
+    EXPECT_FALSE(second.device);
+    EXPECT_TRUE(second.reason.contains("used by another program")) << qPrintable(second.reason);
+}
+
+TEST_F(Device, AClosedPortCanBeOpenedAgain)
+{
+    const test::SimulatedBus bus(kBus);
+    for (int i = 0; i < 3; ++i) {
+        const auto opened = openDevice(bus.device(), {});
+        EXPECT_TRUE(opened.device) << qPrintable(opened.reason);
+    }
+}
+
+TEST_F(Device, AnUnpluggedPortClosesByItself)
+{
+    test::SimulatedBus bus(kBus);
+    const PortList ports({bus.device()}, [] { return std::vector<PortInfo>(); });
+    MSComm comm(ports);
+    ASSERT_EQ(comm.setPortOpen(true), "");
+    QString reason;
+    QObject::connect(&comm, &MSComm::lost, &comm, [&reason](const QString& text) { reason = text; });
+    bus.unplug();
+    EXPECT_TRUE(QTest::qWaitFor([&comm] { return !comm.PortOpen(); }, 10'000));
+    EXPECT_TRUE(reason.contains(bus.device())) << qPrintable(reason);
+}
+
+TEST_F(Device, ADeviceServerIsReachedByTcp)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    const auto opened = openDevice(QStringLiteral("tcp:127.0.0.1:%1").arg(server.serverPort()), {});
+    ASSERT_TRUE(opened.device) << qPrintable(opened.reason);
+    ASSERT_TRUE(QTest::qWaitFor([&server] { return server.hasPendingConnections(); }, 10'000));
+    auto* peer = server.nextPendingConnection();
+    peer->write("hello");
+    EXPECT_TRUE(QTest::qWaitFor([&opened] { return opened.device->bytesAvailable() == 5; }, 10'000));
+    bool gone = false;
+    QObject::connect(opened.device.get(), &QIODevice::readChannelFinished, peer, [&gone] { gone = true; });
+    peer->disconnectFromHost();
+    EXPECT_TRUE(QTest::qWaitFor([&gone] { return gone; }, 10'000));
+}
+
+TEST_F(Device, ADeviceServerThatIsNotThereIsNamed)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    const auto name = QStringLiteral("tcp:127.0.0.1:%1").arg(server.serverPort());
+    server.close();
+    const auto opened = openDevice(name, {});
+    EXPECT_FALSE(opened.device);
+    EXPECT_TRUE(opened.reason.contains(name)) << qPrintable(opened.reason);
+}
+
+TEST_F(Device, ATcpNameWithoutPortIsExplained)
+{
+    for (const auto* name : {"tcp:", "tcp:host", "tcp:host:", "tcp::4001", "tcp:host:0", "tcp:host:99999"}) {
+        const auto opened = openDevice(name, {});
+        EXPECT_FALSE(opened.device) << name;
+        EXPECT_TRUE(opened.reason.contains("tcp:host:port")) << name << ": " << qPrintable(opened.reason);
+    }
+}
+
+} // namespace
+} // namespace quorvel::link

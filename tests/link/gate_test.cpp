@@ -1,0 +1,73 @@
+#include "link/gate.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvel::link {
+namespace {
+
+TEST(Gate, RunsOneHandlerAtATime)
+{
+    Gate gate;
+    int refusals = 0;
+    QObject::connect(&gate, &Gate::refused, &gate, [&refusals] { ++refusals; });
+    int runs = 0;
+    EXPECT_TRUE(gate.run([&] {
+        ++runs;
+        EXPECT_TRUE(gate.busy());
+        EXPECT_FALSE(gate.run([&runs] { ++runs; }));
+    }));
+    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(refusals, 1);
+    EXPECT_FALSE(gate.busy());
+    EXPECT_TRUE(gate.run([&runs] { ++runs; }));
+    EXPECT_EQ(runs, 2);
+}
+
+TEST(Gate, ClosingWaitsForTheRunningHandlerAndAsksItToEnd)
+{
+    Gate gate;
+    QObject window;
+    bool closed = false;
+    gate.run([&] {
+        EXPECT_FALSE(gate.stopRequested());
+        gate.whenIdle(&window, [&closed] { closed = true; });
+        EXPECT_FALSE(closed);
+        EXPECT_TRUE(gate.stopRequested());
+    });
+    EXPECT_TRUE(closed);
+    EXPECT_FALSE(gate.stopRequested());
+}
+
+TEST(Gate, ClosingAnIdleWindowDoesNotWait)
+{
+    Gate gate;
+    QObject window;
+    bool closed = false;
+    gate.whenIdle(&window, [&closed] { closed = true; });
+    EXPECT_TRUE(closed);
+}
+
+TEST(Gate, WhatIsKeptForAWindowThatIsGoneIsDropped)
+{
+    Gate gate;
+    auto window = std::make_unique<QObject>();
+    bool closed = false;
+    gate.run([&] {
+        gate.whenIdle(window.get(), [&closed] { closed = true; });
+        window.reset();
+    });
+    EXPECT_FALSE(closed);
+}
+
+TEST(Gate, KnowsThatABoxIsOpen)
+{
+    Gate gate;
+    {
+        const Gate::Box box(gate);
+        EXPECT_TRUE(gate.boxOpen());
+    }
+    EXPECT_FALSE(gate.boxOpen());
+}
+
+} // namespace
+} // namespace quorvel::link

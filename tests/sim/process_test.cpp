@@ -1,0 +1,410 @@
+#include "sim/descriptor.h"
+
+#include <arpa/inet.h>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <fcntl.h>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sstream>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <thread>
+
+namespace quorvelsim {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using namespace std::chrono_literals;
+
+constexpr uid_t kNobody = 65534;
+
+double seconds()
+{
+    std::timespec time{};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+/// What arrives until `quiet` seconds pass without a character, or `count` characters are there.
+std::string listen(int descriptor, std::size_t count = 1000000, double quiet = 0.3)
+{
+    std::string all;
+    pollfd wait{descriptor, POLLIN, 0};
+    while (all.size() < count && ::poll(&wait, 1, static_cast<int>(quiet * 1000)) > 0) {
+        char buffer[4096];
+        const auto got = ::read(descriptor, buffer, sizeof buffer);
+        if (got <= 0) break;
+        all.append(buffer, static_cast<std::size_t>(got));
+    }
+    return all;
+}
+
+/// A client that opens a terminal as programs do.
+Descriptor openRaw(const std::string& path)
+{
+    Descriptor client(::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    termios settings{};
+    if (client.isOpen() && ::tcgetattr(client.get(), &settings) == 0) {
+        ::cfmakeraw(&settings);
+        ::tcsetattr(client.get(), TCSANOW, &settings);
+    }
+    return client;
+}
+
+void say(int descriptor, const std::string& command)
+{
+    const auto text = command + "\r\n";
+    EXPECT_EQ(::write(descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+}
+
+/// A real quorvel-sim process; ends with the test.
+class Process {
+public:
+    explicit Process(std::vector<std::string> arguments, uid_t user = ::getuid())
+    {
+        int toChild[2];
+        int fromChild[2];
+        if (::pipe2(toChild, O_CLOEXEC) != 0 || ::pipe2(fromChild, O_CLOEXEC) != 0) return;
+        const Descriptor program(::open(QUORVEL_SIM, O_RDONLY)); // opened here: another user may not reach it
+        arguments.insert(arguments.begin(), "quorvel-sim");
+        std::vector<char*> argv;
+        for (auto& argument : arguments)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        pid_ = ::fork();
+        if (pid_ == 0) {
+            if (user != ::getuid() && ::setuid(user) != 0) ::_exit(126);
+            ::dup2(toChild[0], STDIN_FILENO);
+            ::dup2(fromChild[1], STDOUT_FILENO);
+            ::fexecve(program.get(), argv.data(), environ);
+            ::_exit(127);
+        }
+        ::close(toChild[0]);
+        ::close(fromChild[1]);
+        input_ = Descriptor(toChild[1]);
+        output_ = Descriptor(fromChild[0]);
+        port_ = line();
+    }
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+    ~Process()
+    {
+        if (pid_ <= 0) return;
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+
+    [[nodiscard]] const std::string& port() const { return port_; }
+    [[nodiscard]] pid_t pid() const { return pid_; }
+
+    std::string control(const std::string& text)
+    {
+        const auto whole = text + "\n";
+        EXPECT_EQ(::write(input_.get(), whole.data(), whole.size()), static_cast<ssize_t>(whole.size()));
+        return line();
+    }
+
+    void closeInput() { input_.close(); }
+
+    /// The exit status, -1 when it does not end within five seconds or by a signal.
+    int waitForEnd()
+    {
+        for (int i = 0; i < 500; ++i) {
+            int status = 0;
+            if (::waitpid(pid_, &status, WNOHANG) == pid_) {
+                pid_ = -1;
+                return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+            }
+            std::this_thread::sleep_for(10ms);
+        }
+        return -1;
+    }
+
+    /// Processor time used so far, in seconds.
+    [[nodiscard]] double processorSeconds() const
+    {
+        std::ifstream file("/proc/" + std::to_string(pid_) + "/stat");
+        std::string text;
+        std::getline(file, text);
+        std::istringstream fields(text.substr(text.rfind(')') + 2));
+        std::string skipped;
+        for (int i = 0; i < 11; ++i)
+            fields >> skipped;
+        double user = 0;
+        double system = 0;
+        fields >> user >> system;
+        return (user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
+    }
+
+private:
+    std::string line()
+    {
+        std::string text;
+        char character = 0;
+        pollfd wait{output_.get(), POLLIN, 0};
+        while (::poll(&wait, 1, 10000) > 0 && ::read(output_.get(), &character, 1) == 1 && character != '\n')
+            text += character;
+        return text;
+    }
+
+    pid_t pid_ = -1;
+    Descriptor input_;
+    Descriptor output_;
+    std::string port_;
+};
+
+/// Waits until `condition` holds, at most five seconds.
+template<typename Condition>
+bool eventually(Condition condition)
+{
+    for (int i = 0; i < 500; ++i) {
+        if (condition()) return true;
+        std::this_thread::sleep_for(10ms);
+    }
+    return false;
+}
+
+TEST(Process, AnswersOverATerminalWithoutEcho)
+{
+    const Process sim({"--fast"});
+    ASSERT_THAT(sim.port(), StartsWith("/dev/pts/"));
+    const Descriptor client(::open(sim.port().c_str(), O_RDWR | O_NOCTTY)); // no settings: it is raw already
+    ASSERT_TRUE(client.isOpen());
+    say(client.get(), ":FF01FF");
+    EXPECT_EQ(listen(client.get(), 25), ":05\r\n:0C\r\n:21\r\n:64\r\n:F9\r\n");
+    say(client.get(), ":0572FF");
+    EXPECT_EQ(listen(client.get()), ":0572+0.00000FF\r\n");
+}
+
+TEST(Process, EndsWhenItsInputCloses)
+{
+    Process sim({});
+    sim.closeInput();
+    EXPECT_EQ(sim.waitForEnd(), 0);
+}
+
+TEST(Process, EndsOnSignals)
+{
+    for (const int signal : {SIGTERM, SIGINT}) {
+        Process sim({"--no-control"});
+        sim.closeInput();
+        ASSERT_FALSE(sim.port().empty());
+        ::kill(sim.pid(), signal);
+        EXPECT_EQ(sim.waitForEnd(), 0);
+    }
+}
+
+TEST(Process, WrongUsageEndsWithStatus2)
+{
+    EXPECT_EQ(Process({"--readout", "5:A", "--ring", "6:10,0,0"}).waitForEnd(), 2);
+    EXPECT_EQ(Process({"--tcp", "nowhere"}).waitForEnd(), 2);
+    EXPECT_EQ(Process({"--tcp", "127.0.0.1:99999"}).waitForEnd(), 2);
+}
+
+TEST(Process, FindsAll249ReadoutsAtOnceWhenFast)
+{
+    const Process sim({"--readout", "1-249:A", "--fast"});
+    const auto client = openRaw(sim.port());
+    const auto start = seconds();
+    say(client.get(), ":FF01FF");
+    EXPECT_EQ(listen(client.get(), 249 * 5).size(), 249U * 5);
+    EXPECT_LT(seconds() - start, 0.5);
+}
+
+TEST(Process, FindsAll249ReadoutsAtThePaceOf9600Baud)
+{
+    const Process sim({"--readout", "1-249:A"});
+    const auto client = openRaw(sim.port());
+    const auto start = seconds();
+    say(client.get(), ":FF01FF");
+    EXPECT_EQ(listen(client.get(), 249 * 5).size(), 249U * 5);
+    const auto took = seconds() - start;
+    constexpr double kOnTheWire = (8 + 249 * 5 + 248) * 10.0 / 9600; // the answers, and pauses between them
+    EXPECT_GE(took, kOnTheWire);
+    EXPECT_LE(took, kOnTheWire * 1.1);
+}
+
+TEST(Process, ServesClientsThatComeAndGo)
+{
+    Process sim({"--fast"});
+    for (int i = 0; i < 5; ++i) {
+        const auto client = openRaw(sim.port());
+        ASSERT_TRUE(client.isOpen());
+        say(client.get(), ":0572FF");
+        EXPECT_EQ(listen(client.get(), 17), ":0572+0.00000FF\r\n");
+    }
+}
+
+TEST(Process, AnAnswerThatNobodyWaitsForIsLost)
+{
+    Process sim({"--fault", "late=0.3@72"});
+    {
+        const auto client = openRaw(sim.port());
+        say(client.get(), ":0572FF");
+        ASSERT_TRUE(eventually([&] { return sim.control("frames").find("0572FF") != std::string::npos; }));
+    }
+    std::this_thread::sleep_for(500ms);
+    const auto client = openRaw(sim.port());
+    EXPECT_EQ(listen(client.get()), "");
+    say(client.get(), ":0574FF");
+    EXPECT_EQ(listen(client.get()), ":0574+0.00000FF\r\n");
+}
+
+/// Opens the terminal for itself alone as `user`, and is killed.
+void killedHolder(const std::string& path, uid_t user)
+{
+    const auto child = ::fork();
+    if (child == 0) {
+        if (user != ::getuid() && ::setuid(user) != 0) ::_exit(1);
+        const int terminal = ::open(path.c_str(), O_RDWR | O_NOCTTY);
+        if (terminal < 0 || ::ioctl(terminal, TIOCEXCL) != 0) ::_exit(1);
+        ::kill(::getpid(), SIGKILL);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the holder could not lock the terminal";
+}
+
+/// Exit status of a client that opens the terminal as `user`: 0 opened, 1 refused.
+int opensAs(const std::string& path, uid_t user)
+{
+    const auto child = ::fork();
+    if (child == 0) {
+        if (user != ::getuid() && ::setuid(user) != 0) ::_exit(2);
+        ::_exit(::open(path.c_str(), O_RDWR | O_NOCTTY) >= 0 ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// Root is let into a locked terminal, so as root these two run as somebody else.
+const uid_t kUser = ::getuid() == 0 ? kNobody : ::getuid();
+
+TEST(Process, ALockDiesWithTheClientThatHeldIt)
+{
+    Process sim({"--fast"}, kUser);
+    ASSERT_THAT(sim.port(), StartsWith("/dev/pts/"));
+    for (int i = 0; i < 3; ++i) {
+        killedHolder(sim.port(), kUser);
+        EXPECT_TRUE(eventually([&] { return opensAs(sim.port(), kUser) == 0; }));
+    }
+    const auto client = openRaw(sim.port());
+    say(client.get(), ":0572FF");
+    EXPECT_EQ(listen(client.get(), 17), ":0572+0.00000FF\r\n");
+}
+
+TEST(Process, ALockHoldsWhileItsClientLives)
+{
+    Process sim({"--fast"}, kUser);
+    const auto client = openRaw(sim.port());
+    ASSERT_EQ(::ioctl(client.get(), TIOCEXCL), 0);
+    const Descriptor second(::dup(client.get()));
+    EXPECT_EQ(opensAs(sim.port(), kUser), 1);
+    if (::getuid() == 0) openRaw(sim.port()); // let in and gone again: no reason to unlock
+    say(client.get(), ":0572FF");
+    EXPECT_EQ(listen(client.get(), 17), ":0572+0.00000FF\r\n");
+    EXPECT_EQ(opensAs(sim.port(), kUser), 1);
+}
+
+TEST(Process, SleepsWhileThereIsNothingToDo)
+{
+    Process sim({});
+    const auto atRest = [&] {
+        const auto before = sim.processorSeconds();
+        std::this_thread::sleep_for(1s);
+        return sim.processorSeconds() - before;
+    };
+    EXPECT_LE(atRest(), 0.01) << "before a client came";
+    {
+        const auto client = openRaw(sim.port());
+        EXPECT_LE(atRest(), 0.01) << "with a client";
+    }
+    EXPECT_LE(atRest(), 0.01) << "after the client went";
+}
+
+TEST(Process, UnplugsAndIsPluggedInAgain)
+{
+    Process sim({"--fast"});
+    auto client = openRaw(sim.port());
+    EXPECT_EQ(sim.control("unplug"), R"({"ok":true})");
+    char character = 0;
+    EXPECT_LE(::read(client.get(), &character, 1), 0);
+    EXPECT_LT(::write(client.get(), "x", 1), 0);
+    const auto answer = sim.control("plug");
+    ASSERT_THAT(answer, HasSubstr("/dev/pts/"));
+    const auto begin = answer.find("/dev");
+    client = openRaw(answer.substr(begin, answer.find('"', begin) - begin));
+    say(client.get(), ":0572FF");
+    EXPECT_EQ(listen(client.get(), 17), ":0572+0.00000FF\r\n");
+}
+
+TEST(Process, AHangUpTakesTheTerminalAway)
+{
+    Process sim({"--fault", "hangup@72"});
+    const auto client = openRaw(sim.port());
+    say(client.get(), ":0572FF");
+    EXPECT_TRUE(eventually([&] { return ::write(client.get(), "x", 1) < 0; }));
+    EXPECT_EQ(sim.control("device"), R"({"device":null})");
+}
+
+TEST(Process, AClientThatDoesNotReadCostsNothing)
+{
+    Process sim({"--fast"});
+    const auto client = openRaw(sim.port());
+    for (int i = 0; i < 30; ++i)
+        say(client.get(), ":0565FF");
+    ASSERT_TRUE(
+        eventually([&] { return sim.control("state 5").find("\"address\":5") != std::string::npos; }));
+    const auto before = sim.processorSeconds();
+    std::this_thread::sleep_for(500ms);
+    EXPECT_LE(sim.processorSeconds() - before, 0.02);
+    EXPECT_THAT(listen(client.get(), 14913), StartsWith(":05651D1A"));
+}
+
+Descriptor connectTo(const std::string& port)
+{
+    Descriptor client(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(port.substr(port.rfind(':') + 1))));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const auto* generic = static_cast<const sockaddr*>(static_cast<const void*>(&address));
+    EXPECT_EQ(::connect(client.get(), generic, sizeof address), 0);
+    return client;
+}
+
+TEST(Process, AnswersOverTcpOneClientAtATime)
+{
+    Process sim({"--fast", "--tcp", "127.0.0.1:0"});
+    ASSERT_THAT(sim.port(), StartsWith("tcp:127.0.0.1:"));
+    {
+        const auto client = connectTo(sim.port());
+        say(client.get(), ":0572FF");
+        EXPECT_EQ(listen(client.get(), 17), ":0572+0.00000FF\r\n");
+        const auto second = connectTo(sim.port());
+        char character = 0;
+        EXPECT_LE(::recv(second.get(), &character, 1, 0), 0);
+        say(client.get(), ":0574FF");
+        EXPECT_EQ(listen(client.get(), 17), ":0574+0.00000FF\r\n");
+    }
+    const auto next = connectTo(sim.port());
+    say(next.get(), ":0572FF");
+    EXPECT_EQ(listen(next.get(), 17), ":0572+0.00000FF\r\n");
+    EXPECT_EQ(sim.control("unplug"), R"({"ok":true})");
+    char character = 0;
+    EXPECT_LE(::recv(next.get(), &character, 1, 0), 0);
+    EXPECT_EQ(sim.control("plug"), R"({"device":")" + sim.port() + "\"}");
+}
+
+} // namespace
+} // namespace quorvelsim
