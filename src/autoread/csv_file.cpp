@@ -1,0 +1,91 @@
+#include "autoread/disk.h"
+#include "autoread/table_format.h"
+
+#include <QFile>
+
+namespace quorvel::autoread {
+
+namespace {
+
+std::string headerRow(const RecordLayout& layout)
+{
+    std::string row = kTimeField;
+    for (std::size_t i = 0; i < layout.readings; ++i) {
+        row.append(",").append(kReadings[i].field);
+    }
+    return row + "\n";
+}
+
+std::string rowOf(const Record& record, const RecordLayout& layout)
+{
+    std::string row = record.time.iso();
+    for (std::size_t i = 0; i < layout.readings; ++i) {
+        row += "," + jet::Value(record.readings[i]).text();
+    }
+    return row + "\n";
+}
+
+class CsvFile final : public RecordSink {
+public:
+    CsvFile(const std::filesystem::path& path, const RecordLayout& layout) : file_(path), layout_(layout) {}
+
+    jet::Status open(QIODevice::OpenMode mode)
+    {
+        if (file_.open(mode | QIODevice::WriteOnly | QIODevice::Unbuffered)) return {};
+        return failed("could not be created", ". Choose another folder or name.");
+    }
+
+    jet::Status write(const std::string& row)
+    {
+        const auto before = file_.size();
+        const auto size = static_cast<qint64>(row.size());
+        if (file_.write(row.data(), size) == size && flushToDisk(file_.handle())) return {};
+        auto failure = failed("could not be written", ". Make room on the disk or choose another one.");
+        // Half a row would be read as a whole one.
+        file_.resize(before);
+        return failure;
+    }
+
+    jet::Status append(const Record& record) override { return write(rowOf(record, layout_)); }
+
+    jet::Status close() override
+    {
+        file_.close();
+        return {};
+    }
+
+    /// Takes the file away again.
+    void discard() { file_.remove(); }
+
+private:
+    jet::Failure failed(const char* what, const char* next) const
+    {
+        return {file_.fileName().toStdString() + " " + what + ": " + file_.errorString().toStdString() +
+                next};
+    }
+
+    QFile file_;
+    RecordLayout layout_;
+};
+
+jet::Status makeEmpty(const std::filesystem::path& path, const RecordLayout& layout)
+{
+    CsvFile file(path, layout);
+    if (auto made = file.open(QIODevice::NewOnly); !made) return made;
+    auto written = file.write(headerRow(layout));
+    if (!written) file.discard();
+    return written;
+}
+
+jet::Result<std::unique_ptr<RecordSink>> open(const std::filesystem::path& path, const RecordLayout& layout)
+{
+    auto file = std::make_unique<CsvFile>(path, layout);
+    if (auto opened = file->open(QIODevice::Append); !opened) return opened.failure();
+    return std::unique_ptr<RecordSink>(std::move(file));
+}
+
+} // namespace
+
+const TableFormat kCsvFormat{makeEmpty, open};
+
+} // namespace quorvel::autoread

@@ -1,0 +1,53 @@
+#include "autoread/download.h"
+
+#include "text/number.h"
+
+namespace quorvel::autoread {
+
+namespace {
+
+/// The words for a file that failed, with what is left of the download.
+std::string fileFailedText(const std::string& reason, int received)
+{
+    return reason + " The download has stopped; the file holds the " + text::general(received) +
+           " records before. The readout still has all its data.";
+}
+
+/// One record from the readout into the sink.
+Outcome fetchRecord(link::Module1& module1, const std::string& frame, int index, int received,
+                    const RecordLayout& layout, RecordSink& sink)
+{
+    if (!module1.transact(frame, static_cast<std::uint16_t>(layout.replyLength)))
+        return {Ending::CommError, received, brokenText(received)};
+    const auto& reply = module1.ReplyText();
+    const auto read = readRecord(reply, layout);
+    if (!read.record) return {Ending::BadRecord, received, badRecordText(index, read.fault, reply, received)};
+    if (const auto stored = sink.append(*read.record); !stored)
+        return {Ending::FileFailed, received, fileFailedText(stored.error(), received)};
+    return {Ending::Complete, received + 1, {}};
+}
+
+} // namespace
+
+Outcome fetchRecords(link::Module1& module1, std::string_view addressDigits, const RecordSpan& span,
+                     const RecordLayout& layout, RecordSink& sink, const Watcher& watcher)
+{
+    Outcome outcome;
+    for (int count = span.first; count < span.end && outcome.ending == Ending::Complete; ++count) {
+        module1.clock().letEventsRun();
+        if (watcher.stop()) {
+            outcome.ending = Ending::Stopped;
+            break;
+        }
+        const int index = span.indexOf(count);
+        const int before = outcome.received;
+        outcome = fetchRecord(module1, recordFrame(addressDigits, index), index, before, layout, sink);
+        if (outcome.received > before) watcher.received(outcome.received);
+    }
+    const auto closed = sink.close();
+    if (!closed && outcome.reason.empty())
+        return {Ending::FileFailed, outcome.received, fileFailedText(closed.error(), outcome.received)};
+    return outcome;
+}
+
+} // namespace quorvel::autoread

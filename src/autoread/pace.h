@@ -1,0 +1,20 @@
+#pragma once
+
+#include "autoread/record.h"
+
+#include <string>
+
+/// How long a download takes.
+namespace quorvel::autoread {
+
+/// Seconds that one record takes at the least: the pauses of its frame, and its reply at 9600 baud.
+double leastSecondsPerRecord(const RecordLayout& layout);
+
+/// Seconds left of a download, by the pace so far; before the first record by the least pace.
+/// @param passed  seconds since it began.
+double secondsLeft(const RecordLayout& layout, int total, int received, double passed);
+
+/// "about 2 min 17 s left", "about 9 s left".
+std::string timeLeftText(double seconds);
+
+} // namespace quorvel::autoread

@@ -1,0 +1,81 @@
+#include "autoread/record_file.h"
+
+#include "autoread/disk.h"
+#include "autoread/table_format.h"
+#include "jet/file.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace quorvel::autoread {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+char lowerCase(char letter)
+{
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+const TableFormat& formatOf(const fs::path& path)
+{
+    auto extension = path.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(), lowerCase);
+    return extension == ".csv" ? kCsvFormat : kMdbFormat;
+}
+
+/// A name in the same folder that nothing has: the new file grows there until it takes the old one's place.
+fs::path unusedNameBeside(const fs::path& path)
+{
+    std::error_code error;
+    for (int number = 1;; ++number) {
+        auto name = path;
+        name += ".new" + std::to_string(number);
+        if (!fs::exists(fs::symlink_status(name, error))) return name;
+    }
+}
+
+jet::Status replaceable(const fs::path& path)
+{
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) {
+        return jet::Failure{path.string() + " is not a file and cannot be overwritten. Choose another name."};
+    }
+    if (jet::diskFiles().lockedByOthers(path)) {
+        return jet::Failure{path.string() + " is open in another program. Close it there or choose another "
+                                            "name."};
+    }
+    return {};
+}
+
+jet::Status makeInPlaceOf(const fs::path& path, const RecordLayout& layout)
+{
+    if (auto may = replaceable(path); !may) return may;
+    const auto spare = unusedNameBeside(path);
+    if (auto made = formatOf(path).makeEmpty(spare, layout); !made) return made;
+    std::error_code error;
+    fs::rename(spare, path, error);
+    if (error) {
+        std::error_code ignored;
+        fs::remove(spare, ignored);
+        return jet::Failure{path.string() + " could not be overwritten: " + error.message() +
+                            ". Choose another name."};
+    }
+    flushFolderOf(path);
+    return {};
+}
+
+} // namespace
+
+jet::Result<std::unique_ptr<RecordSink>> createRecordFile(const fs::path& path, const RecordLayout& layout,
+                                                          Existing existing)
+{
+    const auto& format = formatOf(path);
+    const auto made =
+        existing == Existing::Replace ? makeInPlaceOf(path, layout) : format.makeEmpty(path, layout);
+    if (!made) return made.failure();
+    return format.open(path, layout);
+}
+
+} // namespace quorvel::autoread

@@ -1,0 +1,211 @@
+#include "autoread/record_file.h"
+
+#include "autoread/exported.h"
+#include "jet/database.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace quorvel::autoread {
+
+namespace {
+
+using test::exported;
+using test::rowsIn;
+
+Record recordAt(int second, float x, float y, float z1 = 0, float z2 = 0)
+{
+    return {*jet::Date::of({2024, 2, 29, 23, 59, second}), {x, y, z1, z2}};
+}
+
+std::string contents(const std::filesystem::path& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
+    return file.readAll().toStdString();
+}
+
+class RecordFile : public ::testing::Test {
+protected:
+    std::filesystem::path path(const char* name) const
+    {
+        return std::filesystem::path(folder.path().toStdString()) / name;
+    }
+    QStringList names() const
+    {
+        return QDir(folder.path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    }
+    void put(const char* name, const char* text) const
+    {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+    QTemporaryDir folder;
+};
+
+/// Both kinds of files, and what is read back of them.
+struct Kind {
+    const char* name;
+    std::string (*read)(const std::filesystem::path&);
+};
+
+class EachKind : public RecordFile, public ::testing::WithParamInterface<Kind> {
+protected:
+    std::filesystem::path file() const { return path(GetParam().name); }
+    std::string read() const { return GetParam().read(file()); }
+};
+
+INSTANTIATE_TEST_SUITE_P(RecordFile, EachKind,
+                         ::testing::Values(Kind{"a.csv", contents}, Kind{"a.mdb", exported},
+                                           Kind{"B.CSV", contents}, Kind{"no_extension", exported}));
+
+TEST_P(EachKind, BeginsWithItsEmptyTable)
+{
+    ASSERT_TRUE(createRecordFile(file(), kTwoDirections, Existing::Keep));
+    EXPECT_EQ(read(), "time,x,y\n");
+    EXPECT_EQ(names().size(), 1);
+}
+
+TEST_P(EachKind, HoldsEachRowBeforeItIsClosed)
+{
+    auto sink = createRecordFile(file(), kTwoDirections, Existing::Keep);
+    ASSERT_TRUE(sink) << sink.error();
+    ASSERT_TRUE((*sink)->append(recordAt(58, 12.345F, -1.5F)));
+    EXPECT_EQ(read(), "time,x,y\n2024-02-29T23:59:58,12.345,-1.5\n");
+    ASSERT_TRUE((*sink)->append(recordAt(59, 0, 100.25F)));
+    EXPECT_EQ(read(), "time,x,y\n2024-02-29T23:59:58,12.345,-1.5\n2024-02-29T23:59:59,0,100.25\n");
+    EXPECT_TRUE((*sink)->close());
+    EXPECT_EQ(read(), "time,x,y\n2024-02-29T23:59:58,12.345,-1.5\n2024-02-29T23:59:59,0,100.25\n");
+}
+
+TEST_P(EachKind, HasTwoMoreFieldsForThreeDirections)
+{
+    auto sink = createRecordFile(file(), kThreeDirections, Existing::Keep);
+    ASSERT_TRUE(sink) << sink.error();
+    ASSERT_TRUE((*sink)->append(recordAt(0, 1, 2, 3.5F, -4.25F)));
+    EXPECT_EQ(read(), "time,x,y,z1,z2\n2024-02-29T23:59:00,1,2,3.5,-4.25\n");
+}
+
+TEST_P(EachKind, IsNotMadeOverAnExistingFile)
+{
+    put(GetParam().name, "old");
+    const auto sink = createRecordFile(file(), kTwoDirections, Existing::Keep);
+    ASSERT_FALSE(sink);
+    EXPECT_THAT(sink.error(), ::testing::HasSubstr(file().string()));
+    EXPECT_EQ(contents(file()), "old");
+}
+
+TEST_P(EachKind, ReplacesAnExistingFile)
+{
+    put(GetParam().name, "old");
+    auto sink = createRecordFile(file(), kTwoDirections, Existing::Replace);
+    ASSERT_TRUE(sink) << sink.error();
+    ASSERT_TRUE((*sink)->append(recordAt(0, 1, 2)));
+    EXPECT_EQ(read(), "time,x,y\n2024-02-29T23:59:00,1,2\n");
+    EXPECT_EQ(names().size(), 1) << "something was left beside it";
+}
+
+TEST_P(EachKind, NeedsAFolder)
+{
+    const auto sink = createRecordFile(path("missing") / GetParam().name, kTwoDirections, Existing::Keep);
+    ASSERT_FALSE(sink);
+    EXPECT_THAT(sink.error(), ::testing::HasSubstr("missing"));
+}
+
+TEST_P(EachKind, LeavesAFolderOfThatNameAlone)
+{
+    ASSERT_TRUE(std::filesystem::create_directory(file()));
+    const auto sink = createRecordFile(file(), kTwoDirections, Existing::Replace);
+    ASSERT_FALSE(sink);
+    EXPECT_THAT(sink.error(), ::testing::HasSubstr("is not a file"));
+    EXPECT_TRUE(std::filesystem::is_directory(file()));
+    EXPECT_EQ(names().size(), 1);
+}
+
+/// As if the disk had only this much room for one file.
+class LargestFile {
+public:
+    explicit LargestFile(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~LargestFile() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+    LargestFile(const LargestFile&) = delete;
+    LargestFile& operator=(const LargestFile&) = delete;
+
+private:
+    rlimit before_{};
+};
+
+TEST_P(EachKind, KeepsItsRowsWhenTheDiskIsFull)
+{
+    auto sink = createRecordFile(file(), kTwoDirections, Existing::Keep);
+    ASSERT_TRUE(sink) << sink.error();
+    int stored = 0;
+    std::string reason;
+    {
+        const LargestFile limit(std::filesystem::file_size(file()) + 5000);
+        for (; stored < 5000 && reason.empty(); ++stored) {
+            const auto appended = (*sink)->append(recordAt(stored % 60, 1, 2));
+            if (!appended) reason = appended.error();
+        }
+        --stored;
+    }
+    EXPECT_THAT(reason, ::testing::HasSubstr(file().string()));
+    EXPECT_GT(stored, 10);
+    EXPECT_EQ(rowsIn(read()), stored);
+    EXPECT_TRUE((*sink)->close());
+    EXPECT_EQ(rowsIn(read()), stored);
+}
+
+TEST_P(EachKind, LeavesTheOldFileWhenThereIsNoRoomForTheNewOne)
+{
+    put(GetParam().name, "old");
+    {
+        const LargestFile limit(4);
+        EXPECT_FALSE(createRecordFile(file(), kTwoDirections, Existing::Replace));
+    }
+    EXPECT_EQ(contents(file()), "old");
+    EXPECT_EQ(names().size(), 1) << "something was left beside it";
+}
+
+TEST_F(RecordFile, DatabaseThatIsOpenElsewhereIsNotReplaced)
+{
+    auto first = createRecordFile(path("a.mdb"), kTwoDirections, Existing::Keep);
+    ASSERT_TRUE(first) << first.error();
+    ASSERT_TRUE((*first)->append(recordAt(0, 1, 2)));
+    const auto second = createRecordFile(path("a.mdb"), kTwoDirections, Existing::Replace);
+    ASSERT_FALSE(second);
+    EXPECT_THAT(second.error(), ::testing::HasSubstr("is open in another program"));
+    EXPECT_EQ(rowsIn(exported(path("a.mdb"))), 1);
+}
+
+TEST_F(RecordFile, DatabaseHasTheTypesOfItsFields)
+{
+    ASSERT_TRUE(createRecordFile(path("a.mdb"), kThreeDirections, Existing::Keep));
+    const auto opened = jet::OpenDatabase(path("a.mdb"), {.access = jet::Access::ReadOnly});
+    ASSERT_TRUE(opened) << opened.error();
+    const auto fields = opened->Fields("data");
+    ASSERT_TRUE(fields) << fields.error();
+    std::vector<std::pair<std::string, int>> found;
+    for (const auto& field : *fields) {
+        found.emplace_back(field.name, static_cast<int>(field.type));
+    }
+    EXPECT_THAT(found, ::testing::ElementsAre(std::pair("time", 8), std::pair("x", 6), std::pair("y", 6),
+                                              std::pair("z1", 6), std::pair("z2", 6)));
+}
+
+} // namespace
+
+} // namespace quorvel::autoread
