@@ -79,15 +79,16 @@ std::vector<Row> makeRows(const std::filesystem::path& path, int count, bool edi
     return written;
 }
 
-/// The cell as one written value would read: numbers compared as numbers of its own width, doubles to the digits
-/// that the program prints.
+/// The cell as one written value would read: numbers compared as numbers of its own width. With 17 digits
+/// they are the same number; mdb-export prints 16, and 8 of a Single.
 bool means(const std::string& cell, const Value& value, int digits)
 {
     if (value.isNull()) return cell.empty() || cell == "null";
-    if (const auto* single = std::get_if<float>(&value.held()))
-        return std::strtof(cell.c_str(), nullptr) == *single;
+    const auto* const single = std::get_if<float>(&value.held());
+    const int shown = single != nullptr && digits < 17 ? 8 : digits;
     std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.*g", digits, value.number().value_or(NAN));
+    std::snprintf(text.data(), text.size(), "%.*g", shown, value.number().value_or(NAN));
+    if (single != nullptr) return std::strtof(cell.c_str(), nullptr) == std::strtof(text.data(), nullptr);
     return std::strtod(cell.c_str(), nullptr) == std::strtod(text.data(), nullptr);
 }
 
