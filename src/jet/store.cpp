@@ -111,11 +111,10 @@ Status Store::readCatalog()
     const int name = table.columnOf("Name");
     const int type = table.columnOf("Type");
     const int flags = table.columnOf("Flags");
-    if (id < 0 || name < 0 || type < 0 || flags < 0) {
-        return Failure{
-            "is damaged: it does not list its tables. Use \"Compact and Repair\" in Access, or an earlier "
-            "copy."};
-    }
+    const Failure unlisted{
+        "is damaged: it does not list its tables. Use \"Compact and Repair\" in Access, or an "
+        "earlier copy."};
+    if (id < 0 || name < 0 || type < 0 || flags < 0) return unlisted;
     const auto rows = table.rows();
     if (!rows) return rows.failure();
     std::vector<Value> values;
@@ -130,7 +129,8 @@ Status Store::readCatalog()
         catalog_.push_back(
             {values[static_cast<std::size_t>(name)].text(), page, (bits & kSystemObject) != 0});
     }
-    return {};
+    // The catalog lists itself; where it does not, the page with its rows is gone.
+    return hasTable("MSysObjects") ? Status{} : Status(unlisted);
 }
 
 Status Store::append(const TableDef& table)

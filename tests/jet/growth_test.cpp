@@ -105,42 +105,52 @@ TEST(Growth, FirstPageFarBackStartsTheMapThere)
     EXPECT_EQ(valuesOf(disk), countTo(3));
 }
 
+int formsOf(const Disk& disk) { return freeMapType(disk) + ownedMapType(disk); }
+
+/// Adds row `x` to a copy of `before`, killed after each number of page writes.
+void killEverywhere(const Disk& before, int x)
+{
+    bool finished = false;
+    for (int writes = 0; !finished; ++writes) {
+        Disk disk = before;
+        disk.writesLeft = writes;
+        {
+            MemoryFiles files(disk);
+            auto opened = OpenDatabase(kPath, {.files = &files});
+            auto table = opened->OpenRecordset("data");
+            static_cast<void>(static_cast<bool>(addRow(*table, x)));
+        }
+        finished = disk.writesLeft > 0;
+        disk.writesLeft = -1;
+        const auto seen = valuesOf(disk, Access::ReadWrite);
+        EXPECT_EQ(seen, countTo(seen.size() == static_cast<std::size_t>(x) + 1 ? x + 1 : x));
+        int leaked = 0;
+        EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty()) << "after write " << writes;
+    }
+}
+
 TEST(Growth, EveryWriteAroundTheConversionsLeavesAReadableFile)
 {
-    Disk before;
-    makeFile(before);
-    fill(before, 0, kRowsPerPage);
-    padTo(before, 31998);
-    fill(before, kRowsPerPage, 2 * kRowsPerPage);
-    const int rows = 2 * kRowsPerPage;
-    for (int round = 0; round < 45; ++round) {
-        // The last append of the round opens a page, somewhere among the growing and turning maps.
-        int writes = 0;
-        for (bool finished = false; !finished; ++writes) {
-            // Only the rounds that change the form of a map are walked write by write.
-            const std::uint8_t form = static_cast<std::uint8_t>(freeMapType(before) + ownedMapType(before));
-            Disk whole = before;
-            fill(whole, rows + round * kRowsPerPage, rows + round * kRowsPerPage + 1);
-            if (freeMapType(whole) + ownedMapType(whole) == form) break;
-            Disk disk = before;
-            disk.writesLeft = writes;
-            {
-                MemoryFiles files(disk);
-                auto opened = OpenDatabase(kPath, {.files = &files});
-                auto table = opened->OpenRecordset("data");
-                static_cast<void>(static_cast<bool>(addRow(*table, rows + round * kRowsPerPage)));
-            }
-            finished = disk.writesLeft > 0;
-            disk.writesLeft = -1;
-            const auto seen = valuesOf(disk, Access::ReadWrite);
-            const int least = rows + round * kRowsPerPage;
-            EXPECT_EQ(seen, countTo(seen.size() == static_cast<std::size_t>(least) + 1 ? least + 1 : least));
-            int leaked = 0;
-            EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty()) << "after write " << writes;
-        }
-        fill(before, rows + round * kRowsPerPage, rows + (round + 1) * kRowsPerPage);
+    Disk start;
+    makeFile(start);
+    fill(start, 0, kRowsPerPage);
+    padTo(start, 31998);
+    // Which rows turn a map into its other form?
+    std::vector<int> turning;
+    Disk whole = start;
+    for (int x = kRowsPerPage; x < 47 * kRowsPerPage; x += kRowsPerPage) {
+        const int before = formsOf(whole);
+        fill(whole, x, x + 1);
+        if (formsOf(whole) != before) turning.push_back(x);
+        fill(whole, x + 1, x + kRowsPerPage);
     }
-    EXPECT_EQ(freeMapType(before) + ownedMapType(before), 2) << "both maps have turned on the way";
+    ASSERT_EQ(turning.size(), 2U) << "both maps turn on the way";
+    int rows = kRowsPerPage;
+    for (const int x : turning) {
+        fill(start, rows, x);
+        killEverywhere(start, x);
+        rows = x;
+    }
 }
 
 } // namespace

@@ -33,8 +33,10 @@ struct Column3 {
 inline ByteVector row3(std::size_t columns, const ByteVector& fixed, const std::vector<ByteVector>& variable,
                        const std::vector<int>& present)
 {
-    ByteVector row{static_cast<std::uint8_t>(columns)};
-    appendBytes(row, fixed);
+    ByteVector row;
+    row.reserve(kPageSize3);
+    row.push_back(static_cast<std::uint8_t>(columns));
+    row.insert(row.end(), fixed.begin(), fixed.end());
     std::vector<std::size_t> offsets;
     for (const auto& bytes : variable) {
         offsets.push_back(row.size());

@@ -1,0 +1,188 @@
+#include "jet/fixture.h"
+#include "jet/header.h"
+#include "jet/jet3_file.h"
+
+/// Files that other programs made, and files that are none.
+namespace quorvel::jet::testing {
+namespace {
+
+using ::testing::HasSubstr;
+
+Status opening(Disk& disk)
+{
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.files = &files});
+    if (!opened) return opened.failure();
+    auto rows = opened->OpenRecordset("data");
+    return rows ? Status{} : Status(rows.failure());
+}
+
+class Refusal : public ::testing::Test {
+protected:
+    Refusal()
+    {
+        makeFile(disk_);
+        fill(disk_, 0, 500);
+        bytes().resize(bytes().size());
+    }
+
+    ByteVector& bytes() { return disk_.files[kPath.string()]; }
+
+    void changeHeader(std::size_t at, std::uint8_t value)
+    {
+        maskHeader(bytes(), kJet4);
+        bytes()[at] = value;
+        maskHeader(bytes(), kJet4);
+    }
+
+    void expect(const char* reason)
+    {
+        const auto outcome = opening(disk_);
+        ASSERT_FALSE(outcome);
+        EXPECT_THAT(outcome.error(), HasSubstr("t.mdb " + std::string(reason)));
+    }
+
+    Disk disk_;
+};
+
+TEST_F(Refusal, EncodedFile)
+{
+    changeHeader(0x3E, 7);
+    expect("is encoded");
+}
+
+TEST_F(Refusal, PasswordProtectedFile)
+{
+    changeHeader(0x46, 'x');
+    expect("has a database password");
+}
+
+TEST_F(Refusal, LaterAccess)
+{
+    bytes()[0x14] = 2;
+    expect("was made by a later version of Access");
+    const std::string ace = "Standard ACE DB";
+    std::copy(ace.begin(), ace.end(), bytes().begin() + 4);
+    expect("was made by Access 2007 or later");
+}
+
+TEST_F(Refusal, OtherFiles)
+{
+    bytes() = ansi("PK\3\4 this is no database at all");
+    expect("is not an Access database");
+    bytes().clear();
+    expect("is empty");
+    disk_.files.clear();
+    expect("could not be opened");
+}
+
+TEST_F(Refusal, FileOpenInAccess)
+{
+    disk_.lockedByAccess = true;
+    expect("is open in Access");
+}
+
+TEST_F(Refusal, FileCutOffAnywhere)
+{
+    const ByteVector whole = bytes();
+    for (std::size_t size = 1; size < whole.size(); size += 977) {
+        bytes() = ByteVector(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+        const auto outcome = opening(disk_);
+        ASSERT_FALSE(outcome) << size;
+        EXPECT_THAT(outcome.error(), HasSubstr("is cut off")) << size;
+    }
+}
+
+TEST_F(Refusal, GarbledPages)
+{
+    for (const std::size_t page : {2, 14, 16, 17, 18}) {
+        const ByteVector whole = bytes();
+        std::fill_n(bytes().begin() + static_cast<std::ptrdiff_t>(page * kPageSize), kPageSize,
+                    std::uint8_t{0x5A});
+        MemoryFiles files(disk_);
+        auto opened = OpenDatabase(kPath, {.files = &files});
+        if (!opened) {
+            EXPECT_THAT(opened.error(), HasSubstr("is damaged")) << page;
+        } else if (auto rows = opened->OpenRecordset("data"); !rows) {
+            EXPECT_THAT(rows.error(), ::testing::AnyOf(HasSubstr("is damaged"), HasSubstr("is cut off")))
+                << page;
+        } else {
+            // A page that is no longer the table's is left out when reading, and nothing is written any more.
+            ASSERT_FALSE(rows->Updatable()) << page;
+            EXPECT_THAT(rows->Updatable().error(), HasSubstr("is damaged")) << page;
+        }
+        bytes() = whole;
+    }
+}
+
+TEST_F(Refusal, TableWithAnIndexIsReadButNotWritten)
+{
+    put32(bytes(), 16 * kPageSize + 0x33, 1);
+    // One block of key counts in front of the columns.
+    auto& file = bytes();
+    file.insert(file.begin() + 16 * kPageSize + 0x3F, 12, std::uint8_t{0});
+    file.erase(file.begin() + 17 * kPageSize, file.begin() + 17 * kPageSize + 12);
+    put32(file, 16 * kPageSize + 8, get32(file, 16 * kPageSize + 8) + 12);
+    EXPECT_EQ(valuesOf(disk_), countTo(500));
+    MemoryFiles files(disk_);
+    auto opened = OpenDatabase(kPath, {.files = &files});
+    auto rows = opened->OpenRecordset("data");
+    const auto refused = addRow(*rows, 1);
+    ASSERT_FALSE(refused);
+    EXPECT_THAT(refused.error(), HasSubstr("the table has an index"));
+}
+
+TEST(Jet3, EveryKindOfColumnIsRead)
+{
+    Disk disk;
+    disk.files[kPath.string()] = jet3File();
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.files = &files});
+    ASSERT_TRUE(opened) << opened.error();
+    auto rows = opened->OpenRecordset("Alt");
+    ASSERT_TRUE(rows) << rows.error();
+    ASSERT_EQ(rows->RecordCount(), 3);
+    std::vector<std::string> seen;
+    for (int i = 0; i < rows->FieldCount(); ++i)
+        seen.push_back(rows->Fields(i).Value().text());
+    EXPECT_THAT(seen,
+                ::testing::ElementsAre("true", "200", "-12345", "-123456789", "-123.4567", "-0.125", "1e+300",
+                                       "1899-12-29T06:00:00", "{03020100-0504-0706-0809-0A0B0C0D0E0F}",
+                                       "-12345.67", "Öl", "firstlast", "(OLE object)"));
+}
+
+TEST(Jet3, MovedRowsLongRowsAndNullsAreRead)
+{
+    Disk disk;
+    disk.files[kPath.string()] = jet3File();
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.files = &files});
+    auto rows = opened->OpenRecordset("Alt");
+    EXPECT_TRUE(rows->MoveNext());
+    EXPECT_EQ(rows->Fields("Text").Value().text(), "moved");
+    EXPECT_TRUE(rows->Fields("Memo").Value().isNull());
+    EXPECT_TRUE(rows->Fields("Whole").Value().isNull());
+    EXPECT_EQ(rows->Fields("Yes").Value(), Value(false));
+    EXPECT_TRUE(rows->MoveNext());
+    EXPECT_EQ(rows->Fields("Text").Value().text(), std::string(250, 'w'));
+    EXPECT_EQ(rows->Fields("Memo").Value().text(), "short");
+    ASSERT_FALSE(rows->Updatable());
+    EXPECT_THAT(rows->Updatable().error(), HasSubstr("before 2000"));
+}
+
+TEST(Jet3, ChainThatGoesInCirclesIsRefused)
+{
+    Disk disk;
+    auto file = jet3File();
+    put32(file, 7 * kPageSize3 + kPageSize3 - 9, rowPointer(7, 0)); // the first piece leads to itself
+    put32(file, 6 * kPageSize3 + kPageSize3 - 3 - 4 - 1 - 12 - 12, 0x3FFFFFFF);
+    disk.files[kPath.string()] = file;
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.files = &files});
+    auto rows = opened->OpenRecordset("Alt");
+    const auto read = rows->MoveFirst();
+    EXPECT_TRUE(!read || rows->Fields("Memo").Value().text().size() <= kPageSize3 * 9);
+}
+
+} // namespace
+} // namespace quorvel::jet::testing

@@ -1,0 +1,11 @@
+#include "app/ctl/mdb_command.h"
+
+/// The mdb command on its own, for the tests.
+int main(int argc, char** argv)
+{
+    CLI::App app("mdb");
+    int exitStatus = 0;
+    quorvel::ctl::addMdbCommand(app, exitStatus);
+    CLI11_PARSE(app, argc, argv);
+    return exitStatus;
+}
