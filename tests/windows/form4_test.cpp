@@ -1,0 +1,125 @@
+#include "settings/form4.h"
+#include "windows/settings_on_the_bus.h"
+
+namespace quorvel::test {
+namespace {
+
+struct SwitchCase {
+    const char* name; ///< of its state in the simulated readout
+    const char* caption;
+    const char* list;
+    const char* query;
+    const char* set;
+    const char* queryFrame;
+    const char* setOn;
+    const char* setOff;
+    const char* offText;
+    const char* onText;
+};
+
+const SwitchCase kCases[] = {
+    {"invertX", "X Direction", "Combo1", "Command1", "Command2", ":057704FF", ":05770301FF", ":05770300FF",
+     "X direction invert function closed!", "X direction invert function opened!"},
+    {"invertY", "Y Direction", "Combo2", "Command1", "Command2", ":057706FF", ":05770501FF", ":05770500FF",
+     "Y direction invert function closed!", "Z direction invert function opened!"},
+    {"invertZ", "Z Direction", "Combo3", "Command1", "Command2", ":057708FF", ":05770701FF", ":05770700FF",
+     "Z direction invert function closed!", "Z direction invert function opened!"},
+    {"swap", "Swap X and Y", "Combo4", "Command3", "Command4", ":057702FF", ":05770101FF", ":05770100FF",
+     "X and Y isn't swaped!", "X and Y has swaped!"},
+};
+
+class Form4OnTheBus : public SettingsOnTheBus<Form4>, public ::testing::WithParamInterface<SwitchCase> {
+protected:
+    Form4OnTheBus() { open(); }
+
+    QPushButton& inFrame(const char* name)
+    {
+        for (auto* frame : form->findChildren<QGroupBox*>())
+            if (frame->title() == GetParam().caption) return *child<QPushButton>(*frame, name);
+        ADD_FAILURE() << "no frame " << GetParam().caption;
+        std::abort();
+    }
+    QPushButton& query() { return inFrame(GetParam().query); }
+    QPushButton& set() { return inFrame(GetParam().set); }
+    QComboBox& switchList() { return list(GetParam().list); }
+};
+
+TEST_P(Form4OnTheBus, StartsWithFalseAndAsksNothing)
+{
+    bus.command(QString("set 5 %1 on").arg(QString(GetParam().name).toLower()));
+    open();
+    EXPECT_EQ(form->windowTitle(), "Invert and Swap");
+    EXPECT_EQ(switchList().currentText(), "False");
+    EXPECT_EQ(switchList().itemText(0), "True");
+    EXPECT_EQ(switchList().count(), 2);
+    EXPECT_TRUE(bus.frames().isEmpty());
+}
+
+TEST_P(Form4OnTheBus, SetReachesTheReadoutAndQueryReadsItBack)
+{
+    const auto& row = GetParam();
+    switchList().setCurrentIndex(0);
+    EXPECT_EQ(press(set()), QStringList("Set OK!"));
+    EXPECT_TRUE(state("switches").value(row.name).toBool());
+    switchList().setCurrentIndex(1);
+    EXPECT_EQ(press(query()), QStringList(row.onText));
+    EXPECT_EQ(switchList().currentText(), "True");
+    switchList().setCurrentIndex(1);
+    EXPECT_EQ(press(set()), QStringList("Set OK!"));
+    switchList().setCurrentIndex(0);
+    EXPECT_EQ(press(query()), QStringList(row.offText));
+    EXPECT_EQ(switchList().currentText(), "False");
+    EXPECT_EQ(bus.frames(), QStringList({row.setOn, row.queryFrame, row.setOff, row.queryFrame}));
+}
+
+TEST_P(Form4OnTheBus, EchoThatDiffersIsSilent)
+{
+    bus.fault("echo@77");
+    switchList().setCurrentIndex(0);
+    EXPECT_TRUE(press(set()).isEmpty());
+    EXPECT_TRUE(status().startsWith("The readout answered ")) << qPrintable(status());
+}
+
+TEST_P(Form4OnTheBus, StateThatIsNoneIsSilentAndChangesNothing)
+{
+    bus.fault("badnumber@77");
+    switchList().setCurrentIndex(0);
+    EXPECT_TRUE(press(query()).isEmpty());
+    EXPECT_EQ(switchList().currentText(), "True");
+}
+
+TEST_P(Form4OnTheBus, NoSelectionSendsOff)
+{
+    switchList().setCurrentIndex(-1);
+    press(set());
+    EXPECT_EQ(bus.frames(), QStringList(GetParam().setOff));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Form4OnTheBus, ::testing::ValuesIn(kCases),
+                         [](const auto& instance) { return instance.param.name; });
+
+class Form4Failures : public SettingsOnTheBus<Form4> {};
+
+TEST_F(Form4Failures, SilenceAndShortAnswersAreCommErrors)
+{
+    open(link::TypeD);
+    bus.fault("silent@7702");
+    EXPECT_EQ(press("Command3"), QStringList("Comm Error"));
+    bus.fault("short@7701");
+    EXPECT_EQ(press("Command4"), QStringList("Comm Error"));
+    EXPECT_EQ(status(), "Only 12 of 13 characters of the answer arrived.");
+}
+
+TEST_F(Form4Failures, EveryTypeKeepsAllFourRows)
+{
+    for (const auto type : {link::TypeA, link::TypeB, link::TypeC, link::TypeD}) {
+        open(type);
+        for (const auto& row : kCases) {
+            EXPECT_TRUE(shows(row.list)) << type;
+            EXPECT_TRUE(list(row.list).isEnabled()) << type;
+        }
+    }
+}
+
+} // namespace
+} // namespace quorvel::test

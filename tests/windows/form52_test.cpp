@@ -1,0 +1,149 @@
+#include "settings/form52.h"
+#include "support/bench_by_hand.h"
+#include "windows/settings_on_the_bus.h"
+
+namespace quorvel::test {
+namespace {
+
+constexpr auto kLost = "The former offset was overwritten with zero and is lost.";
+
+class Form52OnTheBus : public SettingsOnTheBus<Form52> {
+protected:
+    Form52OnTheBus()
+    {
+        bench.currentAddress = "12";
+        open(link::TypeC);
+    }
+};
+
+TEST_F(Form52OnTheBus, XReportsItsReferenceFromThenOn)
+{
+    bus.command("set 12 x 2.5");
+    bus.command("set 12 offsetx +1.00000");
+    box("Text2").setText("10.000");
+    EXPECT_EQ(press("Command4"),
+              QStringList("Set OK!The current value is +2.50000, the Internal Offset Value is +7.50000."));
+    EXPECT_EQ(state("offsets", 12).value("X").toString(), "+7.50000");
+    EXPECT_TRUE(QString::fromStdString(module1.ReadSensorValues(12, bench)).startsWith("  X: +10.0000"));
+}
+
+TEST_F(Form52OnTheBus, ZReportsItsReferenceFromThenOn)
+{
+    bus.command("set 12 z1 3");
+    box("Text4").setText("-1");
+    EXPECT_EQ(press("Command8"),
+              QStringList("Set OK!The current value is +3.00000, the Internal Offset Value is -4.00000."));
+    EXPECT_EQ(state("offsets", 12).value("Z").toString(), "-4.00000");
+}
+
+TEST_F(Form52OnTheBus, QueriesShowOffsetAndRealValue)
+{
+    bus.command("set 12 x 2.5");
+    bus.command("set 12 y 1.25");
+    bus.command("set 12 z1 3");
+    bus.command("set 12 offsetx +1.00000");
+    bus.command("set 12 offsety -0.25000");
+    bus.command("set 12 offsetz +0.50000");
+    EXPECT_EQ(press("Command3"), QStringList("The reference of X-Direction is +1.00000!\n"
+                                             "The current value without reference is 2.5!"));
+    EXPECT_EQ(press("Command5"), QStringList("The offset of Y-Direction is -0.25000!\n"
+                                             "The real value without corrention is 1.25!"));
+    EXPECT_EQ(press("Command7"), QStringList("The offset of Z-Direction is +0.50000!\n"
+                                             "The real value without corrention is 3!"));
+    EXPECT_EQ(box("Text2").text(), "+1.00000");
+    EXPECT_EQ(box("Text3").text(), "-0.25000");
+    EXPECT_EQ(box("Text4").text(), "+0.50000");
+}
+
+TEST_F(Form52OnTheBus, ReferenceFeatureIsThatOfTheOffsetWindow)
+{
+    EXPECT_EQ(press("Command2"), QStringList("Set OK!"));
+    EXPECT_EQ(press("Command1"), QStringList("Use Reference to Correct!"));
+    EXPECT_EQ(form->windowTitle(), "Reference Setting");
+    EXPECT_EQ(
+        child<QLabel>(*form, "Label5")->text(),
+        "Input the reference into the blank. The reading of readout will be the input reference value.");
+}
+
+TEST_F(Form52OnTheBus, RowsFollowTheInstrumentType)
+{
+    open(link::TypeD);
+    EXPECT_FALSE(shows("Frame2"));
+    EXPECT_FALSE(shows("Frame1"));
+    open(link::TypeB);
+    EXPECT_TRUE(shows("Frame2"));
+    EXPECT_FALSE(shows("Frame1"));
+}
+
+TEST_F(Form52OnTheBus, EchoThatDiffersLeavesTheOffsetLost)
+{
+    bus.fault("echo@73:1+1");
+    EXPECT_EQ(press("Command6"), QStringList("Set Failed!"));
+    EXPECT_TRUE(status().startsWith("The readout answered ")) << qPrintable(status());
+    EXPECT_TRUE(status().endsWith(kLost)) << qPrintable(status());
+}
+
+/// The same window where only time passes.
+class Form52ByHand : public SettingsWindow<Form52, BenchByHand> {
+protected:
+    Form52ByHand() { open(link::TypeC); }
+};
+
+TEST_F(Form52ByHand, SilenceToTheZeroingIsACommError)
+{
+    for (const auto* name : {"Command4", "Command6", "Command8"}) {
+        frames.clear();
+        EXPECT_EQ(press(name), QStringList("Comm Error"));
+        EXPECT_EQ(frames.size(), 1U);
+        EXPECT_EQ(status(), "The readout did not answer.");
+    }
+}
+
+TEST_F(Form52ByHand, SilenceToTheWritingLeavesTheOffsetLost)
+{
+    open(link::TypeA);
+    answerWith({":0171+0.00000FF\r\n", ":012101+2.50000+1.0000000FF\r\n", ":0171+7.5"});
+    EXPECT_EQ(press("Command4"), QStringList("Comm Error"));
+    EXPECT_EQ(status(), QString("Only 9 of 17 characters of the answer arrived. ") + kLost);
+}
+
+TEST_F(Form52ByHand, SilenceToTheReadingOfZIsACommError)
+{
+    answerWith({":017805+0.00000FF\r\n"});
+    EXPECT_EQ(press("Command8"), QStringList("Comm Error"));
+    EXPECT_EQ(frames.back(), ":012102FF");
+    answerWith({":017806+1.00000FF\r\n"});
+    EXPECT_EQ(press("Command7"), QStringList("Comm Error"));
+    EXPECT_EQ(box("Text4").text(), "+1.00000");
+}
+
+TEST_F(Form52ByHand, SilenceToAQueryIsACommError)
+{
+    for (const auto* name : {"Command3", "Command5", "Command7"})
+        EXPECT_EQ(press(name), QStringList("Comm Error")) << name;
+}
+
+TEST_F(Form52ByHand, ReadingThatFailsCountsAsZeroAndIsWarnedOf)
+{
+    answerWith({":0171+0.00000FF\r\n", "", ":0171+10.0000FF\r\n"});
+    box("Text2").setText("10");
+    EXPECT_EQ(press("Command4"),
+              QStringList("Set OK!The current value is Error, the Internal Offset Value is +10.0000."));
+    EXPECT_EQ(status(), "The readout gave no reading; it was counted as 0.");
+}
+
+TEST_F(Form52ByHand, WindowShowsThatItWaits)
+{
+    open(link::TypeA);
+    QStringList seen;
+    clock.onEvents = [&] {
+        if (!status().isEmpty() && !seen.contains(status())) seen << status();
+    };
+    answerWith({":0171+0.00000FF\r\n", ":012101+2.50000+1.0000000FF\r\n", ":0171-2.50000FF\r\n"});
+    press("Command4");
+    EXPECT_EQ(seen, QStringList("Waiting 2 seconds for the readout to settle ..."));
+    EXPECT_EQ(status(), "");
+}
+
+} // namespace
+} // namespace quorvel::test

@@ -1,0 +1,163 @@
+#include "settings/settings_dialog.h"
+
+#include "settings/form2.h"
+#include "settings/form4.h"
+#include "settings/form51.h"
+#include "settings/settime.h"
+#include "settings/setwire.h"
+#include "support/bench_by_hand.h"
+#include "windows/settings_on_the_bus.h"
+
+#include <QApplication>
+
+namespace quorvel::test {
+namespace {
+
+/// What all settings windows do, shown with the offset window.
+class SettingsByHand : public SettingsWindow<Form51, BenchByHand> {
+protected:
+    SettingsByHand()
+    {
+        open(link::TypeC);
+        QApplication::setActiveWindow(form.get());
+    }
+
+    /// What happens while the readout is awaited.
+    void meanwhile(std::function<void()> action)
+    {
+        onFrame = [action = std::move(action)] { action(); };
+    }
+};
+
+TEST_F(SettingsByHand, EnterPressesSetOfItsRow)
+{
+    struct {
+        const char* field;
+        const char* code;
+    } const rows[] = {{"Combo1", "7501FF"}, {"Text2", "71+2"}, {"Text3", "73+2"}, {"Text4", "7805+2"}};
+    for (const auto& row : rows) {
+        auto* field = child<QWidget>(*form, row.field);
+        if (auto* typed = qobject_cast<QLineEdit*>(field)) typed->setText("2");
+        field->setFocus();
+        frames.clear();
+        QTest::keyClick(field, Qt::Key_Return);
+        ASSERT_EQ(frames.size(), 1U) << row.field;
+        EXPECT_TRUE(frames[0].starts_with(std::string(":01") + row.code)) << frames[0];
+    }
+}
+
+TEST_F(SettingsByHand, TabGoesThroughTheFieldsInOrder)
+{
+    QStringList order;
+    form->findChild<QWidget*>("Combo1")->setFocus();
+    for (int i = 0; i < 12; ++i) {
+        order << QApplication::focusWidget()->objectName();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    EXPECT_EQ(order, QStringList({"Combo1", "Command1", "Command2", "Text2", "Command3", "Command4", "Text3",
+                                  "Command5", "Command6", "Text4", "Command7", "Command8"}));
+}
+
+TEST_F(SettingsByHand, EscapeCloses)
+{
+    QTest::keyClick(form.get(), Qt::Key_Escape);
+    EXPECT_FALSE(form->isVisible());
+}
+
+TEST_F(SettingsByHand, ClosingWaitsForTheRunningCommand)
+{
+    meanwhile([this] {
+        form->reject();
+        EXPECT_TRUE(form->isVisible());
+    });
+    answerWith({":0171+0.00000FF\r\n"});
+    EXPECT_EQ(press("Command4"), QStringList("Set OK!"));
+    EXPECT_FALSE(form->isVisible());
+}
+
+TEST_F(SettingsByHand, SecondPressStartsNothing)
+{
+    meanwhile([this] { button("Command6").click(); });
+    answerWith({":0171+0.00000FF\r\n"});
+    EXPECT_EQ(press("Command4"), QStringList("Set OK!"));
+    EXPECT_EQ(frames.size(), 1U);
+}
+
+TEST_F(SettingsByHand, PortThatVanishesGivesItsReasonAndEndsTheCommand)
+{
+    meanwhile([this] {
+        if (device) device->vanish();
+    });
+    EXPECT_EQ(press("Command4"), QStringList("Comm Error"));
+    EXPECT_TRUE(status().contains("is gone (pulled)")) << qPrintable(status());
+    EXPECT_EQ(press("Command3"), QStringList("Comm Error"));
+}
+
+TEST_F(SettingsByHand, EndOfTheProgramEndsTheCommand)
+{
+    meanwhile([this] { module1.abandon(); });
+    press("Command4");
+    EXPECT_LT(clock.passed(), 1);
+}
+
+TEST_F(SettingsByHand, NextCommandEmptiesTheStatusLine)
+{
+    press("Command4");
+    EXPECT_FALSE(status().isEmpty());
+    answerWith({":0171+0.00000FF\r\n"});
+    press("Command4");
+    EXPECT_EQ(status(), "");
+}
+
+TEST_F(SettingsByHand, NoiseOfAnyLengthIsHandled)
+{
+    const std::string noise(40, '\xff');
+    for (const auto* name :
+         {"Command1", "Command2", "Command3", "Command4", "Command5", "Command6", "Command7", "Command8"}) {
+        answerWith({noise});
+        EXPECT_EQ(press(name).size(), 1) << name;
+    }
+}
+
+/// Each window: in which field Enter sends what.
+template<class Window>
+class EnterIn : public SettingsWindow<Window, BenchByHand> {
+protected:
+    std::string sent(const char* field)
+    {
+        this->open();
+        QApplication::setActiveWindow(this->form.get());
+        auto* widget = child<QWidget>(*this->form, field);
+        widget->setFocus();
+        this->frames.clear();
+        QTest::keyClick(widget, Qt::Key_Return);
+        return this->frames.empty() ? this->messages.last().toStdString() : this->frames.front();
+    }
+};
+using EnterInForm2 = EnterIn<Form2>;
+using EnterInForm4 = EnterIn<Form4>;
+using EnterInSetTime = EnterIn<SetTime>;
+using EnterInSetWire = EnterIn<SetWire>;
+
+TEST_F(EnterInForm2, PressesOk)
+{
+    EXPECT_EQ(sent("Text1"), "New Address Input Error");
+    EXPECT_EQ(sent("Text2"), "New Address Input Error");
+}
+
+TEST_F(EnterInForm4, PressesSetOfTheRow)
+{
+    EXPECT_EQ(sent("Combo1"), ":01770300FF");
+    EXPECT_EQ(sent("Combo4"), ":01770100FF");
+}
+
+TEST_F(EnterInSetTime, PressesSet) { EXPECT_EQ(sent("Text1"), ":0104FF"); }
+
+TEST_F(EnterInSetWire, PressesSet)
+{
+    for (const auto* field : {"Dia", "Dia_error", "SensorNo"})
+        EXPECT_EQ(sent(field), "Diameter Input Error");
+}
+
+} // namespace
+} // namespace quorvel::test
