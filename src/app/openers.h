@@ -5,5 +5,6 @@ namespace quorvel {
 struct Workplace;
 
 // What the menu items open; one function and one source file per room.
+void openAutoread(Workplace& workplace);
 
 } // namespace quorvel

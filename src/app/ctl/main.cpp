@@ -31,6 +31,7 @@ int runControl(int argc, char* argv[])
     app.fallthrough();
     addCommonOptions(app, console.options);
     addBusCommands(app, console);
+    addAutoreadCommands(app, console);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
