@@ -7,4 +7,6 @@ struct Workplace;
 // What the menu items open; one function and one source file per room.
 void openAutoread(Workplace& workplace);
 
+void openSettings(Workplace& workplace);
+
 } // namespace quorvel

@@ -84,7 +84,9 @@ ByteVector indexEntry(ByteVector key, std::uint32_t page, int slot)
 
 std::optional<Page> buildLeaf(std::uint32_t definitionPage, std::vector<ByteVector> entries)
 {
-    std::sort(entries.begin(), entries.end());
+    std::sort(entries.begin(), entries.end(), [](const ByteVector& a, const ByteVector& b) {
+        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
+    });
     Page page{};
     put16(page, 0, 0x0104);
     put32(page, 4, definitionPage);

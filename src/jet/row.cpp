@@ -88,21 +88,24 @@ Result<Value> numericOf(Bytes bytes, int scale)
     std::array<std::uint32_t, 4> words{};
     for (std::size_t i = 0; i < 4; ++i)
         words[i] = get32(bytes, 1 + 4 * i);
-    std::string digits;
-    while (std::any_of(words.begin(), words.end(), [](std::uint32_t word) { return word != 0; })) {
+    // From the last digit to the first.
+    std::string backward;
+    const auto places = static_cast<std::size_t>(scale);
+    const auto left = [&words] {
+        return std::any_of(words.begin(), words.end(), [](auto word) { return word != 0; });
+    };
+    while (left() || backward.size() <= places + (places > 0 ? 1 : 0)) {
+        if (places > 0 && backward.size() == places) backward += '.';
         std::uint64_t rest = 0;
         for (auto& word : words) {
             rest = rest << 32 | word;
             word = static_cast<std::uint32_t>(rest / 10);
             rest %= 10;
         }
-        digits.insert(digits.begin(), static_cast<char>('0' + rest));
+        backward += static_cast<char>('0' + rest);
     }
-    const auto places = static_cast<std::size_t>(scale);
-    if (digits.size() <= places) digits.insert(0, places + 1 - digits.size(), '0');
-    if (places > 0) digits.insert(digits.size() - places, ".");
-    if (bytes[0] != 0) digits.insert(0, "-");
-    return Value(Numeric{digits});
+    if (bytes[0] != 0) backward += '-';
+    return Value(Numeric{std::string(backward.rbegin(), backward.rend())});
 }
 
 Value guidOf(Bytes bytes)
@@ -246,8 +249,9 @@ ByteVector encodeCatalogRow(const ByteVector& fixed, const std::vector<ByteVecto
                             const std::vector<bool>& present)
 {
     ByteVector row;
+    row.reserve(fixed.size() + 256);
     append16(row, static_cast<std::uint16_t>(present.size()));
-    appendBytes(row, fixed);
+    row.insert(row.end(), fixed.begin(), fixed.end());
     std::vector<std::uint16_t> offsets;
     for (const auto& bytes : variable) {
         offsets.push_back(static_cast<std::uint16_t>(row.size()));

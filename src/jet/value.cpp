@@ -87,7 +87,9 @@ struct ToText {
     std::string operator()(const std::string& held) const { return held; }
     std::string operator()(const NotShown& held) const
     {
-        return "(" + std::string(typeName(held.type)) + ")";
+        std::string text(1, '(');
+        text.append(typeName(held.type)).push_back(')');
+        return text;
     }
 };
 

@@ -71,6 +71,7 @@ private:
     void Quit_Click();
     void Timer1_Timer();
 
+    bool isReading() const;
     void immediateReading();
     bool addressIsValid();
     void beginReading();

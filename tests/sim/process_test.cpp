@@ -1,21 +1,13 @@
-#include "sim/descriptor.h"
+#include "tests/sim/process.h"
 
 #include <arpa/inet.h>
 #include <chrono>
-#include <csignal>
-#include <cstdio>
-#include <ctime>
 #include <fcntl.h>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
-#include <poll.h>
-#include <sstream>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
-#include <termios.h>
 #include <thread>
 
 namespace quorvelsim {
@@ -26,141 +18,6 @@ using testing::StartsWith;
 using namespace std::chrono_literals;
 
 constexpr uid_t kNobody = 65534;
-
-double seconds()
-{
-    std::timespec time{};
-    ::clock_gettime(CLOCK_MONOTONIC, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
-/// What arrives until `quiet` seconds pass without a character, or `count` characters are there.
-std::string listen(int descriptor, std::size_t count = 1000000, double quiet = 0.3)
-{
-    std::string all;
-    pollfd wait{descriptor, POLLIN, 0};
-    while (all.size() < count && ::poll(&wait, 1, static_cast<int>(quiet * 1000)) > 0) {
-        char buffer[4096];
-        const auto got = ::read(descriptor, buffer, sizeof buffer);
-        if (got <= 0) break;
-        all.append(buffer, static_cast<std::size_t>(got));
-    }
-    return all;
-}
-
-/// A client that opens a terminal as programs do.
-Descriptor openRaw(const std::string& path)
-{
-    Descriptor client(::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-    termios settings{};
-    if (client.isOpen() && ::tcgetattr(client.get(), &settings) == 0) {
-        ::cfmakeraw(&settings);
-        ::tcsetattr(client.get(), TCSANOW, &settings);
-    }
-    return client;
-}
-
-void say(int descriptor, const std::string& command)
-{
-    const auto text = command + "\r\n";
-    EXPECT_EQ(::write(descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-}
-
-/// A real quorvel-sim process; ends with the test.
-class Process {
-public:
-    explicit Process(std::vector<std::string> arguments, uid_t user = ::getuid())
-    {
-        int toChild[2];
-        int fromChild[2];
-        if (::pipe2(toChild, O_CLOEXEC) != 0 || ::pipe2(fromChild, O_CLOEXEC) != 0) return;
-        const Descriptor program(::open(QUORVEL_SIM, O_RDONLY)); // opened here: another user may not reach it
-        arguments.insert(arguments.begin(), "quorvel-sim");
-        std::vector<char*> argv;
-        for (auto& argument : arguments)
-            argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            if (user != ::getuid() && ::setuid(user) != 0) ::_exit(126);
-            ::dup2(toChild[0], STDIN_FILENO);
-            ::dup2(fromChild[1], STDOUT_FILENO);
-            ::fexecve(program.get(), argv.data(), environ);
-            ::_exit(127);
-        }
-        ::close(toChild[0]);
-        ::close(fromChild[1]);
-        input_ = Descriptor(toChild[1]);
-        output_ = Descriptor(fromChild[0]);
-        port_ = line();
-    }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-    ~Process()
-    {
-        if (pid_ <= 0) return;
-        ::kill(pid_, SIGKILL);
-        ::waitpid(pid_, nullptr, 0);
-    }
-
-    [[nodiscard]] const std::string& port() const { return port_; }
-    [[nodiscard]] pid_t pid() const { return pid_; }
-
-    std::string control(const std::string& text)
-    {
-        const auto whole = text + "\n";
-        EXPECT_EQ(::write(input_.get(), whole.data(), whole.size()), static_cast<ssize_t>(whole.size()));
-        return line();
-    }
-
-    void closeInput() { input_.close(); }
-
-    /// The exit status, -1 when it does not end within five seconds or by a signal.
-    int waitForEnd()
-    {
-        for (int i = 0; i < 500; ++i) {
-            int status = 0;
-            if (::waitpid(pid_, &status, WNOHANG) == pid_) {
-                pid_ = -1;
-                return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-            }
-            std::this_thread::sleep_for(10ms);
-        }
-        return -1;
-    }
-
-    /// Processor time used so far, in seconds.
-    [[nodiscard]] double processorSeconds() const
-    {
-        std::ifstream file("/proc/" + std::to_string(pid_) + "/stat");
-        std::string text;
-        std::getline(file, text);
-        std::istringstream fields(text.substr(text.rfind(')') + 2));
-        std::string skipped;
-        for (int i = 0; i < 11; ++i)
-            fields >> skipped;
-        double user = 0;
-        double system = 0;
-        fields >> user >> system;
-        return (user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
-    }
-
-private:
-    std::string line()
-    {
-        std::string text;
-        char character = 0;
-        pollfd wait{output_.get(), POLLIN, 0};
-        while (::poll(&wait, 1, 10000) > 0 && ::read(output_.get(), &character, 1) == 1 && character != '\n')
-            text += character;
-        return text;
-    }
-
-    pid_t pid_ = -1;
-    Descriptor input_;
-    Descriptor output_;
-    std::string port_;
-};
 
 /// Waits until `condition` holds, at most five seconds.
 template<typename Condition>
@@ -216,7 +73,7 @@ TEST(Process, FindsAll249ReadoutsAtOnceWhenFast)
     const auto client = openRaw(sim.port());
     const auto start = seconds();
     say(client.get(), ":FF01FF");
-    EXPECT_EQ(listen(client.get(), 249 * 5).size(), 249U * 5);
+    EXPECT_EQ(listen(client.get(), std::size_t{249} * 5).size(), 249U * 5);
     EXPECT_LT(seconds() - start, 0.5);
 }
 
@@ -226,7 +83,7 @@ TEST(Process, FindsAll249ReadoutsAtThePaceOf9600Baud)
     const auto client = openRaw(sim.port());
     const auto start = seconds();
     say(client.get(), ":FF01FF");
-    EXPECT_EQ(listen(client.get(), 249 * 5).size(), 249U * 5);
+    EXPECT_EQ(listen(client.get(), std::size_t{249} * 5).size(), 249U * 5);
     const auto took = seconds() - start;
     constexpr double kOnTheWire = (8 + 249 * 5 + 248) * 10.0 / 9600; // the answers, and pauses between them
     EXPECT_GE(took, kOnTheWire);

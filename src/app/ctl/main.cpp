@@ -1,5 +1,6 @@
 #include "app/ctl/commands.h"
 #include "app/ctl/console.h"
+#include "app/ctl/mdb_command.h"
 #include "app/edition.h"
 
 #include <QCoreApplication>
@@ -32,6 +33,7 @@ int runControl(int argc, char* argv[])
     addCommonOptions(app, console.options);
     addBusCommands(app, console);
     addAutoreadCommands(app, console);
+    addMdbCommand(app, console.status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -1,0 +1,82 @@
+// How exactly frames are paced, and what waiting costs.
+//
+//   pacing_ratio  time of a 13-character frame over its floor of 0.095 s (aim: at most 1.04)
+//   cpu_share     processor time over real time while waiting for a silent readout (aim: under 0.03)
+
+#include "link/module1.h"
+#include "support/fake_device.h"
+
+#include <QCoreApplication>
+
+#include <benchmark/benchmark.h>
+
+#include <ctime>
+
+namespace quorvel {
+namespace {
+
+constexpr double kFrameFloor = 0.03 + 13 * 0.005; // s
+constexpr float kSilence = 1.5F;                  // s
+
+/// A link without hardware, in real time.
+struct Link {
+    Link() { comm.setPortOpen(true); }
+
+    link::PortList ports{{"/dev/ttyFake"}, [] { return std::vector<link::PortInfo>(); }};
+    link::MSComm comm{ports, [](const QString&, const link::LineSettings&) {
+                          return link::OpenedDevice{std::make_unique<test::FakeDevice>(), {}};
+                      }};
+    link::SystemClock clock;
+    link::Module1 module1{comm, clock};
+};
+
+double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+void sendFrame(benchmark::State& state)
+{
+    Link link;
+    double total = 0;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        link.module1.SendFrame(":052101FF12\r\n");
+        total += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
+    state.counters["pacing_ratio"] = total / static_cast<double>(state.iterations()) / kFrameFloor;
+}
+BENCHMARK(sendFrame)->Iterations(50)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void waitForASilentReadout(benchmark::State& state)
+{
+    Link link;
+    const double before = processorSeconds();
+    for (auto _ : state) {
+        link.module1.WaitForInput(kSilence, 29);
+    }
+    state.counters["cpu_share"] = (processorSeconds() - before) /
+                                  (static_cast<double>(state.iterations()) * static_cast<double>(kSilence));
+}
+BENCHMARK(waitForASilentReadout)->Iterations(4)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void sendFrameCpu(benchmark::State& state)
+{
+    Link link;
+    const double before = processorSeconds();
+    const auto start = std::chrono::steady_clock::now();
+    for (auto _ : state) {
+        link.module1.SendFrame(":052101FF12\r\n");
+    }
+    const double real = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    state.counters["cpu_share"] = (processorSeconds() - before) / real;
+}
+BENCHMARK(sendFrameCpu)->Iterations(30)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+} // namespace
+} // namespace quorvel
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quorvel::link {
+class Module1;
+}
+
+/// Sensor settings: one command group per window, and the reset of all of them.
+namespace quorvel::settings {
+
+inline constexpr auto kSetOk = "Set OK!";
+inline constexpr auto kSetFailed = "Set Failed!";
+
+/// One command of a settings window: what goes out, and what has to come back.
+struct Exchange {
+    std::string frame;          ///< line end included
+    int replyLength = 0;        ///< characters awaited, line end included
+    int echoLength = 0;         ///< leading characters of the frame that a good reply repeats; 0: any will do
+    bool drains = true;         ///< what waits in the input buffer is thrown away first
+    bool ignoresBlanks = false; ///< blanks around the reply do not count when it is compared
+};
+
+/// The frame of `command` ("72FF") to the readout of these two address digits, line end included.
+std::string frameOf(std::string_view addressDigits, std::string_view command);
+
+/// Sends the frame and receives the reply into module1.ReplyText().
+/// @return false when the reply did not arrive whole; ReplyText() holds what did.
+bool perform(link::Module1& module1, const Exchange& exchange);
+
+/// True when a complete reply repeats as much of the frame as this command asks for.
+bool confirms(const Exchange& exchange, std::string_view reply);
+
+/// Why a command that was not confirmed failed, in one sentence for the operator.
+/// @param reply  what arrived, any number of any characters.
+std::string whyFailed(const Exchange& exchange, std::string_view reply);
+
+/// A reply as it can stand in a sentence: without its line end, other control characters as "?".
+std::string inOneLine(std::string_view reply);
+
+} // namespace quorvel::settings

@@ -1,0 +1,131 @@
+#include "support/program_run.h"
+#include "support/simulated_bus.h"
+
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+namespace quorvel::test {
+namespace {
+
+/// `quorvelctl` before a simulated bus with readouts 5 (type A) and 12 (type C).
+class Quorvelctl : public ::testing::Test {
+protected:
+    ProgramRun run(const QStringList& arguments, const QString& program = QStringLiteral("quorvelctl"))
+    {
+        return runProgram(program, QStringList({"--port", bus.device()}) + arguments);
+    }
+
+    SimulatedBus bus{{"--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:C"}};
+};
+
+TEST_F(Quorvelctl, SearchListsTheAddresses)
+{
+    const auto found = run({"search"});
+    EXPECT_EQ(found.status, 0) << qPrintable(found.err);
+    EXPECT_EQ(found.out, "05\n12\n");
+    EXPECT_EQ(run({"search", "--json"}).out, "{\"address\":5}\n{\"address\":12}\n");
+}
+
+TEST_F(Quorvelctl, SearchOfASilentBusSaysSo)
+{
+    bus.fault("silent@01");
+    const auto found = run({"search"});
+    EXPECT_EQ(found.status, 1);
+    EXPECT_EQ(found.out, "");
+    EXPECT_EQ(found.err, "No Sensors(or MCU) Found\n");
+}
+
+TEST_F(Quorvelctl, ReadPrintsTheValuesAsReceived)
+{
+    const auto read = run({"read", "--address", "5"});
+    EXPECT_EQ(read.status, 0) << qPrintable(read.err);
+    const QRegularExpression line(R"(^X: [+-][\d.]{7}  Y: [+-][\d.]{7}\n$)");
+    EXPECT_TRUE(line.match(read.out).hasMatch()) << qPrintable(read.out);
+}
+
+TEST_F(Quorvelctl, ReadOfTheThreeDirectionTypeHasZ)
+{
+    const auto read = run({"--address", "12", "--type", "C", "read", "--json"});
+    const auto object = QJsonDocument::fromJson(read.out.toUtf8()).object();
+    EXPECT_EQ(object.value("address").toInt(), 12);
+    for (const auto* name : {"x", "y", "z"}) {
+        EXPECT_EQ(object.value(QLatin1String(name)).toString().size(), 8) << name << qPrintable(read.out);
+    }
+    const auto factory = run({"--address", "12", "--type", "C", "read"}, "quorvelctl-factory");
+    EXPECT_TRUE(factory.out.contains("Z1: ") && factory.out.contains("Z2: ")) << qPrintable(factory.out);
+}
+
+TEST_F(Quorvelctl, ASilentReadoutIsExitStatus1)
+{
+    const auto read = run({"read", "--address", "77"});
+    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.out, "");
+    EXPECT_EQ(read.err, "readout 77 did not answer.\n");
+}
+
+TEST_F(Quorvelctl, WatchTakesReadingsAtTheTurnOfTheSecond)
+{
+    const auto watched = run({"watch", "--address", "5", "--every", "1", "--count", "3"});
+    EXPECT_EQ(watched.status, 0) << qPrintable(watched.err);
+    ASSERT_EQ(watched.lines().size(), 3) << qPrintable(watched.out);
+    const QRegularExpression line(R"(^\d\d:\d\d:\d\d  X: [+-][\d.]{7}  Y: [+-][\d.]{7}$)");
+    for (const auto& text : watched.lines()) {
+        EXPECT_TRUE(line.match(text).hasMatch()) << qPrintable(text);
+    }
+}
+
+TEST_F(Quorvelctl, WatchGoesOnAfterAReadingThatFailed)
+{
+    bus.fault("silent@2101:1");
+    const auto watched = run({"watch", "--address", "5", "--every", "2", "--count", "2"});
+    EXPECT_EQ(watched.status, 1);
+    EXPECT_EQ(watched.lines().size(), 1) << qPrintable(watched.out);
+    EXPECT_TRUE(watched.err.contains("did not answer")) << qPrintable(watched.err);
+}
+
+TEST_F(Quorvelctl, WrongUsageIsExitStatus2)
+{
+    for (const auto& arguments : {QStringList{},
+                                  {"read"},
+                                  {"read", "--address", "0"},
+                                  {"read", "--address", "250"},
+                                  {"read", "--address", "5x"},
+                                  {"fly"},
+                                  {"watch", "--address", "5", "--every", "0"},
+                                  {"read", "--address", "5", "--type", "E"}}) {
+        const auto ended = run(arguments);
+        EXPECT_EQ(ended.status, 2) << qPrintable(arguments.join(' '));
+        EXPECT_FALSE(ended.err.isEmpty());
+        EXPECT_EQ(ended.out, "");
+    }
+}
+
+TEST_F(Quorvelctl, PortsListsTheMachinesPorts)
+{
+    const auto ports = runProgram("quorvelctl", {"ports"});
+    EXPECT_EQ(ports.status, 0);
+    for (const auto& line : ports.lines()) {
+        EXPECT_TRUE(line.startsWith("COM")) << qPrintable(line);
+    }
+}
+
+TEST(QuorvelctlWithoutBus, NamesAMissingPort)
+{
+    const auto ended = runProgram("quorvelctl", {"--port", "/dev/ttyNowhere", "search"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_TRUE(ended.err.contains("/dev/ttyNowhere does not exist")) << qPrintable(ended.err);
+}
+
+TEST(QuorvelctlWithoutBus, ReachesABusByTcp)
+{
+    const SimulatedBus bus({"--fast", "--tcp", "127.0.0.1:0", "--readout", "5:A"});
+    EXPECT_TRUE(bus.device().startsWith("tcp:"));
+    const auto found = runProgram("quorvelctl", {"--port", bus.device(), "search"});
+    EXPECT_EQ(found.out, "05\n") << qPrintable(found.err);
+}
+
+} // namespace
+} // namespace quorvel::test

@@ -1,0 +1,147 @@
+#include "jet/fixture.h"
+
+namespace quorvel::jet::testing {
+namespace {
+
+using ::testing::IsEmpty;
+
+/// A file as if other tables had used up everything up to `pages`: those pages are marked as used.
+void padTo(Disk& disk, std::uint32_t pages)
+{
+    auto& bytes = disk.files[kPath.string()];
+    bytes.resize(std::size_t{pages} * kPageSize);
+    Page page{};
+    std::copy_n(bytes.begin() + kPageSize, kPageSize, page.begin());
+    const std::size_t length = (pages / 8 + 4) / 4 * 4 + 5;
+    ByteVector freeMap(length, 0xFF);
+    put8(freeMap, 0, 0);
+    put32(freeMap, 1, 0);
+    for (std::uint32_t number = 0; number < pages; ++number) {
+        auto& byte = freeMap[5 + number / 8];
+        byte = static_cast<std::uint8_t>(byte & ~(1U << (number % 8)));
+    }
+    const std::size_t released = kPageSize - length - 69;
+    std::fill(page.begin() + 18, page.end(), std::uint8_t{0});
+    putBytes(page, kPageSize - length, freeMap);
+    put16(page, 2, static_cast<std::uint16_t>(released - 18));
+    put16(page, 14, static_cast<std::uint16_t>(kPageSize - length));
+    put16(page, 16, static_cast<std::uint16_t>(released));
+    std::copy(page.begin(), page.end(), bytes.begin() + kPageSize);
+}
+
+std::uint8_t freeMapType(const Disk& disk)
+{
+    const auto& bytes = disk.files.at(kPath.string());
+    return bytes[kPageSize + (get16(bytes, kPageSize + 14) & 0x1FFFU)];
+}
+
+std::uint8_t ownedMapType(const Disk& disk)
+{
+    const auto& bytes = disk.files.at(kPath.string());
+    return bytes[17 * kPageSize + (get16(bytes, 17 * kPageSize + 14) & 0x1FFFU)];
+}
+
+constexpr int kRowsPerPage = 4082 / 21;
+
+TEST(Growth, HundredThousandRowsComeBackInTheirOrder)
+{
+    Disk disk;
+    makeFile(disk);
+    fill(disk, 0, 100000);
+    EXPECT_EQ(valuesOf(disk), countTo(100000));
+    EXPECT_THAT(faultsOf(disk.files[kPath.string()]), IsEmpty());
+    EXPECT_GT(disk.files[kPath.string()].size() / kPageSize, 512U) << "the maps had to grow";
+}
+
+TEST(Growth, MapOfFreePagesTurnsIntoBitmapPages)
+{
+    Disk disk;
+    makeFile(disk);
+    padTo(disk, 31996);
+    ASSERT_EQ(freeMapType(disk), 0);
+    fill(disk, 0, 8 * kRowsPerPage);
+    EXPECT_EQ(freeMapType(disk), 1);
+    EXPECT_EQ(valuesOf(disk), countTo(8 * kRowsPerPage));
+    int leaked = 0;
+    EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty());
+    EXPECT_EQ(leaked, 31996 - 18) << "what padTo() took away";
+}
+
+TEST(Growth, MapOfOwnedPagesTurnsIntoBitmapPages)
+{
+    Disk disk;
+    makeFile(disk);
+    fill(disk, 0, kRowsPerPage);
+    padTo(disk, 31990);
+    fill(disk, kRowsPerPage, 60 * kRowsPerPage);
+    EXPECT_EQ(ownedMapType(disk), 1);
+    EXPECT_EQ(valuesOf(disk), countTo(60 * kRowsPerPage));
+    int leaked = 0;
+    EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty());
+}
+
+TEST(Growth, SecondBitmapPageBeginsWhereTheFirstEnds)
+{
+    Disk disk;
+    makeFile(disk);
+    fill(disk, 0, kRowsPerPage);
+    padTo(disk, 31996);
+    fill(disk, kRowsPerPage, 800 * kRowsPerPage);
+    EXPECT_GT(disk.files[kPath.string()].size() / kPageSize, 32736U);
+    EXPECT_EQ(valuesOf(disk), countTo(800 * kRowsPerPage));
+    int leaked = 0;
+    EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty());
+}
+
+TEST(Growth, FirstPageFarBackStartsTheMapThere)
+{
+    Disk disk;
+    makeFile(disk);
+    padTo(disk, 755);
+    fill(disk, 0, 3);
+    const auto& bytes = disk.files[kPath.string()];
+    const std::size_t row = 17 * kPageSize + (get16(bytes, 17 * kPageSize + 14) & 0x1FFFU);
+    EXPECT_EQ(get32(bytes, row + 1), 752U);
+    EXPECT_EQ(valuesOf(disk), countTo(3));
+}
+
+TEST(Growth, EveryWriteAroundTheConversionsLeavesAReadableFile)
+{
+    Disk before;
+    makeFile(before);
+    fill(before, 0, kRowsPerPage);
+    padTo(before, 31998);
+    fill(before, kRowsPerPage, 2 * kRowsPerPage);
+    const int rows = 2 * kRowsPerPage;
+    for (int round = 0; round < 45; ++round) {
+        // The last append of the round opens a page, somewhere among the growing and turning maps.
+        int writes = 0;
+        for (bool finished = false; !finished; ++writes) {
+            // Only the rounds that change the form of a map are walked write by write.
+            const std::uint8_t form = static_cast<std::uint8_t>(freeMapType(before) + ownedMapType(before));
+            Disk whole = before;
+            fill(whole, rows + round * kRowsPerPage, rows + round * kRowsPerPage + 1);
+            if (freeMapType(whole) + ownedMapType(whole) == form) break;
+            Disk disk = before;
+            disk.writesLeft = writes;
+            {
+                MemoryFiles files(disk);
+                auto opened = OpenDatabase(kPath, {.files = &files});
+                auto table = opened->OpenRecordset("data");
+                static_cast<void>(static_cast<bool>(addRow(*table, rows + round * kRowsPerPage)));
+            }
+            finished = disk.writesLeft > 0;
+            disk.writesLeft = -1;
+            const auto seen = valuesOf(disk, Access::ReadWrite);
+            const int least = rows + round * kRowsPerPage;
+            EXPECT_EQ(seen, countTo(seen.size() == static_cast<std::size_t>(least) + 1 ? least + 1 : least));
+            int leaked = 0;
+            EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty()) << "after write " << writes;
+        }
+        fill(before, rows + round * kRowsPerPage, rows + (round + 1) * kRowsPerPage);
+    }
+    EXPECT_EQ(freeMapType(before) + ownedMapType(before), 2) << "both maps have turned on the way";
+}
+
+} // namespace
+} // namespace quorvel::jet::testing

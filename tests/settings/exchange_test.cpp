@@ -1,0 +1,59 @@
+#include "settings/exchange.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvel::settings {
+namespace {
+
+const Exchange kExchange{.frame = ":0171+1.50000FF\r\n", .replyLength = 17, .echoLength = 13};
+
+TEST(Exchange, FrameIsAddressCommandAndLineEnd) { EXPECT_EQ(frameOf("F9", "72FF"), ":F972FF\r\n"); }
+
+TEST(Exchange, EchoIsComparedUpToItsLength)
+{
+    EXPECT_TRUE(confirms(kExchange, ":0171+1.50000FF\r\n"));
+    EXPECT_TRUE(confirms(kExchange, ":0171+1.50000~~~~"));
+    EXPECT_FALSE(confirms(kExchange, ":0171+1.50001FF\r\n"));
+    EXPECT_FALSE(confirms(kExchange, ":0271+1.50000FF\r\n"));
+}
+
+TEST(Exchange, ShortOrEmptyReplyIsNoEcho)
+{
+    EXPECT_FALSE(confirms(kExchange, ":0171+1.5000"));
+    EXPECT_FALSE(confirms(kExchange, ""));
+}
+
+TEST(Exchange, WithoutEchoLengthAnyReplyConfirms)
+{
+    const Exchange any{.frame = ":0125FF\r\n", .replyLength = 9};
+    EXPECT_TRUE(confirms(any, "~~~~~~~~~"));
+    EXPECT_TRUE(confirms(any, ""));
+}
+
+TEST(Exchange, BlanksAroundAReplyCountUnlessTheyAreIgnored)
+{
+    Exchange blanks{.frame = ":017501FF\r\n", .replyLength = 11, .echoLength = 7};
+    EXPECT_FALSE(confirms(blanks, "  :017501FF"));
+    blanks.ignoresBlanks = true;
+    EXPECT_TRUE(confirms(blanks, "  :017501FF"));
+    EXPECT_TRUE(confirms(blanks, ":017501    "));
+    EXPECT_FALSE(confirms(blanks, "           "));
+}
+
+TEST(Exchange, ReasonNamesSilenceLossAndDifference)
+{
+    EXPECT_EQ(whyFailed(kExchange, ""), "The readout did not answer.");
+    EXPECT_EQ(whyFailed(kExchange, ":0171"), "Only 5 of 17 characters of the answer arrived.");
+    EXPECT_EQ(whyFailed(kExchange, ":0171+2.50000FF\r\n"),
+              "The readout answered \":0171+2.50000FF\" to \":0171+1.50000FF\".");
+}
+
+TEST(Exchange, ControlCharactersDoNotReachASentence)
+{
+    EXPECT_EQ(inOneLine(std::string("a\0b\tc\x7f\x9f\xe4", 8) + "\r\n"), "a?b?c??\xe4");
+    EXPECT_EQ(inOneLine("\r\n"), "");
+    EXPECT_EQ(inOneLine(""), "");
+}
+
+} // namespace
+} // namespace quorvel::settings

@@ -1,0 +1,18 @@
+#include "support/program_run.h"
+
+namespace quorvel::test {
+
+ProgramRun runProgram(const QString& name, const QStringList& arguments, int seconds)
+{
+    QProcess process;
+    process.start(QStringLiteral(QUORVEL_BINARIES "/") + name, arguments);
+    ProgramRun run;
+    if (process.waitForFinished(seconds * 1000) && process.exitStatus() == QProcess::NormalExit) {
+        run.status = process.exitCode();
+    }
+    run.out = QString::fromUtf8(process.readAllStandardOutput());
+    run.err = QString::fromUtf8(process.readAllStandardError());
+    return run;
+}
+
+} // namespace quorvel::test
