@@ -44,6 +44,7 @@ int runProgram(int argc, char* argv[])
         if (trouble.isEmpty()) options.ports.prepend(demo.device());
     }
     Workplace workplace(options.ports, programFolder(options.folder), QString::fromLatin1(kEdition));
+    openAutoread(workplace);
     openSettings(workplace);
     if (!trouble.isEmpty()) workplace.form1.showStatus(trouble);
     workplace.form1.show();

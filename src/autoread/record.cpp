@@ -87,7 +87,8 @@ std::string badRecordText(int index, const std::string& fault, std::string_view 
     return "Record " + text::format(index, "0000") + " of the readout holds " + fault +
            ". Characters received: " + quoted(reply) + ". The download has stopped; the " +
            text::general(received) +
-           " records before it are in the file. Try again; the readout still has all its data.";
+           " records before it are in the file. Check the instrument type and try again; the readout still "
+           "has all its data.";
 }
 
 } // namespace quorvel::autoread

@@ -152,7 +152,7 @@ TEST_F(Download, BadDateNamesTheRecordAndStops)
         outcome.reason,
         "Record 0012 of the readout holds no valid date and time: \"230229000000\". Characters received: "
         "\":01240012230229000000+012.000-001.500FF\". The download has stopped; the 2 records before it are "
-        "in the file. Try again; the readout still has all its data.");
+        "in the file. Check the instrument type and try again; the readout still has all its data.");
     EXPECT_THAT(xs(), ElementsAre(10, 11));
 }
 

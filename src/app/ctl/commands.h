@@ -15,6 +15,7 @@ int runControl(int argc, char* argv[]);
 
 // Each adds its subcommands to the command line; their callbacks do the work and leave the exit status in the
 // console.
+void addAutoreadCommands(CLI::App& app, Console& console); ///< auto, download, clear
 void addBusCommands(CLI::App& app, Console& console); ///< ports, search, read, watch
 
 } // namespace quorvel::ctl

@@ -32,6 +32,7 @@ int runControl(int argc, char* argv[])
     app.fallthrough();
     addCommonOptions(app, console.options);
     addBusCommands(app, console);
+    addAutoreadCommands(app, console);
     addMdbCommand(app, console.status);
     try {
         app.parse(argc, argv);

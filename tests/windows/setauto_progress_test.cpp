@@ -1,0 +1,177 @@
+#include "autoread/exported.h"
+#include "autoread/scripted_readout.h"
+#include "text/number.h"
+#include "windows/setauto_on_the_bus.h"
+
+#include <gmock/gmock.h>
+
+namespace quorvel::test {
+
+namespace {
+
+/// A readout with a wrapped ring of 1000 records, taken a minute apart from its oldest, number 998, on.
+std::string wrappedRing(const std::string& frame)
+{
+    if (frame == ":0522FF") return ":0522100009980002FF\r\n";
+    const int index = quorvel::text::integerOf(frame.substr(5, 4));
+    const int minute = (index - 998 + 1000) % 1000;
+    return ":0524" + frame.substr(5, 4) + "240101" + quorvel::text::format(minute / 60, "00") +
+           quorvel::text::format(minute % 60, "00") + "00+" + quorvel::text::format(index, "000.000") +
+           "-001.500FF\r\n";
+}
+
+/// The same with 100 slots, from number 98 on.
+std::string shortRing(const std::string& frame)
+{
+    return frame == ":0522FF" ? ":0522010000980002FF\r\n" : wrappedRing(frame);
+}
+
+link::Bench benchAtFive()
+{
+    link::Bench bench;
+    bench.currentAddress = "5";
+    return bench;
+}
+
+/// The real window before a scripted readout; time is moved by hand, so that 1000 records take no real time.
+class SetAutoByHand : public ::testing::Test {
+protected:
+    SetAutoByHand() { form.show(); }
+
+    std::filesystem::path database() const { return folder.filePath("a.mdb").toStdString(); }
+    void download()
+    {
+        messages.files.push_back(folder.filePath("a.mdb"));
+        controls.press("Command2");
+    }
+
+    QTemporaryDir folder;
+    ScriptedReadout readout{shortRing};
+    const link::Bench bench = benchAtFive();
+    link::Gate gate;
+    InputFilter filter{gate};
+    TestMessages messages;
+    SetAuto form{bench, readout.module1, gate, messages};
+    SetAutoControls controls{form};
+};
+
+std::vector<std::string> linesOf(const std::string& table)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(table);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+TEST_F(SetAutoByHand, WrappedRingComesInTheOrderOfItsRecords)
+{
+    readout.answer = wrappedRing;
+    download();
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(controls.Label3().text(), "Total 1000 records. 1000 records have been received.");
+    const auto lines = linesOf(exported(database()));
+    ASSERT_EQ(lines.size(), 1001U);
+    EXPECT_EQ(lines[0], "time,x,y");
+    EXPECT_EQ(lines[1], "2024-01-01T00:00:00,998,-1.5");
+    EXPECT_EQ(lines[2], "2024-01-01T00:01:00,999,-1.5");
+    EXPECT_EQ(lines[3], "2024-01-01T00:02:00,0,-1.5");
+    EXPECT_EQ(lines[1000], "2024-01-01T16:39:00,997,-1.5");
+}
+
+TEST_F(SetAutoByHand, BarMovesWithTheTimeLeft)
+{
+    QStringList formats;
+    std::vector<int> values;
+    readout.answer = [&](const std::string& frame) {
+        values.push_back(controls.progress().value());
+        formats << controls.progress().format();
+        return shortRing(frame);
+    };
+    download();
+    ASSERT_EQ(values.size(), 101U); // the count query comes first
+    EXPECT_EQ(values[1], 0);
+    EXPECT_EQ(values[2], 1);
+    EXPECT_EQ(values[100], 99);
+    EXPECT_EQ(formats[1], "%p %, about 14 s left");
+    EXPECT_EQ(formats[51], "%p %, about 5 s left"); // 50 records of 0.095 s: the reply comes at once here
+    EXPECT_EQ(controls.progress().value(), 100);
+    EXPECT_EQ(controls.progress().format(), "%p %");
+}
+
+TEST_F(SetAutoByHand, RowIsInTheFileBeforeItIsCounted)
+{
+    int seen = 0;
+    readout.answer = [&](const std::string& frame) {
+        const auto label = controls.Label3().text();
+        if (frame == ":05240001FF" || frame == ":05240005FF") {
+            ++seen;
+            const int counted = label.section(u' ', 3, 3).toInt();
+            EXPECT_EQ(rowsIn(exported(database())), counted) << label.toStdString();
+            EXPECT_EQ(counted, frame == ":05240001FF" ? 3 : 7);
+        }
+        return shortRing(frame);
+    };
+    download();
+    EXPECT_EQ(seen, 2);
+}
+
+TEST_F(SetAutoByHand, ClosingEndsTheDownloadAfterTheRecordInFlight)
+{
+    readout.answer = [&](const std::string& frame) {
+        if (frame == ":05240003FF") {
+            form.close();
+            EXPECT_TRUE(form.isVisible()) << "closed in the middle of a transaction";
+        }
+        return shortRing(frame);
+    };
+    download();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(readout.frames.back(), ":05240003FF");
+    EXPECT_EQ(rowsIn(exported(database())), 6);
+}
+
+TEST_F(SetAutoByHand, SecondPressDuringADownloadDoesNothing)
+{
+    readout.answer = [&](const std::string& frame) {
+        if (frame == ":05240003FF") {
+            for (const auto* name : {"Command1", "Command2", "Command3"}) {
+                controls.press(name);
+            }
+        }
+        return shortRing(frame);
+    };
+    download();
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(readout.frames.size(), 101U);
+}
+
+TEST_F(SetAutoByHand, AddressTypedMeanwhileDoesNotTurnTheDownloadToAnotherReadout)
+{
+    readout.answer = [&](const std::string& frame) {
+        if (frame == ":05240003FF") controls.Text1().setText("12");
+        return shortRing(frame);
+    };
+    download();
+    EXPECT_EQ(readout.frames.back(), ":05240097FF");
+    controls.Text1().setText("5");
+    EXPECT_THAT(controls.status().toStdString(), ::testing::StartsWith("All 100 records"));
+}
+
+TEST_F(SetAutoByHand, ProgramThatEndsDuringADownloadKeepsTheRows)
+{
+    readout.answer = [&](const std::string& frame) {
+        if (frame != ":05240003FF") return shortRing(frame);
+        readout.module1.abandon();
+        return std::string();
+    };
+    download();
+    EXPECT_EQ(messages.shown, QStringList("5 records have been received, Comm Error"));
+    EXPECT_EQ(rowsIn(exported(database())), 5);
+}
+
+} // namespace
+
+} // namespace quorvel::test
