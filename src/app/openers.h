@@ -5,6 +5,7 @@ namespace quorvel {
 struct Workplace;
 
 // What the menu items open; one function and one source file per room.
+void openCalibration(Workplace& workplace);
 
 void openSettings(Workplace& workplace);
 

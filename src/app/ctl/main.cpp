@@ -33,6 +33,7 @@ int runControl(int argc, char* argv[])
     addCommonOptions(app, console.options);
     addBusCommands(app, console);
     addMdbCommand(app, console.status);
+    addCalibrationCommands(app, console);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
