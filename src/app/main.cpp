@@ -46,6 +46,7 @@ int runProgram(int argc, char* argv[])
     Workplace workplace(options.ports, programFolder(options.folder), QString::fromLatin1(kEdition));
     openAutoread(workplace);
     openSettings(workplace);
+    openCalibration(workplace);
     if (!trouble.isEmpty()) workplace.form1.showStatus(trouble);
     workplace.form1.show();
     return QApplication::exec();

@@ -28,12 +28,14 @@ double fromHalves(std::int64_t value)
 Module1::Module1(MSComm& port, Clock& clock) : port_(port), clock_(clock), counterOrigin_(clock.counter() - 1)
 {}
 
-void Module1::SendFrame(std::string_view frame)
+void Module1::SendFrame(std::string_view frame, const std::function<void(int)>& sent)
 {
     frameText_ = frame;
     WaitForInput(kPauseBeforeFrame, 0);
+    int count = 0;
     for (const char character : frameText_) {
         port_.Output({&character, 1});
+        if (sent) sent(++count);
         WaitForInput(kPauseAfterCharacter, 0);
     }
 }

@@ -5,6 +5,7 @@
 #include "link/mscomm.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -22,7 +23,8 @@ public:
 
     /// Waits 0.03 s, then writes the frame one character at a time with 0.005 s after each, the last included:
     /// a 13-character frame takes 0.095 s or a little more. The frame stays in FrameText().
-    void SendFrame(std::string_view frame);
+    /// @param sent  called after each character with the number of those written; for long frames.
+    void SendFrame(std::string_view frame, const std::function<void(int)>& sent = {});
 
     /// Waits until enough characters have arrived; windows repaint meanwhile.
     ///

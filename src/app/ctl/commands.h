@@ -17,5 +17,7 @@ int runControl(int argc, char* argv[]);
 // console.
 void addAutoreadCommands(CLI::App& app, Console& console); ///< auto, download, clear
 void addBusCommands(CLI::App& app, Console& console); ///< ports, search, read, watch
+void addBusCommands(CLI::App& app, Console& console);         ///< ports, search, read, watch
+void addCalibrationCommands(CLI::App& app, Console& console); ///< calibrate, stitching: factory edition only
 
 } // namespace quorvel::ctl

@@ -34,6 +34,7 @@ int runControl(int argc, char* argv[])
     addBusCommands(app, console);
     addAutoreadCommands(app, console);
     addMdbCommand(app, console.status);
+    addCalibrationCommands(app, console);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

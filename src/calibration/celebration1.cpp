@@ -1,0 +1,305 @@
+#include "calibration/celebration1.h"
+
+#include "calibration/database.h"
+#include "calibration/download.h"
+#include "calibration/filecopy.h"
+#include "calibration/fit.h"
+#include "calibration/measurement.h"
+#include "link/address.h"
+#include "link/bytes.h"
+#include "ui_celebration1.h"
+
+#include <QFileInfo>
+
+namespace quorvel::calibration {
+
+namespace {
+
+constexpr auto kEnding = ".mdb";
+
+std::filesystem::path pathOf(const QString& name) { return QFileInfo(name).filesystemFilePath(); }
+
+} // namespace
+
+Celebration1::Celebration1(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
+                           QWidget* parent)
+    : QDialog(parent), ui_(std::make_unique<Ui::Celebration1>()), bench_(bench), module1_(module1),
+      gate_(gate), messages_(messages), model_(Data1)
+{
+    ui_->setupUi(this);
+    setWindowFlag(Qt::WindowMaximizeButtonHint);
+    auto keepsPlace = ui_->Progress->sizePolicy();
+    keepsPlace.setRetainSizeWhenHidden(true);
+    ui_->Progress->setSizePolicy(keepsPlace);
+    ui_->Progress->hide();
+    ui_->DBGrid1->setModel(&model_);
+    ui_->DBGrid1->showRows(kPoints);
+    gate_.guard(ui_->DBGrid1, &DBGrid::ButtonClick, this, &Celebration1::DBGrid1_ButtonClick);
+    gate_.guard(ui_->Command1, &QPushButton::clicked, this, &Celebration1::Command1_Click);
+    gate_.guard(ui_->Command2, &QPushButton::clicked, this, &Celebration1::Command2_Click);
+    gate_.guard(ui_->Command3, &QPushButton::clicked, this, &Celebration1::Command3_Click);
+    gate_.guard(ui_->Command4, &QPushButton::clicked, this, &Celebration1::Command4_Click);
+    connect(&model_, &CalibrationModel::told, this, [this](const QString& words) { tell(words); });
+    // A line that no longer belongs to the points would mislead.
+    connect(&model_, &CalibrationModel::dataChanged, ui_->FitChart, &FitChart::clear);
+    connect(&model_, &CalibrationModel::modelReset, ui_->FitChart, &FitChart::clear);
+    connect(&model_, &CalibrationModel::dataChanged, this, &Celebration1::noteOlderFile);
+    connect(&module1_.port(), &link::MSComm::lost, this, [this](const QString& reason) { tell(reason); });
+    Form_Load();
+}
+
+Celebration1::~Celebration1() { commitTyped(); }
+
+void Celebration1::tell(const QString& words) { ui_->Status->setText(words); }
+void Celebration1::tell(const std::string& words) { tell(QString::fromStdString(words)); }
+
+std::string Celebration1::addressDigits() const
+{
+    return link::AddressToHex(link::bytes(ui_->Text1->text()));
+}
+
+void Celebration1::Form_Load()
+{
+    ui_->Text1->setText(bench_.currentAddress);
+    direction_ = directionOf(bench_.CalibrationDirection);
+    if (!direction_) return;
+    setWindowTitle(QString::fromUtf8(direction_->caption));
+    CalibrationDatabasePath = bench_.programFolder / direction_->file;
+    ui_->GridCaption->setText(direction_->gridCaption);
+    ui_->Label2->setText(QString::fromUtf8(direction_->hint));
+    if (!createMissing()) return;
+    Data1.setDatabaseName(CalibrationDatabasePath);
+    bind();
+    ui_->DBGrid1->setCellButton(kReadingColumn, tr("Measure"));
+    ui_->DBGrid1->setCurrentIndex(model_.index(0, kDialColumn));
+    ui_->DBGrid1->setFocus();
+}
+
+bool Celebration1::createMissing()
+{
+    std::error_code error;
+    if (std::filesystem::exists(std::filesystem::symlink_status(CalibrationDatabasePath, error))) return true;
+    const auto created = CreateCalibrationDatabase(CalibrationDatabasePath);
+    if (!created) tell(created.error());
+    return static_cast<bool>(created);
+}
+
+bool Celebration1::bind()
+{
+    auto* grid = ui_->DBGrid1;
+    const auto cell = grid->currentIndex();
+    const auto opened = Data1.Refresh();
+    model_.reset();
+    grid->setCurrentIndex(
+        model_.index(std::max(cell.row(), 0), cell.isValid() ? cell.column() : kDialColumn));
+    if (!opened) {
+        tell(opened.error());
+    } else if (!Data1.readOnlyBecause().empty()) {
+        tell(tr("The points can be looked at, not changed: %1")
+                 .arg(QString::fromStdString(Data1.readOnlyBecause())));
+    }
+    return opened && Data1.readOnlyBecause().empty();
+}
+
+void Celebration1::noteOlderFile()
+{
+    if (olderNoted_ || Data1.olderKeptAs().empty()) return;
+    olderNoted_ = true;
+    tell(tr("The file was written anew, because its older format can only be read. The older file is kept as "
+            "%1.")
+             .arg(QString::fromStdString(inWords(Data1.olderKeptAs()))));
+}
+
+bool Celebration1::commitTyped()
+{
+    ui_->DBGrid1->commitTyped();
+    return model_.submit();
+}
+
+bool Celebration1::mayGoOn()
+{
+    if (commitTyped()) return true;
+    return messages_.ask(
+        this,
+        tr("What was typed last is not in the file. Go on and lose it?\n\n%1").arg(ui_->Status->text()));
+}
+
+void Celebration1::reject()
+{
+    gate_.whenIdle(this, [this] {
+        if (mayGoOn()) QDialog::reject();
+    });
+}
+
+void Celebration1::DBGrid1_ButtonClick()
+{
+    commitTyped();
+    if (!direction_) return;
+    if (!module1_.port().PortOpen()) {
+        tell(tr("Nothing was measured: the port is closed. Open it in the main window."));
+        return;
+    }
+    tell(tr("Measuring ..."));
+    const QPersistentModelIndex cell = ui_->DBGrid1->currentIndex();
+    const auto reply = measure(module1_, *direction_, addressDigits());
+    if (isMeasurement(reply)) {
+        tell(QString());
+        takeMeasurement(cell, reply);
+    } else if (module1_.port().PortOpen()) {
+        tell(tr("Nothing was measured: %1 characters came instead of %2. Check the address and press again.")
+                 .arg(reply.size())
+                 .arg(kLongMeasurement));
+    }
+}
+
+void Celebration1::takeMeasurement(const QModelIndex& first, const std::string& reply)
+{
+    auto cell = first;
+    for (const auto& reading : direction_->readings) {
+        ui_->DBGrid1->setCurrentIndex(cell);
+        if (!cell.isValid() || !model_.setData(cell, link::shown(reading.measured(reply)))) return;
+        cell = cell.siblingAtColumn(cell.column() + 1);
+    }
+}
+
+// All points are looked at before the first frame goes out: a readout must not be left with one new table and one
+// old.
+void Celebration1::Command1_Click()
+{
+    if (!commitTyped()) return;
+    if (!module1_.port().PortOpen()) {
+        messages_.say(this, kPortNotOpened);
+        return;
+    }
+    if (!direction_) return;
+    tell(QString());
+    std::vector<Points> tables;
+    for (const auto& reading : direction_->readings) {
+        const int column = columnOf(Data1.fields(), reading.column);
+        const auto points = pointsOf(Data1, column);
+        if (column < 0)
+            tell("The file has no column " + std::string(reading.column) + ". Load another file.");
+        if (!points) {
+            messages_.say(this, kDataEmpty);
+            return;
+        }
+        tables.push_back(*points);
+    }
+    for (std::size_t i = 0; i < tables.size() && !gate_.stopRequested(); ++i) {
+        download(direction_->readings[i], tables[i]);
+    }
+}
+
+void Celebration1::download(const Reading& reading, const Points& points)
+{
+    const auto frame = downloadFrame(reading, addressDigits(), points);
+    const int length = static_cast<int>(frame.size());
+    const auto column = link::shown(reading.column);
+    tell(tr("Sending %1 ...").arg(column));
+    ui_->Progress->setRange(0, length);
+    ui_->Progress->setValue(0);
+    ui_->Progress->show();
+    const auto echo = sendDownload(module1_, reading, frame, [&](int sent) {
+        ui_->Progress->setValue(sent);
+        if (sent == length) tell(tr("Waiting up to 10 s for the echo of %1 ...").arg(column));
+    });
+    ui_->Progress->hide();
+    if (!module1_.port().PortOpen()) return;
+    judgeEcho(reading, frame, echo);
+}
+
+// An echo of another length is passed over in silence, but for the status line.
+void Celebration1::judgeEcho(const Reading& reading, const std::string& frame, const std::string& echo)
+{
+    if (static_cast<int>(echo.size()) != echoLength(reading)) {
+        tell(tr("%1: no complete echo, %2 characters came instead of %3. Check the address and download "
+                "again.")
+                 .arg(link::shown(reading.column))
+                 .arg(echo.size())
+                 .arg(echoLength(reading)));
+        return;
+    }
+    tell(QString());
+    const bool taken = echoAgrees(reading, frame, echo);
+    messages_.say(this, QString::fromUtf8(taken ? reading.downloaded : reading.notDownloaded));
+}
+
+void Celebration1::Command2_Click()
+{
+    if (!commitTyped() || !direction_) return;
+    tell(QString());
+    ui_->FitChart->clear();
+    for (int i = 0; i < static_cast<int>(direction_->readings.size()); ++i) {
+        if (!fit(kReadingColumn + i)) return;
+    }
+}
+
+bool Celebration1::fit(int column)
+{
+    const auto points = pointsOf(Data1, column);
+    if (!points) {
+        messages_.say(this, kDataEmpty);
+        return false;
+    }
+    const auto fitted = fitLine(*points);
+    if (!fitted) {
+        messages_.say(this, kNoLine);
+        return false;
+    }
+    ui_->FitChart->add(
+        {model_.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString(), *points, *fitted});
+    messages_.say(this, link::shown(fitText(*fitted)));
+    return true;
+}
+
+void Celebration1::Command3_Click()
+{
+    if (!mayGoOn() || !direction_) return;
+    const auto chosen = messages_.chooseFile(this, {tr("Open"), QString(), false});
+    if (chosen.isEmpty()) return;
+    Data1.Close();
+    const auto loaded = loadWorkingFile(pathOf(chosen), CalibrationDatabasePath, *direction_);
+    Data1.setDatabaseName(CalibrationDatabasePath);
+    const bool bound = bind();
+    if (!loaded) {
+        tell(loaded.error());
+    } else if (bound) {
+        tell(loaded->empty() ? tr("Loaded %1.").arg(chosen) : QString::fromStdString(*loaded));
+    }
+}
+
+void Celebration1::Command4_Click()
+{
+    if (!commitTyped() || !direction_) return;
+    const auto chosen = messages_.chooseFile(this, {tr("Save As"), QStringLiteral("*.mdb"), true});
+    if (chosen.isEmpty()) return;
+    const auto destination = chosen + kEnding;
+    Data1.Close();
+    const auto copied = copyWhole(CalibrationDatabasePath, pathOf(destination));
+    const bool bound = bind();
+    if (!copied) {
+        tell(copied.error());
+    } else if (bound) {
+        tell(tr("Saved as %1.").arg(destination));
+    }
+}
+
+void Celebration1::AddCalibrationRow()
+{
+    commitTyped();
+    changed(Data1.AddCalibrationRow());
+}
+
+void Celebration1::DeleteLastCalibrationRow()
+{
+    commitTyped();
+    changed(Data1.DeleteLastCalibrationRow());
+}
+
+void Celebration1::changed(const jet::Status& done)
+{
+    model_.reset();
+    if (!done) tell(done.error());
+}
+
+} // namespace quorvel::calibration

@@ -1,0 +1,47 @@
+#include "calibration/celldelegate.h"
+
+#include <QLineEdit>
+
+namespace quorvel::calibration {
+
+void CellDelegate::leaveRoom(int column, int width)
+{
+    column_ = column;
+    width_ = width;
+}
+
+QStyleOptionViewItem CellDelegate::withoutButton(QStyleOptionViewItem option, const QModelIndex& index) const
+{
+    if (index.column() == column_) option.rect.setRight(option.rect.right() - width_);
+    return option;
+}
+
+QWidget* CellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&,
+                                    const QModelIndex& index) const
+{
+    auto* editor = new QLineEdit(parent);
+    editor->setFrame(false);
+    editor->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
+    editor_ = editor;
+    return editor;
+}
+
+void CellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const
+{
+    taken_ = model->setData(index, static_cast<QLineEdit*>(editor)->text(), Qt::EditRole);
+}
+
+void CellDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                                        const QModelIndex& index) const
+{
+    editor->setGeometry(withoutButton(option, index).rect);
+}
+
+void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                         const QModelIndex& index) const
+{
+    QStyledItemDelegate::paint(painter, withoutButton(option, index), index);
+}
+
+} // namespace quorvel::calibration

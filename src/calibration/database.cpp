@@ -1,0 +1,200 @@
+#include "calibration/database.h"
+
+#include "calibration/filecopy.h"
+#include "calibration/points.h"
+#include "calibration/records.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace quorvel::calibration {
+
+namespace {
+
+using jet::FieldDef;
+using jet::FieldType;
+using std::filesystem::path;
+
+/// The ten characters that precede the last four of a path.
+std::string directionName(const path& file)
+{
+    const auto text = file.generic_string();
+    constexpr std::size_t kName = 10;
+    constexpr std::size_t kEnding = 4;
+    return text.size() < kName + kEnding ? text : text.substr(text.size() - kName - kEnding, kName);
+}
+
+jet::TableDef newTable(const path& file)
+{
+    auto table = jet::Database::CreateTableDef(std::string(kTable));
+    table.Append(table.CreateField(std::string(kNumberName), FieldType::Integer));
+    table.Append(table.CreateField(std::string(kDialName), FieldType::Single));
+    const auto name = directionName(file);
+    const auto* direction =
+        name.ends_with("Direction") ? directionOf(QString(QLatin1Char(name.front()))) : nullptr;
+    if (direction) {
+        for (const auto& reading : direction->readings) {
+            table.Append(table.CreateField(std::string(reading.column), FieldType::Single));
+        }
+    }
+    return table;
+}
+
+jet::Status addPoint(jet::Recordset& rows, int number)
+{
+    rows.AddNew();
+    if (auto done = rows.Update(); !done) return done;
+    if (auto done = rows.SetBookmark(rows.LastModified()); !done) return done;
+    rows.Edit();
+    rows.Fields(kNumberName).SetValue(static_cast<std::int16_t>(number));
+    return rows.Update();
+}
+
+bool isNumeric(FieldType type)
+{
+    constexpr FieldType kNumeric[] = {FieldType::Byte,   FieldType::Integer, FieldType::Long,
+                                      FieldType::Single, FieldType::Double,  FieldType::Currency,
+                                      FieldType::Numeric};
+    return std::find(std::begin(kNumeric), std::end(kNumeric), type) != std::end(kNumeric);
+}
+
+bool isCalibration(const std::vector<FieldDef>& fields)
+{
+    return fields.size() > kReadingColumn && columnOf(fields, kNumberName) == kNumberColumn &&
+           columnOf(fields, kDialName) == kDialColumn && isReadingColumn(fields[kReadingColumn].name) &&
+           std::all_of(fields.begin(), fields.begin() + kReadingColumn + 1,
+                       [](const FieldDef& field) { return isNumeric(field.type); });
+}
+
+/// The type under which a column is written anew; nothing for one that holds no numbers.
+std::optional<FieldType> writtenType(FieldType type)
+{
+    constexpr FieldType kWritten[] = {FieldType::Integer, FieldType::Long, FieldType::Single,
+                                      FieldType::Double, FieldType::Date};
+    if (std::find(std::begin(kWritten), std::end(kWritten), type) != std::end(kWritten)) return type;
+    return isNumeric(type) ? std::optional(FieldType::Double) : std::nullopt;
+}
+
+jet::Status copyRows(jet::Recordset& from, jet::Recordset& to, const jet::TableDef& table)
+{
+    auto moved = from.MoveFirst();
+    for (; moved && !from.Eof(); moved = from.MoveNext()) {
+        to.AddNew();
+        for (const auto& field : table.Fields()) {
+            to.Fields(field.name).SetValue(from.Fields(field.name).Value());
+        }
+        if (auto done = to.Update(); !done) return done;
+    }
+    return moved;
+}
+
+jet::Status writeAnew(jet::Database& database, const path& file, const path& fresh)
+{
+    const auto fields = calibrationFields(database, file);
+    if (!fields) return fields.failure();
+    auto made = jet::CreateDatabase(fresh, jet::kGeneralLocale);
+    if (!made) return made.failure();
+    auto table = jet::Database::CreateTableDef(std::string(kTable));
+    for (const auto& field : *fields) {
+        if (const auto type = writtenType(field.type)) table.Append(table.CreateField(field.name, *type));
+    }
+    if (auto done = made->Append(table); !done) return done;
+    auto from = database.OpenRecordset(kRecordSource);
+    auto to = made->OpenRecordset(kTable);
+    if (!from) return from.failure();
+    if (!to) return to.failure();
+    if (auto done = copyRows(*from, *to, table); !done) return done;
+    return made->Close();
+}
+
+/// Words about reading columns that the direction counts on and the file lacks; empty when it has all.
+std::string lacking(const std::vector<FieldDef>& fields, const Direction& direction, const path& chosen)
+{
+    std::string missing;
+    for (const auto& reading : direction.readings) {
+        if (columnOf(fields, reading.column) >= 0) continue;
+        missing += (missing.empty() ? "" : " and ") + std::string(reading.column);
+    }
+    if (missing.empty()) return {};
+    return "Loaded, but " + inWords(chosen) + " is of another direction: it has the readings " +
+           fields[kReadingColumn].name + ", not " + missing + ". It can be fitted, not downloaded.";
+}
+
+} // namespace
+
+jet::Status CreateCalibrationDatabase(const path& file)
+{
+    auto database = jet::CreateDatabase(file, jet::kGeneralLocale);
+    if (!database) return database.failure();
+    if (auto done = database->Append(newTable(file)); !done) return done;
+    auto rows = database->OpenRecordset(kTable);
+    if (!rows) return rows.failure();
+    for (int number = 0; number < kPoints; ++number) {
+        if (auto done = addPoint(*rows, number); !done) return done;
+    }
+    return database->Close();
+}
+
+jet::Result<std::vector<FieldDef>> calibrationFields(const jet::Database& database, const path& file)
+{
+    auto fields = database.Fields(kTable);
+    if (fields && !isCalibration(*fields)) {
+        return jet::Failure{inWords(file) +
+                            " has a table Calibration that does not begin with the columns SN, "
+                            "Rule_Data and X_Data, Y_Data or Z1_Data, all of numbers. Choose "
+                            "another file."};
+    }
+    return fields;
+}
+
+jet::Result<std::vector<FieldDef>> checkCalibrationFile(const path& file)
+{
+    auto database = jet::OpenDatabase(file, {.access = jet::Access::ReadOnly});
+    if (!database) return database.failure();
+    auto fields = calibrationFields(*database, file);
+    if (!fields) return fields;
+    auto rows = database->OpenRecordset(kRecordSource);
+    if (!rows) return rows.failure();
+    auto moved = rows->MoveFirst();
+    while (moved && !rows->Eof()) {
+        moved = rows->MoveNext();
+    }
+    if (!moved) return moved.failure();
+    return fields;
+}
+
+jet::Result<path> renewFormat(jet::Database& database, const path& file)
+{
+    auto fresh = file;
+    fresh.replace_filename(file.stem().concat(".new").concat(file.extension().native()));
+    std::error_code error;
+    std::filesystem::remove(fresh, error); // left by an earlier run that was cut off
+    if (auto done = writeAnew(database, file, fresh); !done) return done.failure();
+    if (auto done = database.Close(); !done) return done.failure();
+    auto kept = keepAside(file, "older");
+    if (!kept) return kept;
+    std::filesystem::rename(fresh, file, error);
+    if (error) return jet::Failure{inWords(file) + " could not be replaced: " + error.message() + "."};
+    return kept;
+}
+
+jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working, const Direction& direction)
+{
+    const auto fields = checkCalibrationFile(chosen);
+    if (!fields) return fields.failure();
+    std::string words = lacking(*fields, direction, chosen);
+    if (std::filesystem::exists(working)) {
+        if (const auto readable = checkCalibrationFile(working); !readable) {
+            const auto kept = keepAside(working, "unreadable");
+            if (!kept) return kept.failure();
+            words +=
+                (words.empty() ? "" : " ") + ("What could not be read is kept as " + inWords(*kept) + ".");
+        } else if (const auto opened = jet::OpenDatabase(working); !opened) {
+            return opened.failure();
+        }
+    }
+    if (auto copied = copyWhole(chosen, working); !copied) return copied.failure();
+    return words;
+}
+
+} // namespace quorvel::calibration

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "calibration/points.h"
+
+#include <array>
+#include <optional>
+#include <string>
+
+/// The straight line through the points of a calibration table: reading = slope x dial + intercept.
+namespace quorvel::calibration {
+
+struct Fit {
+    float slope = 0;
+    float intercept = 0;                     ///< mm
+    double nonlinearError = 0;               ///< mm, standard deviation of the residuals over 10
+    float maxError = 0;                      ///< mm, largest residual without its sign
+    std::array<double, kPoints> residuals{}; ///< mm, reading minus line
+    int worst = 0;                           ///< index of the point with the largest residual
+};
+
+inline constexpr auto kNoLine = "No line can be fitted: the dial readings (Rule_Data) of all points are "
+                                "equal, or too large to calculate with.";
+
+/// Least squares. Sums and results are held in single precision, each rounded after every addition; what stands
+/// between two roundings is calculated in double precision.
+///
+/// @return nothing when there is no such line: all dial readings equal, or sums beyond single precision.
+std::optional<Fit> fitLine(const Points& points);
+
+/// "Y=" slope "*X+(" intercept ")", as it stands in fitText().
+std::string lineText(const Fit& fit);
+
+/// The two lines of the result as the window shows them, parted by CR LF. They begin with "X: " in every direction.
+std::string fitText(const Fit& fit);
+
+} // namespace quorvel::calibration

@@ -1,0 +1,152 @@
+// The plotting library is written with Qt's short keywords, which are off in this project.
+#undef QT_NO_KEYWORDS
+
+#include "calibration/fitchart.h"
+
+#include "link/bytes.h"
+#include "text/number.h"
+
+#include <QVBoxLayout>
+
+#include <qcustomplot.h>
+
+namespace quorvel::calibration {
+
+namespace {
+
+constexpr QRgb kColors[] = {0xff1f5fa8, 0xff2a8a4a}; // of the first and the second column of readings
+constexpr QRgb kMark = 0xffc62828;
+constexpr double kMargin = 0.14;     // of an axis, left free at each end
+constexpr double kHeightAbove = 1.6; // of the upper part, when the lower is 1
+
+QCPAxis* across(QCPAxisRect* rect) { return rect->axis(QCPAxis::atBottom); }
+QCPAxis* upward(QCPAxisRect* rect) { return rect->axis(QCPAxis::atLeft); }
+
+void showAll(QCPAxis* axis)
+{
+    axis->rescale();
+    auto range = axis->range();
+    if (range.size() <= 0) range = QCPRange(range.center() - 1, range.center() + 1);
+    axis->setRange(range.lower - kMargin * range.size(), range.upper + kMargin * range.size());
+}
+
+} // namespace
+
+FitChart::FitChart(QWidget* parent)
+    : QWidget(parent), plot_(new QCustomPlot(this)), above_(new QCPAxisRect(plot_)),
+      below_(new QCPAxisRect(plot_))
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(plot_);
+    addAxes();
+    setAccessibleName(tr("Chart of the fit"));
+}
+
+void FitChart::addAxes()
+{
+    auto* parts = plot_->plotLayout();
+    parts->clear();
+    parts->addElement(0, 0, above_);
+    parts->addElement(1, 0, below_);
+    parts->setRowStretchFactor(0, kHeightAbove);
+    auto* margins = new QCPMarginGroup(plot_);
+    for (auto* rect : {above_, below_}) {
+        rect->setMarginGroup(QCP::msLeft, margins);
+        for (auto* axis : rect->axes()) {
+            axis->setLayer(QStringLiteral("axes"));
+            axis->grid()->setLayer(QStringLiteral("grid"));
+        }
+    }
+    upward(above_)->setLabel(tr("Reading"));
+    upward(below_)->setLabel(tr("Residual"));
+    across(below_)->setLabel(QStringLiteral("Rule_Data"));
+    plot_->legend = new QCPLegend;
+    above_->insetLayout()->addElement(plot_->legend, Qt::AlignTop | Qt::AlignLeft);
+    plot_->legend->setLayer(QStringLiteral("legend"));
+    plot_->legend->setBrush(QColor(255, 255, 255, 200));
+    plot_->legend->setBorderPen(Qt::NoPen);
+    plot_->setAutoAddPlottableToLegend(false);
+}
+
+void FitChart::clear()
+{
+    if (shown_ == 0) return;
+    shown_ = 0;
+    plot_->legend->clearItems();
+    plot_->clearPlottables();
+    plot_->clearItems();
+    setAccessibleDescription(QString());
+    plot_->replot();
+}
+
+QCPGraph* FitChart::addGraph(QCPAxisRect* rect, const QColor& color)
+{
+    auto* graph = plot_->addGraph(across(rect), upward(rect));
+    graph->setPen(QPen(color, 1));
+    return graph;
+}
+
+void FitChart::addPoints(const FittedReading& fitted, const QColor& color)
+{
+    auto* points = addGraph(above_, color);
+    points->setLineStyle(QCPGraph::lsNone);
+    points->setScatterStyle({QCPScatterStyle::ssDisc, 5});
+    auto* line = addGraph(above_, color);
+    for (const auto& point : fitted.points) {
+        const double x = point.dial;
+        points->addData(x, point.reading);
+        line->addData(x, static_cast<double>(fitted.fit.slope) * x + fitted.fit.intercept);
+    }
+    points->setName(fitted.name);
+    line->setName(link::shown(lineText(fitted.fit)));
+    points->addToLegend();
+    line->addToLegend();
+}
+
+void FitChart::addResiduals(const FittedReading& fitted, const QColor& color)
+{
+    auto* stems = addGraph(below_, color);
+    stems->setLineStyle(QCPGraph::lsImpulse);
+    stems->setScatterStyle({QCPScatterStyle::ssDisc, 5});
+    for (std::size_t i = 0; i < fitted.points.size(); ++i) {
+        stems->addData(fitted.points[i].dial, fitted.fit.residuals[i]);
+    }
+    const auto worst = static_cast<std::size_t>(fitted.fit.worst);
+    markWorst(fitted.points[worst].dial, fitted.fit.residuals[worst]);
+}
+
+void FitChart::markWorst(double x, double y)
+{
+    auto* ring = addGraph(below_, kMark);
+    ring->setLineStyle(QCPGraph::lsNone);
+    ring->setScatterStyle({QCPScatterStyle::ssCircle, QPen(QColor::fromRgb(kMark), 2), Qt::NoBrush, 12});
+    ring->addData(x, y);
+    auto* text = new QCPItemText(plot_);
+    text->setClipAxisRect(below_);
+    text->position->setAxisRect(below_);
+    text->position->setAxes(across(below_), upward(below_));
+    text->position->setCoords(x, y);
+    text->setPositionAlignment(Qt::AlignVCenter |
+                               (x > across(below_)->range().center() ? Qt::AlignRight : Qt::AlignLeft));
+    text->setPadding({12, 0, 12, 0});
+    text->setColor(kMark);
+    text->setText(link::shown(text::format(y, "0.0000")));
+}
+
+void FitChart::add(const FittedReading& fitted)
+{
+    const QColor color = QColor::fromRgb(kColors[static_cast<std::size_t>(shown_) % std::size(kColors)]);
+    ++shown_;
+    addPoints(fitted, color);
+    showAll(across(above_));
+    showAll(upward(above_));
+    across(below_)->setRange(across(above_)->range());
+    addResiduals(fitted, color);
+    showAll(upward(below_));
+    setAccessibleDescription(accessibleDescription() + fitted.name + QStringLiteral(": ") +
+                             link::shown(fitText(fitted.fit)) + QStringLiteral("\n"));
+    plot_->replot();
+}
+
+} // namespace quorvel::calibration

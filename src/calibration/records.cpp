@@ -1,0 +1,47 @@
+#include "calibration/records.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+
+namespace quorvel::calibration {
+
+namespace {
+
+bool sameName(std::string_view a, std::string_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+std::optional<float> single(const jet::Value& value)
+{
+    const auto number = value.number();
+    if (!number || !std::isfinite(static_cast<float>(*number))) return std::nullopt;
+    return static_cast<float>(*number);
+}
+
+} // namespace
+
+int columnOf(const std::vector<jet::FieldDef>& fields, std::string_view name)
+{
+    const auto found = std::find_if(fields.begin(), fields.end(),
+                                    [&](const jet::FieldDef& field) { return sameName(field.name, name); });
+    return found == fields.end() ? -1 : static_cast<int>(found - fields.begin());
+}
+
+std::optional<Points> pointsOf(const Records& records, int readingColumn)
+{
+    const bool there = readingColumn >= 0 && readingColumn < static_cast<int>(records.fields().size());
+    if (!there || records.rowCount() < kPoints) return std::nullopt;
+    Points points;
+    for (int row = 0; row < kPoints; ++row) {
+        const auto dial = single(records.value(row, kDialColumn));
+        const auto reading = single(records.value(row, readingColumn));
+        if (!dial || !reading) return std::nullopt;
+        points[static_cast<std::size_t>(row)] = {*dial, *reading};
+    }
+    return points;
+}
+
+} // namespace quorvel::calibration

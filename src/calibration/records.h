@@ -1,0 +1,52 @@
+#pragma once
+
+#include "calibration/points.h"
+#include "jet/database.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvel::calibration {
+
+/// The rows of a calibration table in the order of their numbers, as the grid shows and changes them.
+class Records {
+public:
+    /// New values by column; nothing is Null.
+    using Changes = std::map<int, std::optional<double>>;
+
+    Records() = default;
+    Records(const Records&) = delete;
+    Records& operator=(const Records&) = delete;
+    virtual ~Records() = default;
+
+    /// The columns in the order of the table; none when no table is open.
+    virtual const std::vector<jet::FieldDef>& fields() const = 0;
+    virtual int rowCount() const = 0;
+    /// @param row, column  counted from 0 and existing.
+    virtual const jet::Value& value(int row, int column) const = 0;
+    /// Why nothing can be written; empty when it can.
+    virtual const std::string& readOnlyBecause() const = 0;
+    /// Changes a row, all columns at once. When it returns true the row is on the disk; when it fails, nothing
+    /// has changed.
+    virtual jet::Status write(int row, const Changes& changes) = 0;
+};
+
+// The columns by position, and the names of the first two.
+inline constexpr int kNumberColumn = 0;
+inline constexpr int kDialColumn = 1;
+inline constexpr int kReadingColumn = 2;
+inline constexpr std::string_view kNumberName = "SN";
+inline constexpr std::string_view kDialName = "Rule_Data";
+
+/// Position of a column, its name in any case; -1 when there is none.
+int columnOf(const std::vector<jet::FieldDef>& fields, std::string_view name);
+
+/// The first points of the table, readings from the column given.
+/// @return nothing when there are too few rows, no such column, or a value that is Null or no finite number in single
+///         precision.
+std::optional<Points> pointsOf(const Records& records, int readingColumn);
+
+} // namespace quorvel::calibration

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "calibration/database.h"
+#include "jet/database.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+/// What the tests of calibration files share.
+namespace quorvel::calibration {
+
+/// A folder of the test's own.
+class FolderOfFiles : public ::testing::Test {
+protected:
+    std::filesystem::path at(const char* name) const { return folder_.path().toStdString() + "/" + name; }
+
+    std::vector<std::string> names() const
+    {
+        std::vector<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.path().toStdString())) {
+            found.push_back(entry.path().filename().string());
+        }
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+private:
+    QTemporaryDir folder_;
+};
+
+inline std::string contentOf(const std::filesystem::path& path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+inline void put(const std::filesystem::path& path, const std::string& content)
+{
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+/// A row of cells as text, Null as "-".
+inline std::vector<std::string> rowsOf(const std::filesystem::path& path)
+{
+    std::vector<std::string> texts;
+    auto database = jet::OpenDatabase(path, {.access = jet::Access::ReadOnly});
+    EXPECT_TRUE(database) << database.error();
+    if (!database) return texts;
+    auto rows = database->OpenRecordset(kRecordSource);
+    EXPECT_TRUE(rows) << rows.error();
+    if (!rows) return texts;
+    for (auto moved = rows->MoveFirst(); moved && !rows->Eof(); moved = rows->MoveNext()) {
+        std::string text;
+        for (int field = 0; field < rows->FieldCount(); ++field) {
+            const auto& value = rows->Fields(field).Value();
+            text += (field == 0 ? "" : " ") + (value.isNull() ? "-" : value.text());
+        }
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+/// A calibration file with these columns and one row of `value` for each of `numbers`.
+inline void makeFile(const std::filesystem::path& path, const std::vector<jet::FieldDef>& fields,
+                     const std::vector<int>& numbers, double value)
+{
+    auto made = jet::CreateDatabase(path, jet::kGeneralLocale);
+    ASSERT_TRUE(made) << made.error();
+    auto table = jet::Database::CreateTableDef("Calibration");
+    for (const auto& field : fields) {
+        table.Append(field);
+    }
+    auto done = made->Append(table);
+    ASSERT_TRUE(done) << done.error();
+    auto rows = made->OpenRecordset("Calibration");
+    ASSERT_TRUE(rows) << rows.error();
+    for (const int number : numbers) {
+        rows->AddNew();
+        rows->Fields(0).SetValue(number);
+        for (int field = 1; field < rows->FieldCount(); ++field) {
+            rows->Fields(field).SetValue(value);
+        }
+        done = rows->Update();
+        ASSERT_TRUE(done) << done.error();
+    }
+    done = made->Close();
+    ASSERT_TRUE(done) << done.error();
+}
+
+inline std::vector<jet::FieldDef> columnsOf(const std::vector<std::string>& readings)
+{
+    std::vector<jet::FieldDef> fields{{"SN", jet::FieldType::Integer}, {"Rule_Data", jet::FieldType::Single}};
+    for (const auto& name : readings) {
+        fields.push_back({name, jet::FieldType::Single});
+    }
+    return fields;
+}
+
+} // namespace quorvel::calibration

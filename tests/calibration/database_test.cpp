@@ -1,0 +1,223 @@
+#include "calibration/database.h"
+
+#include "calibration/calibration_files.h"
+
+#include <QProcess>
+#include <QStandardPaths>
+
+namespace quorvel::calibration {
+namespace {
+
+using jet::FieldType;
+using Names = std::vector<std::string>;
+
+struct Expected {
+    const char* file;
+    Names columns;
+};
+
+std::string named(const jet::FieldDef& field)
+{
+    return field.name + ":" + std::string(jet::typeName(field.type));
+}
+
+Names namedFields(const std::filesystem::path& path)
+{
+    Names found;
+    auto database = jet::OpenDatabase(path, {.access = jet::Access::ReadOnly});
+    EXPECT_TRUE(database) << database.error();
+    const auto fields = database->Fields("Calibration");
+    EXPECT_TRUE(fields) << fields.error();
+    for (const auto& field : *fields) {
+        found.push_back(named(field));
+    }
+    return found;
+}
+
+class NewFile : public FolderOfFiles, public ::testing::WithParamInterface<Expected> {};
+
+TEST_P(NewFile, HasElevenPointsWithoutReadings)
+{
+    const auto path = at(GetParam().file);
+    const auto created = CreateCalibrationDatabase(path);
+    ASSERT_TRUE(created) << created.error();
+    EXPECT_EQ(namedFields(path), GetParam().columns);
+    const auto rows = rowsOf(path);
+    ASSERT_EQ(rows.size(), 11U);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        std::string expected = std::to_string(i);
+        for (std::size_t column = 1; column < GetParam().columns.size(); ++column) {
+            expected += " -";
+        }
+        EXPECT_EQ(rows[i], expected);
+    }
+    EXPECT_EQ(names(), (Names{GetParam().file}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, NewFile,
+    ::testing::Values(Expected{"XDirection.mdb", {"SN:Integer", "Rule_Data:Single", "X_Data:Single"}},
+                      Expected{"YDirection.mdb", {"SN:Integer", "Rule_Data:Single", "Y_Data:Single"}},
+                      Expected{"ZDirection.mdb",
+                               {"SN:Integer", "Rule_Data:Single", "Z1_Data:Single", "Z2_Data:Single"}},
+                      Expected{"my XDirection.mdb", {"SN:Integer", "Rule_Data:Single", "X_Data:Single"}},
+                      Expected{"WDirection.mdb", {"SN:Integer", "Rule_Data:Single"}},
+                      Expected{"other.mdb", {"SN:Integer", "Rule_Data:Single"}}),
+    [](const auto& info) {
+        auto name = std::string(info.param.file);
+        std::erase_if(name, [](char c) { return c == ' ' || c == '.'; });
+        return name;
+    });
+
+using CalibrationFile = FolderOfFiles;
+
+TEST_F(CalibrationFile, IsNotCreatedOverAnother)
+{
+    put(at("XDirection.mdb"), "mine");
+    EXPECT_FALSE(CreateCalibrationDatabase(at("XDirection.mdb")));
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), "mine");
+}
+
+TEST_F(CalibrationFile, OfOursIsReadByAnotherProgram)
+{
+    ASSERT_TRUE(CreateCalibrationDatabase(at("ZDirection.mdb")));
+    QProcess reader;
+    reader.start("mdb-export", {QString::fromStdString(at("ZDirection.mdb").string()), "Calibration"});
+    ASSERT_TRUE(reader.waitForFinished()) << "mdb-export is missing";
+    const auto lines = reader.readAllStandardOutput().trimmed().split('\n');
+    ASSERT_EQ(lines.size(), 12);
+    EXPECT_EQ(lines.front(), "SN,Rule_Data,Z1_Data,Z2_Data");
+    EXPECT_EQ(lines.last(), "10,,,");
+}
+
+/// Why a file is refused; "" when it is taken.
+std::string refusal(const std::filesystem::path& path)
+{
+    const auto checked = checkCalibrationFile(path);
+    return checked ? "" : checked.error();
+}
+
+TEST_F(CalibrationFile, IsTakenWithMoreColumnsBehind)
+{
+    auto fields = columnsOf({"X_Data"});
+    fields.push_back({"Day", FieldType::Date});
+    makeFile(at("more.mdb"), fields, {0, 1}, 1);
+    EXPECT_EQ(refusal(at("more.mdb")), "");
+    makeFile(at("double.mdb"),
+             {{"sn", FieldType::Long}, {"RULE_DATA", FieldType::Double}, {"Z1_Data", FieldType::Double}}, {0},
+             1);
+    EXPECT_EQ(refusal(at("double.mdb")), "");
+}
+
+TEST_F(CalibrationFile, IsRefusedWithOtherColumns)
+{
+    const std::vector<std::vector<jet::FieldDef>> wrong = {
+        columnsOf({}),
+        columnsOf({"Other"}),
+        {{"SN", FieldType::Integer}, {"X_Data", FieldType::Single}, {"Rule_Data", FieldType::Single}},
+        {{"Rule_Data", FieldType::Single}, {"SN", FieldType::Integer}, {"X_Data", FieldType::Single}},
+        {{"SN", FieldType::Integer}, {"Rule_Data", FieldType::Single}, {"X_Data", FieldType::Date}},
+    };
+    for (std::size_t i = 0; i < wrong.size(); ++i) {
+        const auto path = at(("wrong" + std::to_string(i) + ".mdb").c_str());
+        makeFile(path, wrong[i], {0}, 1);
+        const auto reason = refusal(path);
+        EXPECT_NE(reason.find(path.string()), std::string::npos) << i << reason;
+        EXPECT_NE(reason.find("does not begin with the columns SN, Rule_Data"), std::string::npos)
+            << i << reason;
+    }
+}
+
+TEST_F(CalibrationFile, IsRefusedWhenItIsNone)
+{
+    put(at("text.mdb"), "no database");
+    put(at("empty.mdb"), "");
+    auto made = jet::CreateDatabase(at("data.mdb"), jet::kGeneralLocale);
+    ASSERT_TRUE(made);
+    auto table = made->CreateTableDef("data");
+    table.Append(table.CreateField("x", FieldType::Single));
+    ASSERT_TRUE(made->Append(table));
+    ASSERT_TRUE(made->Close());
+    for (const auto* name : {"text.mdb", "empty.mdb", "data.mdb", "missing.mdb", "."}) {
+        EXPECT_NE(refusal(at(name)), "") << name;
+    }
+}
+
+TEST_F(CalibrationFile, IsRefusedWhenItIsCutOff)
+{
+    ASSERT_TRUE(CreateCalibrationDatabase(at("XDirection.mdb")));
+    const auto whole = contentOf(at("XDirection.mdb"));
+    for (std::size_t size = 0; size < whole.size(); size += 4096) {
+        put(at("cut.mdb"), whole.substr(0, size));
+        EXPECT_NE(refusal(at("cut.mdb")), "") << size;
+    }
+}
+
+class Loading : public FolderOfFiles {
+protected:
+    Loading()
+    {
+        EXPECT_TRUE(CreateCalibrationDatabase(at("XDirection.mdb")));
+        EXPECT_TRUE(CreateCalibrationDatabase(at("YDirection.mdb")));
+        makeFile(at("saved.mdb"), columnsOf({"X_Data"}), {0, 1, 2}, 1.5);
+    }
+    jet::Result<std::string> load(const char* chosen)
+    {
+        return loadWorkingFile(at(chosen), at("XDirection.mdb"), *directionOf("X"));
+    }
+};
+
+TEST_F(Loading, ReplacesTheWorkingFileOfItsDirectionOnly)
+{
+    const auto other = contentOf(at("YDirection.mdb"));
+    const auto loaded = load("saved.mdb");
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_EQ(*loaded, "");
+    EXPECT_EQ(rowsOf(at("XDirection.mdb")), (Names{"0 1.5 1.5", "1 1.5 1.5", "2 1.5 1.5"}));
+    EXPECT_EQ(contentOf(at("YDirection.mdb")), other);
+    EXPECT_EQ(names(), (Names{"XDirection.mdb", "YDirection.mdb", "saved.mdb"}));
+}
+
+TEST_F(Loading, LeavesTheWorkingFileAloneWhenTheChosenOneIsNone)
+{
+    const auto before = contentOf(at("XDirection.mdb"));
+    put(at("text.mdb"), "no database");
+    for (const auto* chosen : {"text.mdb", "missing.mdb", "."}) {
+        EXPECT_FALSE(load(chosen)) << chosen;
+        EXPECT_EQ(contentOf(at("XDirection.mdb")), before) << chosen;
+    }
+}
+
+TEST_F(Loading, WarnsOfAnotherDirectionsFile)
+{
+    const auto loaded = load("YDirection.mdb");
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_NE(loaded->find("is of another direction: it has the readings Y_Data, not X_Data"),
+              std::string::npos)
+        << *loaded;
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), contentOf(at("YDirection.mdb")));
+}
+
+TEST_F(Loading, KeepsAWorkingFileThatCannotBeRead)
+{
+    put(at("XDirection.mdb"), "years of work, garbled");
+    const auto loaded = load("saved.mdb");
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_NE(loaded->find("XDirection.unreadable.mdb"), std::string::npos) << *loaded;
+    EXPECT_EQ(contentOf(at("XDirection.unreadable.mdb")), "years of work, garbled");
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), contentOf(at("saved.mdb")));
+}
+
+TEST_F(Loading, LeavesAWorkingFileAloneThatSomebodyElseWrites)
+{
+    const auto before = contentOf(at("XDirection.mdb"));
+    auto other = jet::OpenDatabase(at("XDirection.mdb"));
+    ASSERT_TRUE(other);
+    const auto loaded = load("saved.mdb");
+    ASSERT_FALSE(loaded);
+    EXPECT_NE(loaded.error().find("is used by another program"), std::string::npos) << loaded.error();
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), before);
+}
+
+} // namespace
+} // namespace quorvel::calibration

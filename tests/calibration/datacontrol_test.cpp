@@ -1,0 +1,227 @@
+#include "calibration/datacontrol.h"
+
+#include "calibration/calibration_files.h"
+#include "jet/jet3_file.h"
+
+#include <QFile>
+
+#include <bit>
+
+namespace quorvel::calibration {
+namespace {
+
+using Names = std::vector<std::string>;
+
+class Data : public FolderOfFiles {
+protected:
+    Data() { data.setDatabaseName(at("XDirection.mdb")); }
+
+    void create() { ASSERT_TRUE(CreateCalibrationDatabase(at("XDirection.mdb"))); }
+    void refresh()
+    {
+        const auto refreshed = data.Refresh();
+        ASSERT_TRUE(refreshed) << refreshed.error();
+    }
+
+    DataControl data;
+};
+
+TEST_F(Data, ListsTheRowsByTheirNumbers)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {2, 0, 1}, 0.5);
+    refresh();
+    ASSERT_EQ(data.rowCount(), 3);
+    EXPECT_EQ(data.value(0, 0).text(), "0");
+    EXPECT_EQ(data.value(2, 0).text(), "2");
+    EXPECT_EQ(data.fields()[2].name, "X_Data");
+}
+
+TEST_F(Data, WritesToTheFileAtOnce)
+{
+    create();
+    refresh();
+    const auto written = data.write(3, {{1, 0.25}, {2, -1.5}});
+    ASSERT_TRUE(written) << written.error();
+    EXPECT_EQ(data.value(3, 1).text(), "0.25");
+    EXPECT_EQ(rowsOf(at("XDirection.mdb"))[3], "3 0.25 -1.5");
+    ASSERT_TRUE(data.write(3, {{1, std::nullopt}}));
+    EXPECT_EQ(rowsOf(at("XDirection.mdb"))[3], "3 - -1.5");
+}
+
+TEST_F(Data, GivesElevenPointsWhenAllCellsAreFilled)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, 0.5);
+    refresh();
+    ASSERT_TRUE(data.write(11, {{1, 99.0}}));
+    const auto points = pointsOf(data, 2);
+    ASSERT_TRUE(points);
+    EXPECT_EQ(points->back().dial, 0.5F) << "the twelfth row has no part in it";
+    EXPECT_FALSE(pointsOf(data, 3));
+    EXPECT_FALSE(pointsOf(data, -1));
+    ASSERT_TRUE(data.write(10, {{2, std::nullopt}}));
+    EXPECT_FALSE(pointsOf(data, 2));
+}
+
+TEST_F(Data, GivesNoPointsOfTenRows)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 0.5);
+    refresh();
+    EXPECT_FALSE(pointsOf(data, 2));
+}
+
+TEST_F(Data, NumbersAnAddedRowByTheCountWithItself)
+{
+    create();
+    refresh();
+    const auto added = data.AddCalibrationRow();
+    ASSERT_TRUE(added) << added.error();
+    EXPECT_EQ(data.rowCount(), 12);
+    EXPECT_EQ(rowsOf(at("XDirection.mdb")).back(), "12 - -");
+}
+
+TEST_F(Data, DeletesTheLastRow)
+{
+    create();
+    refresh();
+    ASSERT_TRUE(data.AddCalibrationRow());
+    ASSERT_TRUE(data.DeleteLastCalibrationRow());
+    ASSERT_TRUE(data.DeleteLastCalibrationRow());
+    EXPECT_EQ(data.rowCount(), 10);
+    EXPECT_EQ(rowsOf(at("XDirection.mdb")).back(), "9 - -");
+}
+
+TEST_F(Data, DeletesNothingOfAnEmptyTable)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {}, 0);
+    refresh();
+    EXPECT_TRUE(data.DeleteLastCalibrationRow());
+    EXPECT_EQ(data.rowCount(), 0);
+}
+
+TEST_F(Data, HasNothingOfAFileThatIsNone)
+{
+    put(at("XDirection.mdb"), "no database");
+    const auto refreshed = data.Refresh();
+    ASSERT_FALSE(refreshed);
+    EXPECT_EQ(data.rowCount(), 0);
+    EXPECT_TRUE(data.fields().empty());
+    EXPECT_FALSE(data.AddCalibrationRow());
+    EXPECT_FALSE(data.DeleteLastCalibrationRow());
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), "no database");
+}
+
+TEST_F(Data, OnlyLooksAtAFileThatSomebodyElseWrites)
+{
+    create();
+    auto other = jet::OpenDatabase(at("XDirection.mdb"));
+    ASSERT_TRUE(other);
+    refresh();
+    EXPECT_EQ(data.rowCount(), 11);
+    EXPECT_NE(data.readOnlyBecause().find("another program"), std::string::npos) << data.readOnlyBecause();
+    EXPECT_FALSE(data.write(0, {{1, 1.0}}));
+}
+
+TEST_F(Data, KeepsOtherProgramsFromWritingWhileItIsOpen)
+{
+    create();
+    refresh();
+    EXPECT_FALSE(jet::OpenDatabase(at("XDirection.mdb")));
+    data.Close();
+    EXPECT_TRUE(jet::OpenDatabase(at("XDirection.mdb")));
+}
+
+/// A calibration file of the format before Access 2000, 11 points, the dial reading of each its number, no readings.
+std::string olderFile()
+{
+    using namespace jet::testing;
+    const auto catalogRow = [](std::uint32_t id, const std::string& name, std::uint32_t flags) {
+        jet::ByteVector fixed;
+        jet::append32(fixed, id);
+        jet::append16(fixed, 1);
+        jet::append32(fixed, flags);
+        return row3(4, fixed, {ansi(name)}, {0, 1, 2, 3});
+    };
+    const std::vector<Column3> catalog = {{"Flags", 4, true, 3, 0, 6, 4},
+                                          {"Id", 4, true, 0, 0, 0, 4},
+                                          {"Name", 10, false, 1, 0, 0, 255},
+                                          {"Type", 3, true, 2, 1, 4, 2}};
+    const std::vector<Column3> columns = {
+        {"SN", 3, true, 0, 0, 0, 2}, {"Rule_Data", 6, true, 1, 0, 2, 4}, {"X_Data", 6, true, 2, 0, 6, 4}};
+    std::vector<jet::ByteVector> points;
+    for (std::uint16_t number = 0; number < kPoints; ++number) {
+        jet::ByteVector fixed;
+        jet::append16(fixed, number);
+        jet::append32(fixed, std::bit_cast<std::uint32_t>(static_cast<float>(number)));
+        jet::append32(fixed, 0);
+        points.push_back(row3(3, fixed, {}, {0, 1}));
+    }
+    std::string file;
+    for (const auto& page :
+         {header3(), dataPage3(1, {map3({}), map3({})}), definition3(catalog, 1, 2, 3, 0x53),
+          dataPage3(0, {map3({4}), map3({}), map3({6}), map3({})}),
+          dataPage3(2, {catalogRow(2, "MSysObjects", 0x80000000), catalogRow(5, "Calibration", 0)}),
+          definition3(columns, 0, 11, 3, 0x4E), dataPage3(5, points)}) {
+        file.append(page.begin(), page.end());
+    }
+    // The second table's maps are rows 2 and 3 of the map page.
+    for (const std::size_t map : {0, 1}) {
+        file[5 * kPageSize3 + 0x23 + 4 * map] = static_cast<char>(2 + map);
+    }
+    return file;
+}
+
+class OlderFile : public Data {
+protected:
+    OlderFile() : older(olderFile()) { put(at("XDirection.mdb"), older); }
+    std::string older;
+};
+
+TEST_F(OlderFile, IsShownWithoutBeingTouched)
+{
+    refresh();
+    ASSERT_EQ(data.rowCount(), 11);
+    EXPECT_EQ(data.value(10, 1).text(), "10");
+    EXPECT_TRUE(data.value(10, 2).isNull());
+    EXPECT_EQ(data.readOnlyBecause(), "");
+    data.Close();
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), older);
+}
+
+TEST_F(OlderFile, IsWrittenAnewWhenItIsFirstChanged)
+{
+    refresh();
+    const auto written = data.write(4, {{2, 1.25}});
+    ASSERT_TRUE(written) << written.error();
+    EXPECT_EQ(data.olderKeptAs(), at("XDirection.older.mdb"));
+    EXPECT_EQ(contentOf(at("XDirection.older.mdb")), older);
+    const auto rows = rowsOf(at("XDirection.mdb"));
+    ASSERT_EQ(rows.size(), 11U);
+    EXPECT_EQ(rows[4], "4 4 1.25");
+    EXPECT_EQ(rows[5], "5 5 -");
+    ASSERT_TRUE(data.write(5, {{2, 2.25}}));
+    EXPECT_EQ(rowsOf(at("XDirection.mdb"))[5], "5 5 2.25");
+    EXPECT_EQ(names(), (Names{"XDirection.mdb", "XDirection.older.mdb"}));
+}
+
+TEST_F(OlderFile, TakesNewRowsToo)
+{
+    refresh();
+    const auto added = data.AddCalibrationRow();
+    ASSERT_TRUE(added) << added.error();
+    EXPECT_EQ(rowsOf(at("XDirection.mdb")).back(), "12 - -");
+}
+
+TEST_F(OlderFile, StaysWholeWhenItCannotBeWrittenAnew)
+{
+    refresh();
+    std::filesystem::create_directories(at("XDirection.new.mdb") / "in the way");
+    const auto written = data.write(4, {{2, 1.25}});
+    EXPECT_FALSE(written);
+    EXPECT_EQ(data.rowCount(), 11) << "it is shown as before";
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), older);
+    std::filesystem::remove_all(at("XDirection.new.mdb"));
+    EXPECT_TRUE(data.write(4, {{2, 1.25}}));
+}
+
+} // namespace
+} // namespace quorvel::calibration
