@@ -15,6 +15,8 @@ int runControl(int argc, char* argv[]);
 
 // Each adds its subcommands to the command line; their callbacks do the work and leave the exit status in the
 // console.
-void addBusCommands(CLI::App& app, Console& console); ///< ports, search, read, watch
+void addBusCommands(CLI::App& app, Console& console);      ///< ports, search, read, watch
+void addSettingsCommands(CLI::App& app, Console& console); ///< settings, settings save, settings restore
+void addSettingCommands(CLI::App& app, Console& console);  ///< offset, reference, feature, invert, swap ...
 
 } // namespace quorvel::ctl

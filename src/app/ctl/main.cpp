@@ -33,6 +33,8 @@ int runControl(int argc, char* argv[])
     addCommonOptions(app, console.options);
     addBusCommands(app, console);
     addMdbCommand(app, console.status);
+    addSettingsCommands(app, console);
+    addSettingCommands(app, console);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
