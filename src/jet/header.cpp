@@ -130,7 +130,7 @@ Page newHeader(Date stamp)
     put32(page, kMaskBegin, rowPointer(1, 0));
     put32(page, kReleasedMap, rowPointer(1, 1));
     for (std::uint32_t i = 0; i < 4; ++i) {
-        put32(page, kSystemTables + 4 * i, 2 + i);
+        put32(page, kSystemTables + std::size_t{4} * i, 2 + i);
     }
     put16(page, kCodePage, 1252);
     put32(page, kBuild, 0x261C);

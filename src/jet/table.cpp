@@ -13,7 +13,6 @@ namespace {
 
 constexpr int kMaxHops = 16;
 constexpr std::uint32_t kStrayReach = 5;
-constexpr std::uint8_t kAutoNumber = 0x04;
 
 Failure damagedTable(const std::string& what)
 {

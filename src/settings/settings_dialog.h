@@ -21,6 +21,10 @@ namespace quorvel {
 /// way to close that lets a running command end first.
 class SettingsDialog : public QDialog {
     Q_OBJECT
+public:
+    /// Closes the window, or lets it close when the running command has ended.
+    void reject() override;
+
 protected:
     /// All references must outlive the window.
     SettingsDialog(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
@@ -47,7 +51,6 @@ protected:
     /// Says whether the reply just received confirms the command. A null text says nothing.
     void report(const settings::Exchange& exchange, const char* failedText);
 
-    void reject() override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     link::Bench& bench_;

@@ -5,6 +5,7 @@ namespace quorvel::test {
 ProgramRun runProgram(const QString& name, const QStringList& arguments, int seconds)
 {
     QProcess process;
+    process.setStandardInputFile(QProcess::nullDevice());
     process.start(QStringLiteral(QUORVEL_BINARIES "/") + name, arguments);
     ProgramRun run;
     if (process.waitForFinished(seconds * 1000) && process.exitStatus() == QProcess::NormalExit) {

@@ -84,10 +84,10 @@ TEST_F(SetTimeByHand, TimeIsTakenWhenTheOperatorAnswers)
 
 TEST_F(SetTimeByHand, ClockThatIsNoneIsShownAsReceivedAndStillAsked)
 {
-    answerWith({":0104XYZABC??--::FF\r\n"});
+    answerWith({":0104XYZABC~~--::FF\r\n"});
     QString beside;
     messages.onShow = [&](const QString&) { beside = status(); };
-    EXPECT_TRUE(press("Command1").first().startsWith("Current time is 20XY-ZA-BC  ??:--:::."));
+    EXPECT_TRUE(press("Command1").first().startsWith("Current time is 20XY-ZA-BC  ~~:--:::."));
     EXPECT_EQ(beside, "The readout's clock shows no date and time.");
 }
 

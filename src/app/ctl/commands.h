@@ -15,9 +15,10 @@ int runControl(int argc, char* argv[]);
 
 // Each adds its subcommands to the command line; their callbacks do the work and leave the exit status in the
 // console.
-void addAutoreadCommands(CLI::App& app, Console& console); ///< auto, download, clear
-void addBusCommands(CLI::App& app, Console& console); ///< ports, search, read, watch
+void addAutoreadCommands(CLI::App& app, Console& console);    ///< auto, download, clear
 void addBusCommands(CLI::App& app, Console& console);         ///< ports, search, read, watch
 void addCalibrationCommands(CLI::App& app, Console& console); ///< calibrate, stitching: factory edition only
+void addSettingsCommands(CLI::App& app, Console& console);    ///< settings, settings save, settings restore
+void addSettingCommands(CLI::App& app, Console& console); ///< offset, reference, feature, invert, swap ...
 
 } // namespace quorvel::ctl

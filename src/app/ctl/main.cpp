@@ -35,6 +35,8 @@ int runControl(int argc, char* argv[])
     addAutoreadCommands(app, console);
     addMdbCommand(app, console.status);
     addCalibrationCommands(app, console);
+    addSettingsCommands(app, console);
+    addSettingCommands(app, console);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
