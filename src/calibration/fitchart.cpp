@@ -1,6 +1,3 @@
-// The plotting library is written with Qt's short keywords, which are off in this project.
-#undef QT_NO_KEYWORDS
-
 #include "calibration/fitchart.h"
 
 #include "link/bytes.h"
@@ -8,7 +5,14 @@
 
 #include <QVBoxLayout>
 
+// The plotting library is written with Qt's short keywords, which are off in this project.
+#define foreach Q_FOREACH
+#define signals Q_SIGNALS
+#define slots Q_SLOTS
 #include <qcustomplot.h>
+#undef slots
+#undef signals
+#undef foreach
 
 namespace quorvel::calibration {
 

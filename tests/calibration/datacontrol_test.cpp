@@ -1,11 +1,7 @@
 #include "calibration/datacontrol.h"
 
 #include "calibration/calibration_files.h"
-#include "jet/jet3_file.h"
-
-#include <QFile>
-
-#include <bit>
+#include "calibration/older_file.h"
 
 namespace quorvel::calibration {
 namespace {
@@ -128,46 +124,6 @@ TEST_F(Data, KeepsOtherProgramsFromWritingWhileItIsOpen)
     EXPECT_FALSE(jet::OpenDatabase(at("XDirection.mdb")));
     data.Close();
     EXPECT_TRUE(jet::OpenDatabase(at("XDirection.mdb")));
-}
-
-/// A calibration file of the format before Access 2000, 11 points, the dial reading of each its number, no readings.
-std::string olderFile()
-{
-    using namespace jet::testing;
-    const auto catalogRow = [](std::uint32_t id, const std::string& name, std::uint32_t flags) {
-        jet::ByteVector fixed;
-        jet::append32(fixed, id);
-        jet::append16(fixed, 1);
-        jet::append32(fixed, flags);
-        return row3(4, fixed, {ansi(name)}, {0, 1, 2, 3});
-    };
-    const std::vector<Column3> catalog = {{"Flags", 4, true, 3, 0, 6, 4},
-                                          {"Id", 4, true, 0, 0, 0, 4},
-                                          {"Name", 10, false, 1, 0, 0, 255},
-                                          {"Type", 3, true, 2, 1, 4, 2}};
-    const std::vector<Column3> columns = {
-        {"SN", 3, true, 0, 0, 0, 2}, {"Rule_Data", 6, true, 1, 0, 2, 4}, {"X_Data", 6, true, 2, 0, 6, 4}};
-    std::vector<jet::ByteVector> points;
-    for (std::uint16_t number = 0; number < kPoints; ++number) {
-        jet::ByteVector fixed;
-        jet::append16(fixed, number);
-        jet::append32(fixed, std::bit_cast<std::uint32_t>(static_cast<float>(number)));
-        jet::append32(fixed, 0);
-        points.push_back(row3(3, fixed, {}, {0, 1}));
-    }
-    std::string file;
-    for (const auto& page :
-         {header3(), dataPage3(1, {map3({}), map3({})}), definition3(catalog, 1, 2, 3, 0x53),
-          dataPage3(0, {map3({4}), map3({}), map3({6}), map3({})}),
-          dataPage3(2, {catalogRow(2, "MSysObjects", 0x80000000), catalogRow(5, "Calibration", 0)}),
-          definition3(columns, 0, 11, 3, 0x4E), dataPage3(5, points)}) {
-        file.append(page.begin(), page.end());
-    }
-    // The second table's maps are rows 2 and 3 of the map page.
-    for (const std::size_t map : {0, 1}) {
-        file[5 * kPageSize3 + 0x23 + 4 * map] = static_cast<char>(2 + map);
-    }
-    return file;
 }
 
 class OlderFile : public Data {

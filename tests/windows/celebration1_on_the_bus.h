@@ -1,0 +1,84 @@
+#pragma once
+
+#include "calibration/celebration1.h"
+#include "calibration/dbgrid.h"
+#include "calibration/fitchart.h"
+#include "support/bench_on_the_bus.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+namespace quorvel::test {
+
+/// The calibration window of the factory edition before readouts 5 (type A) and 33 (type C).
+class Celebration1OnTheBus : public BenchOnTheBus {
+protected:
+    Celebration1OnTheBus() : BenchOnTheBus({"--fast", "--seed", "1", "--readout", "5:A", "--readout", "33:C"})
+    {
+        bench.edition = "FACTORY";
+    }
+
+    void open(const QString& direction)
+    {
+        bench.CalibrationDirection = direction;
+        window = std::make_unique<calibration::Celebration1>(bench, module1, gate, messages);
+        window->show();
+    }
+
+    QPushButton& button(const QString& name) { return *child<QPushButton>(*window, name); }
+    calibration::DBGrid& grid() { return *child<calibration::DBGrid>(*window, "DBGrid1"); }
+    QString label(const QString& name) { return child<QLabel>(*window, name)->text(); }
+    QString status() { return label("Status"); }
+    QString cell(int row, int column) { return grid().model()->index(row, column).data().toString(); }
+    void goTo(int row, int column) { grid().setCurrentIndex(grid().model()->index(row, column)); }
+    QLineEdit* editor() { return grid().viewport()->findChild<QLineEdit*>(); }
+
+    /// Types into the current cell as a person does, without ending it.
+    void type(const QString& text)
+    {
+        QTest::keyClick(&grid(), text.front().toLatin1());
+        ASSERT_NE(editor(), nullptr);
+        QTest::keyClicks(editor(), text.mid(1));
+    }
+    void enter(const QString& text)
+    {
+        type(text);
+        QTest::keyClick(editor(), Qt::Key_Return);
+        QCoreApplication::processEvents();
+    }
+    void measure(int row)
+    {
+        goTo(row, 2);
+        grid().cellButton()->click();
+    }
+    /// The wire stands at `place` mm before a sensor of a readout.
+    void put(int address, const char* sensor, double place)
+    {
+        bus.command(QStringLiteral("set %1 %2 %3").arg(address).arg(QLatin1String(sensor)).arg(place));
+    }
+    /// What is in a file, a row as "1 0.5 -", Null as "-".
+    QStringList rowsOf(const QString& file)
+    {
+        QStringList texts;
+        calibration::DataControl data;
+        data.setDatabaseName(file.toStdString());
+        const auto opened = data.Refresh();
+        EXPECT_TRUE(opened) << opened.error();
+        for (int row = 0; row < data.rowCount(); ++row) {
+            QStringList cells;
+            for (int column = 0; column < static_cast<int>(data.fields().size()); ++column) {
+                const auto& value = data.value(row, column);
+                cells << (value.isNull() ? QStringLiteral("-") : QString::fromStdString(value.text()));
+            }
+            texts << cells.join(u' ');
+        }
+        return texts;
+    }
+    QString inFolder(const QString& name) const { return folder.filePath(name); }
+
+    std::unique_ptr<calibration::Celebration1> window;
+};
+
+} // namespace quorvel::test
