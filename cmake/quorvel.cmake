@@ -45,6 +45,10 @@ function(quorvel_make_precompiled name)
                         ${ARGN})
 endfunction()
 
+# Tests are not optimised, what they test is. Qt's folder names differ from test to test, which would make each need
+# precompiled headers of its own.
+set(QUORVEL_TEST_OPTIONS -O0 -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)
+
 # quorvel_add_test(<file.cpp> <library>... [SERIAL] [WINDOW])
 #
 # Makes one executable of one test file, called after its folder and itself, and registers each of its tests with CTest.
@@ -59,8 +63,7 @@ function(quorvel_add_test file)
     add_executable(${name} ${file})
     target_link_libraries(${name} PRIVATE ${arg_UNPARSED_ARGUMENTS} quorvel_flags GTest::gmock)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
-    # What is tested is optimised, the tests themselves need not be.
-    target_compile_options(${name} PRIVATE -O0)
+    target_compile_options(${name} PRIVATE ${QUORVEL_TEST_OPTIONS})
     get_target_property(links ${name} LINK_LIBRARIES)
     if("quorvel_test_support" IN_LIST links OR arg_WINDOW)
         target_link_libraries(${name} PRIVATE quorvel_test_support)

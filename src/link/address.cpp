@@ -9,7 +9,7 @@ namespace quorvel::link {
 
 namespace {
 
-std::string inTwoDigits(std::string digits) { return digits.size() == 1 ? "0" + digits : digits; }
+std::string inTwoDigits(const std::string& digits) { return digits.size() == 1 ? "0" + digits : digits; }
 
 } // namespace
 

@@ -56,10 +56,11 @@ void MSComm::Output(std::string_view characters)
     if (!device_) return;
     device_->write(characters.data(), static_cast<qint64>(characters.size()));
     // Unflushed, the characters would leave with the next turn of the event loop and blur the pacing.
-    if (auto* serial = qobject_cast<QSerialPort*>(device_.get()))
+    if (auto* serial = qobject_cast<QSerialPort*>(device_.get())) {
         serial->flush();
-    else if (auto* socket = qobject_cast<QAbstractSocket*>(device_.get()))
+    } else if (auto* socket = qobject_cast<QAbstractSocket*>(device_.get())) {
         socket->flush();
+    }
 }
 
 std::string MSComm::Input()

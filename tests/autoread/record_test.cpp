@@ -118,11 +118,11 @@ TEST(Record, TextsOfAProgress)
 
 TEST(Record, BadOneIsNamedWithItsCharacters)
 {
-    EXPECT_EQ(
-        badRecordText(7, "no valid date and time: \"24133\\xFF\"", ":0124000724133\xFF\r\n", 3),
-        "Record 0007 of the readout holds no valid date and time: \"24133\\xFF\". Characters received: "
-        "\":0124000724133\\xFF\". The download has stopped; the 3 records before it are in the file. Check the instrument "
-        "type and try again; the readout still has all its data.");
+    EXPECT_EQ(badRecordText(7, "no valid date and time: \"24133\\xFF\"", ":0124000724133\xFF\r\n", 3),
+              "Record 0007 of the readout holds no valid date and time: \"24133\\xFF\". Characters received: "
+              "\":0124000724133\\xFF\". The download has stopped; the 3 records before it are in the file. "
+              "Check the instrument "
+              "type and try again; the readout still has all its data.");
 }
 
 } // namespace
