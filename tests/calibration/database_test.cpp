@@ -63,8 +63,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Expected{"my XDirection.mdb", {"SN:Integer", "Rule_Data:Single", "X_Data:Single"}},
                       Expected{"WDirection.mdb", {"SN:Integer", "Rule_Data:Single"}},
                       Expected{"other.mdb", {"SN:Integer", "Rule_Data:Single"}}),
-    [](const auto& info) {
-        auto name = std::string(info.param.file);
+    [](const auto& row) {
+        auto name = std::string(row.param.file);
         std::erase_if(name, [](char c) { return c == ' ' || c == '.'; });
         return name;
     });

@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
                                "Z_Direction",
                                "Rule_Data是千分表读数，手动输入；Z1_Data和Z2_Data请点表格中小按钮进行测量！",
                                {"Z1_Data", "Z2_Data"}}),
-    [](const auto& info) { return std::string(info.param.letter); });
+    [](const auto& row) { return std::string(row.param.letter); });
 
 TEST(Direction, IsNoneForAnyOtherText)
 {

@@ -105,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Expected{"Y", 0, "6311", 187, "Y向标定参数下载完毕！", "Y向标定参数下载失败！"},
                       Expected{"Z", 0, "780111", 189, "Z1向标定参数下载完毕！", "Z1向标定参数下载失败！"},
                       Expected{"Z", 1, "781111", 189, "Z2向标定参数下载完毕！", "Z2向标定参数下载失败！"}),
-    [](const auto& info) { return info.param.direction + std::to_string(info.param.which + 1); });
+    [](const auto& row) { return row.param.direction + std::to_string(row.param.which + 1); });
 
 /// The frame of zeros with its first value replaced.
 std::string withFirst(const std::string& value)
