@@ -2,11 +2,13 @@
 
 namespace quorvel::test {
 
+QString programPath(const QString& name) { return QStringLiteral(QUORVEL_BINARIES "/") + name; }
+
 ProgramRun runProgram(const QString& name, const QStringList& arguments, int seconds)
 {
     QProcess process;
     process.setStandardInputFile(QProcess::nullDevice());
-    process.start(QStringLiteral(QUORVEL_BINARIES "/") + name, arguments);
+    process.start(programPath(name), arguments);
     ProgramRun run;
     if (process.waitForFinished(seconds * 1000) && process.exitStatus() == QProcess::NormalExit) {
         run.status = process.exitCode();

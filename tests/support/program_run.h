@@ -13,6 +13,9 @@ struct ProgramRun {
     QStringList lines() const { return out.split(u'\n', Qt::SkipEmptyParts); }
 };
 
+/// Where the build has put a program of ours.
+QString programPath(const QString& name);
+
 /// Runs a program of the build to its end.
 /// @param name     the program's name, "quorvelctl" for example.
 /// @param seconds  time allowed.
