@@ -47,6 +47,7 @@ int runProgram(int argc, char* argv[])
     openAutoread(workplace);
     openSettings(workplace);
     openCalibration(workplace);
+    openGrayscale(workplace);
     if (!trouble.isEmpty()) workplace.form1.showStatus(trouble);
     workplace.form1.show();
     return QApplication::exec();

@@ -18,7 +18,11 @@ int runControl(int argc, char* argv[]);
 void addAutoreadCommands(CLI::App& app, Console& console);    ///< auto, download, clear
 void addBusCommands(CLI::App& app, Console& console);         ///< ports, search, read, watch
 void addCalibrationCommands(CLI::App& app, Console& console); ///< calibrate, stitching: factory edition only
+void addGrayscaleCommands(CLI::App& app, Console& console);   ///< grayscale
 void addSettingsCommands(CLI::App& app, Console& console);    ///< settings, settings save, settings restore
 void addSettingCommands(CLI::App& app, Console& console); ///< offset, reference, feature, invert, swap ...
+
+/// The one option whose command draws.
+inline constexpr auto kChartOption = "--chart";
 
 } // namespace quorvel::ctl

@@ -3,9 +3,13 @@
 #include "app/ctl/mdb_command.h"
 #include "app/edition.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
 
 namespace quorvel::ctl {
 
@@ -20,11 +24,22 @@ void addCommonOptions(CLI::App& app, CommonOptions& options)
     app.add_flag("--json", options.json, "Answer in JSON");
 }
 
+/// Charts are drawn as the windows draw them, although nothing is shown; all else needs no interface at all.
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char* argv[])
+{
+    const bool draws = std::any_of(argv, argv + argc, [](const char* argument) {
+        return std::string_view(argument).starts_with(kChartOption);
+    });
+    if (!draws) return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QApplication>(argc, argv);
+}
+
 } // namespace
 
 int runControl(int argc, char* argv[])
 {
-    const QCoreApplication application(argc, argv);
+    const auto application = makeApplication(argc, argv);
     Console console(QString::fromLatin1(kEdition));
     CLI::App app("Talks to CCD plumb-line readouts on a serial bus.");
     app.set_version_flag("--version", std::string("quorvelctl V" QUORVEL_VERSION " ") + kEdition);
@@ -37,6 +52,7 @@ int runControl(int argc, char* argv[])
     addCalibrationCommands(app, console);
     addSettingsCommands(app, console);
     addSettingCommands(app, console);
+    addGrayscaleCommands(app, console);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

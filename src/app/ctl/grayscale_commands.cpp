@@ -1,0 +1,130 @@
+#include "app/ctl/commands.h"
+#include "app/ctl/console.h"
+#include "grayscale/drawthart.h"
+#include "grayscale/pixelfile.h"
+#include "link/address.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+
+#include <CLI/CLI.hpp>
+
+namespace quorvel::ctl {
+
+namespace {
+
+using namespace grayscale;
+
+constexpr QSize kChartSize(1200, 600);
+
+struct GrayscaleOptions {
+    std::string direction;
+    std::string data;
+    std::string chart;
+    bool force = false;
+};
+
+CLI::Validator endsIn(const std::vector<std::string>& suffixes, const char* form)
+{
+    return {[suffixes, form](std::string& name) {
+                for (const auto& suffix : suffixes) {
+                    if (QString::fromStdString(name).endsWith(QString::fromStdString(suffix),
+                                                              Qt::CaseInsensitive))
+                        return std::string();
+                }
+                return "\"" + name + "\" does not end in " + form;
+            },
+            form};
+}
+
+QString fileName(const std::string& argument) { return QString::fromLocal8Bit(argument.c_str()); }
+
+/// Asked before the readout is: a reading takes many seconds.
+bool mayWrite(Console& console, const GrayscaleOptions& options)
+{
+    for (const auto& file : {fileName(options.data), fileName(options.chart)}) {
+        if (options.force || file.isEmpty() || !QFileInfo::exists(file)) continue;
+        console.fail(kNotAnswered, QStringLiteral("%1 exists. Add --force to overwrite it.").arg(file));
+        return false;
+    }
+    return true;
+}
+
+bool fetchPixels(Console& console, const Direction& direction, PixelArray& array)
+{
+    const auto outcome = fetch(console.module1(), direction, link::AddressToHex(console.address()), array);
+    if (outcome == Outcome::Read) return true;
+    console.fail(kNotAnswered, QStringLiteral("Readout %1 %2")
+                                   .arg(console.address())
+                                   .arg(outcome == Outcome::NoReply
+                                            ? QStringLiteral("did not answer, or not to the end.")
+                                            : QStringLiteral("gave an answer that is no grayscale.")));
+    return false;
+}
+
+void answerPixels(Console& console, const Direction& direction, const PixelArray& array)
+{
+    QJsonArray values;
+    QString rows = QStringLiteral("sn,hd");
+    int number = 0;
+    for (const int value : array.pixels()) {
+        values << value;
+        rows += QStringLiteral("\n%1,%2").arg(++number).arg(value);
+    }
+    console.answer(rows, {{"address", console.address()},
+                          {"direction", QString::fromStdString(std::string(direction.name))},
+                          {"count", array.count()},
+                          {"pixels", values}});
+}
+
+QString saveChartOf(Console& console, const Direction& direction, const PixelArray& array,
+                    const QString& file)
+{
+    TChart chart;
+    chart.resize(kChartSize);
+    drawThart(chart, array, direction.name, console.bench().instrumentType);
+    chart.setTitle(QString::fromStdString(chartTitle(direction.name)));
+    return saveChart(chart, file, file.endsWith(QLatin1String(".png"), Qt::CaseInsensitive) ? "png" : "jpeg");
+}
+
+/// Says what became of a file.
+void report(Console& console, const QString& file, const QString& reason)
+{
+    if (reason.isEmpty())
+        console.tell(QStringLiteral("Saved: %1").arg(file));
+    else
+        console.fail(kNotAnswered, reason);
+}
+
+void readGrayscale(Console& console, const GrayscaleOptions& options)
+{
+    const auto& direction = *findDirection(options.direction);
+    PixelArray array;
+    if (!mayWrite(console, options) || !console.openReadout() || !fetchPixels(console, direction, array))
+        return;
+    const auto data = fileName(options.data);
+    const auto chart = fileName(options.chart);
+    if (!data.isEmpty()) report(console, data, savePixels(data, array));
+    if (!chart.isEmpty()) report(console, chart, saveChartOf(console, direction, array, chart));
+    if (console.options.json || (data.isEmpty() && chart.isEmpty())) answerPixels(console, direction, array);
+}
+
+} // namespace
+
+void addGrayscaleCommands(CLI::App& app, Console& console)
+{
+    auto* command = app.add_subcommand(
+        "grayscale", "Read the brightness of every pixel of one sensor; without a file, on standard output");
+    const auto options = std::make_shared<GrayscaleOptions>();
+    command->add_option("--direction", options->direction, "X, Y, Z1 or Z2")
+        ->required()
+        ->check(CLI::IsMember({"X", "Y", "Z1", "Z2"}));
+    command->add_option("--data", options->data, "Save the pixels: .mdb or .csv")
+        ->check(endsIn({".mdb", ".csv"}, ".mdb or .csv"));
+    command->add_option(kChartOption, options->chart, "Save the chart: .jpg or .png")
+        ->check(endsIn({".jpg", ".jpeg", ".png"}, ".jpg or .png"));
+    command->add_flag("--force", options->force, "Overwrite files that exist");
+    command->callback([&console, options] { readGrayscale(console, *options); });
+}
+
+} // namespace quorvel::ctl

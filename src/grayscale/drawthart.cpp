@@ -1,0 +1,76 @@
+#include "grayscale/drawthart.h"
+
+#include <QImageWriter>
+#include <QSaveFile>
+
+#include <algorithm>
+
+namespace quorvel::grayscale {
+
+namespace {
+
+constexpr double kMargin = 0.015; // of the width, so that labels at the ends stand clear of the edges
+constexpr int kPictureQuality = 92;
+
+void addPixels(TChart& chart, const PixelArray& array, link::InstrumentType type)
+{
+    QVector<double> positions;
+    QVector<double> values;
+    positions.reserve(array.count());
+    values.reserve(array.count());
+    for (int pixel = 1; pixel <= array.count(); ++pixel) {
+        positions << pixelPosition(type, pixel);
+        values << array[pixel];
+    }
+    chart.addSeries(positions, values, TChart::defaultColour(), TChart::tr("Pixels"));
+}
+
+/// From the leftmost to the rightmost point, line or label.
+QCPRange wholePositions(const TChart& chart)
+{
+    QCPRange whole(0, 0);
+    for (const auto& label : chart.positionLabels()) {
+        whole.expand(label.at);
+    }
+    for (int series = 0; series < chart.graphCount(); ++series) {
+        bool any = false;
+        const auto range = chart.graph(series)->getKeyRange(any);
+        if (any) whole.expand(range);
+    }
+    const double margin = whole.size() * kMargin;
+    return {whole.lower - margin, whole.upper + margin};
+}
+
+} // namespace
+
+void drawThart(TChart& chart, const PixelArray& array, std::string_view direction, link::InstrumentType type)
+{
+    addPixels(chart, array, type);
+    chart.setBrightnessLabels(verticalLabels());
+    chart.setPositionLabels(horizontalLabels(direction, type));
+    auto legend = TChart::tr("Sensor ends");
+    for (const double end : endLines(direction, type)) {
+        chart.addSeries({end, end}, {kLowestBrightness, kHighestBrightness}, Qt::red, legend);
+        legend.clear();
+    }
+    chart.setWhole(wholePositions(chart), {kLowestBrightness, kHighestBrightness});
+}
+
+QString saveChart(TChart& chart, const QString& path, const char* format)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return TChart::tr("The picture %1 cannot be written: %2.").arg(path, file.errorString());
+    }
+    QImageWriter writer(&file, format);
+    if (writer.format() == "jpeg") writer.setQuality(kPictureQuality);
+    if (!writer.write(chart.picture())) {
+        return TChart::tr("The picture %1 cannot be written: %2.").arg(path, writer.errorString());
+    }
+    if (!file.commit()) {
+        return TChart::tr("The picture %1 cannot be written: %2.").arg(path, file.errorString());
+    }
+    return {};
+}
+
+} // namespace quorvel::grayscale

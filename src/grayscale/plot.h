@@ -1,0 +1,10 @@
+#pragma once
+
+// The plotting library is written with Qt's short keywords, which are off in this project.
+#define foreach Q_FOREACH
+#define signals Q_SIGNALS
+#define slots Q_SLOTS
+#include <qcustomplot.h>
+#undef slots
+#undef signals
+#undef foreach

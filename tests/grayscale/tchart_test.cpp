@@ -1,0 +1,226 @@
+#include "grayscale/tchart.h"
+
+#include <QAccessible>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace quorvel::grayscale {
+namespace {
+
+TEST(GestureOf, OnlyRightDownwardsExtendsAndOnlyLeftUpwardsGoesBack)
+{
+    EXPECT_EQ(gestureOf({50, 40}), Gesture::Extend);
+    EXPECT_EQ(gestureOf({-50, -40}), Gesture::Whole);
+    EXPECT_EQ(gestureOf({50, -40}), Gesture::Nothing);
+    EXPECT_EQ(gestureOf({-50, 40}), Gesture::Nothing);
+}
+
+TEST(GestureOf, ALevelOrUprightDragCountsByItsOneDirection)
+{
+    EXPECT_EQ(gestureOf({50, -3}), Gesture::Extend);
+    EXPECT_EQ(gestureOf({2, 50}), Gesture::Extend);
+    EXPECT_EQ(gestureOf({-50, 3}), Gesture::Whole);
+    EXPECT_EQ(gestureOf({0, -50}), Gesture::Whole);
+}
+
+TEST(GestureOf, AClickAsksForNothing)
+{
+    EXPECT_EQ(gestureOf({0, 0}), Gesture::Nothing);
+    EXPECT_EQ(gestureOf({5, -5}), Gesture::Nothing);
+}
+
+/// A chart of 101 pixels from 0 to 50 mm, as bright as their number.
+class TChartShown : public ::testing::Test {
+protected:
+    TChartShown()
+    {
+        QVector<double> positions;
+        QVector<double> values;
+        for (int i = 0; i <= 100; ++i) {
+            positions << i * 0.5;
+            values << i + 1;
+        }
+        chart_.addSeries(positions, values, TChart::defaultColour(), QStringLiteral("Pixels"));
+        chart_.setPositionLabels({{0, "0"}, {25, "25"}, {50, "50"}, {51.5, "(mm)"}});
+        chart_.setBrightnessLabels({{0, "0"}, {300, "GrayScale"}});
+        chart_.resize(1000, 600);
+        chart_.show();
+        chart_.setWhole({0, 50}, {0, 300});
+        chart_.replot();
+    }
+
+    QPoint at(double position, double brightness) const
+    {
+        return {qRound(chart_.xAxis->coordToPixel(position)), qRound(chart_.yAxis->coordToPixel(brightness))};
+    }
+    void drag(Qt::MouseButton button, const QPoint& from, const QPoint& to)
+    {
+        QTest::mousePress(&chart_, button, Qt::NoModifier, from);
+        QTest::mouseMove(&chart_, (from + to) / 2);
+        QTest::mouseMove(&chart_, to);
+        QTest::mouseRelease(&chart_, button, Qt::NoModifier, to);
+    }
+    void turnWheel(const QPoint& where, int notches, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QWheelEvent event(where, chart_.mapToGlobal(where), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                          modifiers, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&chart_, &event);
+    }
+    void expectView(double left, double right, double bottom, double top) const
+    {
+        EXPECT_NEAR(chart_.xAxis->range().lower, left, 0.1);
+        EXPECT_NEAR(chart_.xAxis->range().upper, right, 0.1);
+        EXPECT_NEAR(chart_.yAxis->range().lower, bottom, 1);
+        EXPECT_NEAR(chart_.yAxis->range().upper, top, 1);
+    }
+
+    TChart chart_;
+};
+
+TEST_F(TChartShown, LeftButtonRightDownwardsExtendsThePartDraggedOver)
+{
+    drag(Qt::LeftButton, at(10, 200), at(20, 100));
+    expectView(10, 20, 100, 200);
+    drag(Qt::LeftButton, at(12, 180), at(14, 160));
+    expectView(12, 14, 160, 180);
+}
+
+TEST_F(TChartShown, LeftButtonLeftUpwardsGoesBackToTheWhole)
+{
+    drag(Qt::LeftButton, at(10, 200), at(20, 100));
+    drag(Qt::LeftButton, at(18, 120), at(15, 150));
+    expectView(0, 50, 0, 300);
+}
+
+TEST_F(TChartShown, LeftButtonToAnotherCornerOrAClickChangesNothing)
+{
+    drag(Qt::LeftButton, at(10, 200), at(20, 100));
+    drag(Qt::LeftButton, at(12, 120), at(18, 180));
+    drag(Qt::LeftButton, at(18, 180), at(12, 120));
+    QTest::mouseClick(&chart_, Qt::LeftButton, Qt::NoModifier, at(15, 150));
+    expectView(10, 20, 100, 200);
+}
+
+TEST_F(TChartShown, ALevelDragKeepsTheBrightness)
+{
+    drag(Qt::LeftButton, at(10, 150), at(20, 150));
+    expectView(10, 20, 0, 300);
+}
+
+TEST_F(TChartShown, ADragBeyondTheEdgeEndsThere)
+{
+    drag(Qt::LeftButton, at(40, 150), QPoint(999, 599));
+    expectView(40, 50, 0, 150);
+}
+
+TEST_F(TChartShown, RightButtonMovesTheGraph)
+{
+    drag(Qt::LeftButton, at(10, 200), at(20, 100));
+    drag(Qt::RightButton, at(15, 150), at(13, 160));
+    expectView(12, 22, 90, 190);
+}
+
+TEST_F(TChartShown, MovingKeepsThePictureInSight)
+{
+    drag(Qt::LeftButton, at(10, 200), at(20, 100));
+    for (int i = 0; i < 20; ++i) {
+        drag(Qt::RightButton, at(chart_.xAxis->range().upper, 150), at(chart_.xAxis->range().lower, 150));
+    }
+    expectView(45, 55, 100, 200);
+}
+
+TEST_F(TChartShown, WheelZoomsAroundTheMouse)
+{
+    turnWheel(at(10, 150), 1);
+    expectView(2, 42, 0, 300);
+    turnWheel(at(10, 150), -1);
+    expectView(0, 50, 0, 300);
+    turnWheel(at(10, 150), 1, Qt::ShiftModifier);
+    expectView(0, 50, 30, 270);
+}
+
+TEST_F(TChartShown, ZoomHasItsLimits)
+{
+    turnWheel(at(25, 150), -50);
+    expectView(0, 50, 0, 300);
+    turnWheel(at(20, 150), 100);
+    EXPECT_NEAR(chart_.xAxis->range().size(), 0.05, 1e-9);
+    EXPECT_TRUE(chart_.xAxis->range().contains(20));
+}
+
+TEST_F(TChartShown, KeysZoomMoveAndGoBack)
+{
+    QTest::keyClick(&chart_, Qt::Key_Plus);
+    expectView(5, 45, 0, 300);
+    QTest::keyClick(&chart_, Qt::Key_Right);
+    expectView(9, 49, 0, 300);
+    QTest::keyClick(&chart_, Qt::Key_Home);
+    expectView(0, 50, 0, 300);
+}
+
+TEST_F(TChartShown, MouseReadsTheNearestPixel)
+{
+    const QSignalSpy pointed(&chart_, &TChart::pointedAt);
+    QTest::mouseMove(&chart_, at(24.6, 10));
+    ASSERT_FALSE(pointed.isEmpty());
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 50: 24.500 mm, 50");
+    QTest::mouseMove(&chart_, at(24.9, 10));
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 51: 25.000 mm, 51");
+    QTest::mouseMove(&chart_, QPoint(2, 2));
+    EXPECT_EQ(pointed.last().first().toString(), "");
+}
+
+TEST_F(TChartShown, MouseReadsNothingWhenThereIsNothing)
+{
+    chart_.removeAllSeries();
+    const QSignalSpy pointed(&chart_, &TChart::pointedAt);
+    QTest::mouseMove(&chart_, at(20, 20));
+    for (const auto& signal : pointed) {
+        EXPECT_EQ(signal.first().toString(), "");
+    }
+    chart_.addSeries({}, {}, TChart::defaultColour(), QString());
+    QTest::mouseMove(&chart_, at(24, 20));
+    EXPECT_EQ(chart_.graphCount(), 1);
+}
+
+TEST_F(TChartShown, TitleIsTheAccessibleName)
+{
+    chart_.setTitle(QStringLiteral("Grayscale Graph of CCD's Pixels (Z1-direction)"));
+    EXPECT_EQ(chart_.title(), "Grayscale Graph of CCD's Pixels (Z1-direction)");
+    EXPECT_EQ(chart_.accessibleName(), chart_.title());
+    auto* accessible = QAccessible::queryAccessibleInterface(&chart_);
+    ASSERT_NE(accessible, nullptr);
+    EXPECT_EQ(accessible->text(QAccessible::Name), chart_.title());
+    EXPECT_EQ(accessible->role(), QAccessible::Chart);
+    EXPECT_EQ(accessible->childCount(), 0);
+}
+
+TEST_F(TChartShown, OwnLabelsShowAndNumbersFillAViewWithoutThem)
+{
+    const auto texts = [this] {
+        QVector<double> ticks;
+        QVector<QString> labels;
+        chart_.xAxis->ticker()->generate(chart_.xAxis->range(), QLocale::c(), u'g', 6, ticks, nullptr,
+                                         &labels);
+        return QStringList(labels.begin(), labels.end());
+    };
+    EXPECT_EQ(texts(), (QStringList{"0", "25", "50"}));
+    drag(Qt::LeftButton, at(10, 150), at(20, 150));
+    EXPECT_TRUE(texts().contains(QStringLiteral("13"))) << qPrintable(texts().join(u' '));
+    chart_.setWhole({0, 52}, {0, 300});
+    EXPECT_EQ(texts().last(), "\n(mm)") << "one line lower, clear of the 50";
+}
+
+TEST_F(TChartShown, PictureIsAtLeast1200PixelsWide)
+{
+    EXPECT_GE(chart_.picture().width(), 1200);
+    chart_.resize(500, 300);
+    EXPECT_GE(chart_.picture().width(), 1200);
+    chart_.resize(2000, 900);
+    EXPECT_EQ(chart_.picture().size(), QSize(2000, 900));
+}
+
+} // namespace
+} // namespace quorvel::grayscale
