@@ -141,8 +141,10 @@ bool CalibrationModel::submit()
     return written;
 }
 
+// Qt submits after every editor, also after a text that was refused: what was told of it stays then.
 bool CalibrationModel::writeAll()
 {
+    if (!hasUnwritten()) return true;
     while (hasUnwritten()) {
         const auto [row, changes] = *unwritten_.begin();
         if (const auto written = records_.write(row, changes); !written) {

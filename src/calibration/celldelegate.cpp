@@ -27,6 +27,13 @@ QWidget* CellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
     return editor;
 }
 
+// A closed editor lives on until the event loop deletes it; it is no longer open, though.
+void CellDelegate::destroyEditor(QWidget* editor, const QModelIndex& index) const
+{
+    if (editor_ == editor) editor_ = nullptr;
+    QStyledItemDelegate::destroyEditor(editor, index);
+}
+
 void CellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const
 {
     taken_ = model->setData(index, static_cast<QLineEdit*>(editor)->text(), Qt::EditRole);

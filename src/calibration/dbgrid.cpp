@@ -64,7 +64,8 @@ void DBGrid::keyPressEvent(QKeyEvent* event)
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        goDown();
+        // An editor passes the key on and is closed afterwards; closeEditor() goes down then.
+        if (state() != EditingState) goDown();
         return;
     case Qt::Key_Space:
     case Qt::Key_F4:

@@ -85,7 +85,7 @@ inline void makeFile(const std::filesystem::path& path, const std::vector<jet::F
         rows->AddNew();
         rows->Fields(0).SetValue(number);
         for (int field = 1; field < rows->FieldCount(); ++field) {
-            rows->Fields(field).SetValue(value);
+            if (rows->Fields(field).Type() != jet::FieldType::Date) rows->Fields(field).SetValue(value);
         }
         done = rows->Update();
         ASSERT_TRUE(done) << done.error();

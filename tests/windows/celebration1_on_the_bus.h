@@ -33,7 +33,14 @@ protected:
     QString status() { return label("Status"); }
     QString cell(int row, int column) { return grid().model()->index(row, column).data().toString(); }
     void goTo(int row, int column) { grid().setCurrentIndex(grid().model()->index(row, column)); }
-    QLineEdit* editor() { return grid().viewport()->findChild<QLineEdit*>(); }
+    /// The open one; those that were closed may not be gone yet.
+    QLineEdit* editor()
+    {
+        for (auto* found : grid().viewport()->findChildren<QLineEdit*>()) {
+            if (found->isVisible()) return found;
+        }
+        return nullptr;
+    }
 
     /// Types into the current cell as a person does, without ending it.
     void type(const QString& text)
