@@ -153,9 +153,11 @@ void Form1::setOpener(const QString& action, std::function<void()> opener)
     openers_[action] = std::move(opener);
 }
 
-// The opened window has handlers of its own that go through the gate, so the gate is only asked here.
+// The opened window has handlers of its own that go through the gate, so the gate is only asked here. A screen
+// reader reaches the menu also while another window is open.
 void Form1::openWindow(const QString& action)
 {
+    if (QApplication::activeModalWidget()) return;
     if (gate_.busy()) {
         Q_EMIT gate_.refused();
         return;

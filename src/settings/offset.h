@@ -28,9 +28,11 @@ inline constexpr Direction kDirections[] = {
     {'Y', "73", "74FF", 17, 13, 6, "", "The offset of Y-Direction is "},
     {'Z', "7805", "7806FF", 19, 15, 8, "", "The offset of Z-Direction is "},
 };
-inline constexpr const Direction& kX = kDirections[0];
-inline constexpr const Direction& kY = kDirections[1];
-inline constexpr const Direction& kZ = kDirections[2];
+/// Places in kDirections, where a number is needed rather than a row.
+enum DirectionRow { kXRow, kYRow, kZRow };
+inline constexpr const Direction& kX = kDirections[kXRow];
+inline constexpr const Direction& kY = kDirections[kYRow];
+inline constexpr const Direction& kZ = kDirections[kZRow];
 
 /// Y is missing at TypeD; Z is there at TypeC alone.
 bool hasDirection(link::InstrumentType type, const Direction& direction);

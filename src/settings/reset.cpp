@@ -32,16 +32,16 @@ Exchange defaultWire(Address address, const QDateTime& /*now*/)
 
 Exchange featureOff(Address address, const QDateTime& /*now*/) { return featureSet(address, false); }
 
-template<const Direction& direction>
+template<DirectionRow row>
 Exchange offsetZero(Address address, const QDateTime& /*now*/)
 {
-    return offsetSet(direction, address, signedValue(direction, 0));
+    return offsetSet(kDirections[row], address, signedValue(kDirections[row], 0));
 }
 
-template<const SwitchRow& row>
+template<SwitchNumber row>
 Exchange switchOff(Address address, const QDateTime& /*now*/)
 {
-    return switchSet(row, address, false);
+    return switchSet(kSwitches[row], address, false);
 }
 
 Exchange oneHour(Address address, const QDateTime& /*now*/)
@@ -55,12 +55,12 @@ Exchange deleteReadings(Address address, const QDateTime& /*now*/)
 }
 
 constexpr ResetStep kSteps[] = {
-    {"wire parameters", always, defaultWire},        {"reference feature off", always, featureOff},
-    {"X offset to zero", always, offsetZero<kX>},    {"Y offset to zero", hasY, offsetZero<kY>},
-    {"Z offset to zero", hasZ, offsetZero<kZ>},      {"X inversion off", always, switchOff<kInvertX>},
-    {"swap of X and Y off", hasY, switchOff<kSwap>}, {"Y inversion off", hasY, switchOff<kInvertY>},
-    {"Z inversion off", hasZ, switchOff<kInvertZ>},  {"clock", always, clockSet},
-    {"interval of one hour", always, oneHour},       {"stored readings deleted", always, deleteReadings},
+    {"wire parameters", always, defaultWire},           {"reference feature off", always, featureOff},
+    {"X offset to zero", always, offsetZero<kXRow>},    {"Y offset to zero", hasY, offsetZero<kYRow>},
+    {"Z offset to zero", hasZ, offsetZero<kZRow>},      {"X inversion off", always, switchOff<kInvertXRow>},
+    {"swap of X and Y off", hasY, switchOff<kSwapRow>}, {"Y inversion off", hasY, switchOff<kInvertYRow>},
+    {"Z inversion off", hasZ, switchOff<kInvertZRow>},  {"clock", always, clockSet},
+    {"interval of one hour", always, oneHour},          {"stored readings deleted", always, deleteReadings},
 };
 
 } // namespace

@@ -73,25 +73,25 @@ Command writeWire(Address address, const QJsonValue& value)
     return wireSet(address, wire);
 }
 
-template<const Direction& direction>
+template<DirectionRow row>
 Exchange queryOffset(Address address)
 {
-    return offsetQuery(direction, address);
+    return offsetQuery(kDirections[row], address);
 }
 
-template<const Direction& direction>
+template<DirectionRow row>
 QJsonValue readOffset(Reply reply)
 {
-    const auto offset = offsetOf(direction, reply);
+    const auto offset = offsetOf(kDirections[row], reply);
     return text::isNumber(offset) ? QJsonValue(shown(offset)) : QJsonValue::Null;
 }
 
-template<const Direction& direction>
+template<DirectionRow row>
 Command writeOffset(Address address, const QJsonValue& value)
 {
     const auto offset = plainText(value, kValueLength);
     if (!offset || !text::isNumber(*offset)) return std::nullopt;
-    return offsetSet(direction, address, *offset);
+    return offsetSet(kDirections[row], address, *offset);
 }
 
 QJsonValue readFeature(Reply reply) { return featureIsOn(reply); }
@@ -101,10 +101,10 @@ Command writeFeature(Address address, const QJsonValue& value)
     return value.isBool() ? Command(featureSet(address, value.toBool())) : std::nullopt;
 }
 
-template<const SwitchRow& row>
+template<SwitchNumber row>
 Exchange querySwitch(Address address)
 {
-    return switchQuery(row, address);
+    return switchQuery(kSwitches[row], address);
 }
 
 QJsonValue readSwitch(Reply reply)
@@ -113,10 +113,10 @@ QJsonValue readSwitch(Reply reply)
     return on ? QJsonValue(*on) : QJsonValue::Null;
 }
 
-template<const SwitchRow& row>
+template<SwitchNumber row>
 Command writeSwitch(Address address, const QJsonValue& value)
 {
-    return value.isBool() ? Command(switchSet(row, address, value.toBool())) : std::nullopt;
+    return value.isBool() ? Command(switchSet(kSwitches[row], address, value.toBool())) : std::nullopt;
 }
 
 QJsonValue readClock(Reply reply)
@@ -176,14 +176,14 @@ Command writeStitching(Address address, const QJsonValue& value)
 
 constexpr Setting kSettings[] = {
     {"wire", always, wireQuery, readWire, writeWire},
-    {"offsetX", always, queryOffset<kX>, readOffset<kX>, writeOffset<kX>},
-    {"offsetY", hasY, queryOffset<kY>, readOffset<kY>, writeOffset<kY>},
-    {"offsetZ", hasZ, queryOffset<kZ>, readOffset<kZ>, writeOffset<kZ>},
+    {"offsetX", always, queryOffset<kXRow>, readOffset<kXRow>, writeOffset<kXRow>},
+    {"offsetY", hasY, queryOffset<kYRow>, readOffset<kYRow>, writeOffset<kYRow>},
+    {"offsetZ", hasZ, queryOffset<kZRow>, readOffset<kZRow>, writeOffset<kZRow>},
     {"referenceFeature", always, featureQuery, readFeature, writeFeature},
-    {"invertX", always, querySwitch<kInvertX>, readSwitch, writeSwitch<kInvertX>},
-    {"invertY", hasY, querySwitch<kInvertY>, readSwitch, writeSwitch<kInvertY>},
-    {"invertZ", hasZ, querySwitch<kInvertZ>, readSwitch, writeSwitch<kInvertZ>},
-    {"swap", hasY, querySwitch<kSwap>, readSwitch, writeSwitch<kSwap>},
+    {"invertX", always, querySwitch<kInvertXRow>, readSwitch, writeSwitch<kInvertXRow>},
+    {"invertY", hasY, querySwitch<kInvertYRow>, readSwitch, writeSwitch<kInvertYRow>},
+    {"invertZ", hasZ, querySwitch<kInvertZRow>, readSwitch, writeSwitch<kInvertZRow>},
+    {"swap", hasY, querySwitch<kSwapRow>, readSwitch, writeSwitch<kSwapRow>},
     {"clock", always, clockQuery, readClock, cannotBeSet},
     {"autoReading", always, queryAutoReading, readAutoReading, writeAutoReading},
     {"stitching", isStitched, queryStitching, readStitching, writeStitching},

@@ -32,10 +32,12 @@ inline constexpr SwitchRow kSwitches[] = {
     {"Swap X and Y", "Combo4", "Command3", "Command4", "7702FF", "7701", "X and Y isn't swaped!",
      "X and Y has swaped!"},
 };
-inline constexpr const SwitchRow& kInvertX = kSwitches[0];
-inline constexpr const SwitchRow& kInvertY = kSwitches[1];
-inline constexpr const SwitchRow& kInvertZ = kSwitches[2];
-inline constexpr const SwitchRow& kSwap = kSwitches[3];
+/// Places in kSwitches, where a number is needed rather than a row.
+enum SwitchNumber { kInvertXRow, kInvertYRow, kInvertZRow, kSwapRow };
+inline constexpr const SwitchRow& kInvertX = kSwitches[kInvertXRow];
+inline constexpr const SwitchRow& kInvertY = kSwitches[kInvertYRow];
+inline constexpr const SwitchRow& kInvertZ = kSwitches[kInvertZRow];
+inline constexpr const SwitchRow& kSwap = kSwitches[kSwapRow];
 
 Exchange switchSet(const SwitchRow& row, std::string_view addressDigits, bool on);
 Exchange switchQuery(const SwitchRow& row, std::string_view addressDigits);

@@ -67,8 +67,8 @@ std::optional<WireParameters> wireOf(std::string_view reply)
 
 std::string wireText(const WireParameters& wire, bool userEdition)
 {
-    const auto lengths = "Diameter and permitted Error is set as " + millimetres(wire.diameterTenthsMm) +
-                         ", " + millimetres(wire.errorTenthsMm) + "\r\n";
+    auto lengths = "Diameter and permitted Error is set as " + millimetres(wire.diameterTenthsMm) + ", " +
+                   millimetres(wire.errorTenthsMm) + "\r\n";
     if (userEdition) return lengths;
     return lengths + (wire.selfCalibration ? "Auto Self Calibration Function is turned ON."
                                            : "Auto Self Calibration Function is turned OFF.");

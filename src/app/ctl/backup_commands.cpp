@@ -35,7 +35,7 @@ QJsonValue query(Console& console, const Setting& setting)
     const auto exchange = setting.query(console.bench().addressDigits());
     if (!ask(console, exchange)) return QJsonValue::Null;
     const auto& reply = console.module1().ReplyText();
-    const auto value = setting.read(reply);
+    auto value = setting.read(reply);
     if (value.isNull())
         console.fail(kNotAnswered, QString(kUnreadable).arg(link::shown(settings::inOneLine(reply))));
     return value;
@@ -114,7 +114,7 @@ QJsonObject settingsIn(Console& console, const QString& path)
     auto reason = error.error == QJsonParseError::NoError ? QString() : error.errorString();
     if (reason.isEmpty() && object.value("format") != QJsonValue(kFormat))
         reason = QStringLiteral("its \"format\" is not \"%1\"").arg(kFormat);
-    const auto values = object.value("settings").toObject();
+    auto values = object.value("settings").toObject();
     if (reason.isEmpty() && values.isEmpty()) reason = QStringLiteral("its \"settings\" are empty");
     if (reason.isEmpty()) return values;
     console.fail(kNotAnswered, QStringLiteral("%1 is no file of settings: %2.").arg(path, reason));
@@ -168,9 +168,10 @@ void restore(Console& console, const FileOptions& options)
         if (!left.removeOne(setting.name)) continue;
         restoreOne(console, setting, wanted.value(setting.name));
     }
-    for (const auto& name : left)
+    for (const auto& name : left) {
         console.tell(QStringLiteral("%1: a readout of type %2 has no such setting.")
                          .arg(name, QString::fromStdString(console.options.type)));
+    }
 }
 
 } // namespace
