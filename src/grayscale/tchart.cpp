@@ -304,10 +304,11 @@ void TChart::wheelEvent(QWheelEvent* event)
     const double notches = (turn.y() != 0 ? turn.y() : turn.x()) / kWheelNotch;
     const double factor = std::pow(kZoomStep, -notches);
     const auto at = event->position();
-    if (event->modifiers().testFlag(Qt::ShiftModifier))
+    if (event->modifiers().testFlag(Qt::ShiftModifier)) {
         zoomBrightness(factor, yAxis->pixelToCoord(at.y()));
-    else
+    } else {
         zoomPositions(factor, xAxis->pixelToCoord(at.x()));
+    }
     event->accept();
 }
 

@@ -90,10 +90,11 @@ QString saveChartOf(Console& console, const Direction& direction, const PixelArr
 /// Says what became of a file.
 void report(Console& console, const QString& file, const QString& reason)
 {
-    if (reason.isEmpty())
+    if (reason.isEmpty()) {
         console.tell(QStringLiteral("Saved: %1").arg(file));
-    else
+    } else {
         console.fail(kNotAnswered, reason);
+    }
 }
 
 void readGrayscale(Console& console, const GrayscaleOptions& options)

@@ -132,17 +132,18 @@ void switchOne(Console& console, const SwitchRow& row, const QString& name, cons
         if (!ask(console, switchQuery(row, address))) return;
         state = switchStateOf(console.module1().ReplyText());
     }
-    if (state)
+    if (state) {
         console.answer(onOff(*state), {{name, *state}});
-    else
+    } else {
         failed(console, kCommError, switchQuery(row, address));
+    }
 }
 
 void invert(Console& console, const Arguments& given)
 {
-    if (openDirection(console, given.direction))
-        switchOne(console, kSwitches[indexOf(given.direction)],
-                  QStringLiteral("invert") + shown(given.direction), given);
+    if (!openDirection(console, given.direction)) return;
+    switchOne(console, kSwitches[indexOf(given.direction)], QStringLiteral("invert") + shown(given.direction),
+              given);
 }
 
 void swap(Console& console, const Arguments& given)
@@ -287,10 +288,11 @@ void addWireOptions(CLI::App& command, Arguments& given, bool userEdition)
 
 void addOptions(CLI::App& command, Arguments& given, unsigned takes, bool userEdition)
 {
-    if (takes & kDirection)
+    if (takes & kDirection) {
         command.add_option("DIRECTION", given.direction, "X, Y or Z")
             ->required()
             ->check(CLI::IsMember({"X", "Y", "Z"}));
+    }
     if (takes & kNumber) command.add_option("VALUE", given.value, "Millimetres to set")->check(number());
     if (takes & kOnOff)
         command.add_option("STATE", given.value, "on or off")->check(CLI::IsMember({"on", "off"}));
