@@ -37,6 +37,11 @@ inline constexpr const Direction& kZ = kDirections[kZRow];
 /// Y is missing at TypeD; Z is there at TypeC alone.
 bool hasDirection(link::InstrumentType type, const Direction& direction);
 
+/// The same as conditions for the rows of a table: what every type has, what needs a Y row, what needs a Z row.
+inline bool always(link::InstrumentType /*type*/) { return true; }
+inline bool hasY(link::InstrumentType type) { return hasDirection(type, kY); }
+inline bool hasZ(link::InstrumentType type) { return hasDirection(type, kZ); }
+
 /// `value` as a sign and seven places, eight characters for every value between -1000 and 1000:
 /// five decimals below 10, four below 100, three above. A value that would round up to 10 or 100 takes the
 /// decimals of the next range, and one that would round up to 1000 is written as 999.999. From 1000 on the

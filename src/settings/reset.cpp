@@ -21,10 +21,6 @@ constexpr auto kPermittedError = "0.3";
 constexpr int kIntervalReplyLength = 19;
 constexpr int kDeleteReplyLength = 9;
 
-bool always(InstrumentType /*type*/) { return true; }
-bool hasY(InstrumentType type) { return hasDirection(type, kY); }
-bool hasZ(InstrumentType type) { return hasDirection(type, kZ); }
-
 Exchange defaultWire(Address address, const QDateTime& /*now*/)
 {
     return wireSet(address, {tenthsOf(kDiameter), tenthsOf(kPermittedError), true});

@@ -36,9 +36,6 @@ constexpr int kStitchingPosition = 8;
 constexpr int kStitchingDigits = 4;
 constexpr const char* kIntervalNames[] = {"hours", "minutes", "seconds"};
 
-bool always(InstrumentType /*type*/) { return true; }
-bool hasY(InstrumentType type) { return hasDirection(type, kY); }
-bool hasZ(InstrumentType type) { return hasDirection(type, kZ); }
 bool isStitched(InstrumentType type) { return type == link::TypeB; }
 
 Command cannotBeSet(Address /*address*/, const QJsonValue& /*value*/) { return std::nullopt; }
