@@ -2,6 +2,8 @@
 #include "sim/transport.h"
 
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
@@ -13,13 +15,17 @@ namespace quorvelsim {
 
 namespace {
 
+/// A closing is told before it is done; this long (ms) it may take until the terminal knows of it.
+constexpr std::chrono::milliseconds kLeaving(10);
+
 /// A pseudo-terminal. Clients open its slave side; the readouts sit at the master side.
 ///
 /// A terminal that a client locked (TIOCEXCL) and left without unlocking, killed perhaps, stays locked for
 /// everybody but root for as long as the master lives. Only a descriptor of the slave side can unlock it, so
 /// one is kept (`keeper_`). It hides from the master whether a client is there; therefore the directory entry
 /// is watched, and whenever somebody closes it the keeper steps aside for a moment to see whether he was the
-/// last one.
+/// last one. A client that locks the terminal in just that moment keeps the keeper out; killed, it leaves the
+/// terminal locked.
 class PtyTransport : public Transport {
 public:
     /// @return the reason why there is no pseudo-terminal; empty when there is one.
@@ -34,7 +40,7 @@ public:
         path_ = path;
         if (!openKeeper()) return systemError(path_ + " could not be opened");
         notifier_ = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-        if (!watchEntry()) return systemError(path_ + " could not be watched");
+        if (!watchEntry(IN_OPEN | IN_CLOSE)) return systemError(path_ + " could not be watched");
         return {};
     }
 
@@ -79,9 +85,10 @@ private:
         return ::tcsetattr(keeper_.get(), TCSANOW, &settings) == 0;
     }
 
-    bool watchEntry()
+    /// Asks to be told of these doings with the terminal, instead of those asked for before.
+    bool watchEntry(std::uint32_t doings)
     {
-        entry_ = ::inotify_add_watch(notifier_.get(), path_.c_str(), IN_OPEN | IN_CLOSE);
+        entry_ = ::inotify_add_watch(notifier_.get(), path_.c_str(), doings);
         return entry_ >= 0;
     }
 
@@ -112,11 +119,12 @@ private:
             ::ioctl(keeper_.get(), TIOCNXCL);
         }
         keeper_.close();
+        watchEntry(IN_CLOSE); // who leaves from here on makes us look again
         pollfd master{master_.get(), 0, 0};
-        ::poll(&master, 1, 0);
+        ::poll(&master, 1, kLeaving.count());
         client_ = (master.revents & POLLHUP) == 0;
         keeper_ = Descriptor(::open(path_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-        watchEntry();
+        watchEntry(IN_OPEN | IN_CLOSE);
         if (client_) {
             if (locked != 0 && keeper_.isOpen()) ::ioctl(keeper_.get(), TIOCEXCL);
             return;
