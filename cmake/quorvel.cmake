@@ -32,19 +32,6 @@ if(QUORVEL_SANITIZE)
     target_link_options(quorvel_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
-# Qt's headers cost more time than our own code; they are read once for all rooms and once for all tests. Sources do
-# not count on it: each includes what it uses, and the lint reads them without.
-function(quorvel_make_precompiled name)
-    file(WRITE ${CMAKE_BINARY_DIR}/${name}.cpp.new "")
-    configure_file(${CMAKE_BINARY_DIR}/${name}.cpp.new ${CMAKE_BINARY_DIR}/${name}.cpp COPYONLY)
-    add_library(${name} OBJECT ${CMAKE_BINARY_DIR}/${name}.cpp)
-    target_link_libraries(${name} PRIVATE Qt6::Widgets Qt6::Network Qt6::SerialPort quorvel_flags)
-    target_precompile_headers(
-        ${name} PRIVATE <QtCore> <QDialog> <QLabel> <QLineEdit> <QMainWindow> <QPushButton> <QTcpSocket>
-                        <QSerialPort> <chrono> <filesystem> <functional> <map> <memory> <string> <vector>
-                        ${ARGN})
-endfunction()
-
 # Tests are not optimised, what they test is. Qt's folder names differ from test to test, which would make each need
 # precompiled headers of its own.
 set(QUORVEL_TEST_OPTIONS -O0 -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)

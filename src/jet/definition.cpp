@@ -20,7 +20,6 @@ constexpr std::size_t kMaxNameBytes = 128;
 // Constants that stand in every definition of a Jet 4 file.
 constexpr std::uint32_t kDefinitionMark = 0x659;
 constexpr std::uint32_t kPhysicalMark = 0x783;
-constexpr std::uint32_t kSortOrder = 0x0409;
 constexpr std::size_t kIndexColumns = 10;
 
 Failure damagedDefinition(const std::string& what)
@@ -82,7 +81,7 @@ void appendColumn(ByteVector& bytes, const Column& column)
     append16(bytes, column.number);
     append16(bytes, column.variableIndex);
     append16(bytes, column.ordinal);
-    append32(bytes, kSortOrder);
+    append32(bytes, kGeneralSortOrder);
     append8(bytes, column.flags);
     append8(bytes, 0);
     append32(bytes, 0);

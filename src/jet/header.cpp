@@ -134,7 +134,7 @@ Page newHeader(Date stamp)
     }
     put16(page, kCodePage, 1252);
     put32(page, kBuild, 0x261C);
-    put32(page, kSortOrder, 0x0409);
+    put32(page, kSortOrder, kGeneralSortOrder);
     put64(page, kStamp, std::bit_cast<std::uint64_t>(stamp.serial));
     for (std::size_t i = 0; i < 40; i += 4) {
         put32(page, kPassword + i, stampDays(page));

@@ -45,6 +45,9 @@ struct Layout {
     std::uint32_t pagesPerBitmap() const { return static_cast<std::uint32_t>((pageSize - 4) * 8); }
 };
 
+/// How a new file sorts texts: the general sort order, by its language number.
+inline constexpr std::uint32_t kGeneralSortOrder = 0x0409;
+
 inline constexpr Layout kJet4 = {
     .version = 4,
     .pageSize = 4096,

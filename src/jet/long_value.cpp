@@ -10,7 +10,7 @@ constexpr std::size_t kFieldBytes = 12;
 constexpr std::uint32_t kLengthBits = 0x3FFFFFFF;
 constexpr std::uint32_t kInRow = 0x80000000;
 constexpr std::uint32_t kOnePiece = 0x40000000;
-constexpr std::uint32_t kOwner = 0x4C41564C; // "LVAL"
+constexpr std::uint32_t kLongValueOwner = 0x4C41564C; // "LVAL"
 
 Failure damagedLongValue()
 {
@@ -24,7 +24,7 @@ Result<ByteVector> pieceAt(Pager& pager, std::uint32_t pointer)
     const auto bytes = pager.read(pointerPage(pointer));
     if (!bytes) return bytes.failure();
     const auto page = DataPage::of(*bytes, pager.layout());
-    if (!page || pointerPage(pointer) == 0 || page->owner() != kOwner ||
+    if (!page || pointerPage(pointer) == 0 || page->owner() != kLongValueOwner ||
         pointerSlot(pointer) >= page->slots()) {
         return damagedLongValue();
     }

@@ -79,7 +79,7 @@ std::string_view faultOf(std::string_view name, bool (*allowed)(char))
     return {};
 }
 
-bool isWritten(FieldType type)
+bool isWrittenType(FieldType type)
 {
     constexpr FieldType kWritten[] = {FieldType::Integer, FieldType::Long, FieldType::Single,
                                       FieldType::Double, FieldType::Date};
@@ -206,7 +206,7 @@ Status NewFile::checkNames(const TableDef& table) const
         }
         if (taken(columns, field.name))
             return named("column", field.name, "there is one of that name already");
-        if (!isWritten(field.type)) {
+        if (!isWrittenType(field.type)) {
             return named("column", field.name,
                          "columns of type " + std::string(typeName(field.type)) + " are not written");
         }
