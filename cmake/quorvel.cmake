@@ -32,6 +32,14 @@ if(QUORVEL_SANITIZE)
     target_link_options(quorvel_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+# quorvel_compile_as_one(<target>)
+#
+# The headers of Qt and CLI11 cost more time than our own code. The compiler reads the sources of a folder as one, and the
+# lint looks at the same units (tools/lint). So a name in an unnamed namespace is used once per folder.
+function(quorvel_compile_as_one target)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 0)
+endfunction()
+
 # Tests are not optimised, what they test is. Qt's folder names differ from test to test, which would make each need
 # precompiled headers of its own.
 set(QUORVEL_TEST_OPTIONS -O0 -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)

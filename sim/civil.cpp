@@ -10,10 +10,6 @@ namespace quorvelsim {
 
 namespace {
 
-constexpr CivilSeconds kMinute = 60;
-constexpr CivilSeconds kHour = 3600;
-constexpr CivilSeconds kDay = 86400;
-
 /// Reads six two-digit numbers, `step` characters apart; the first is the year within the century.
 std::optional<CivilSeconds> sixPairs(std::string_view text, std::size_t step)
 {

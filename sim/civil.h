@@ -10,6 +10,10 @@ namespace quorvelsim {
 
 using CivilSeconds = std::int64_t;
 
+inline constexpr CivilSeconds kMinute = 60;
+inline constexpr CivilSeconds kHour = 60 * kMinute;
+inline constexpr CivilSeconds kDay = 24 * kHour;
+
 struct CivilParts {
     int year, month, day, hour, minute, second;
 };

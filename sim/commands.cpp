@@ -13,14 +13,14 @@ using Fields = std::optional<std::string>;
 
 std::size_t index(const Request& request) { return static_cast<std::size_t>(request.command->which); }
 
-std::optional<bool> onOff(std::string_view text)
+std::optional<bool> flagOf(std::string_view text)
 {
     if (text == "01") return true;
     if (text == "00") return false;
     return std::nullopt;
 }
 
-std::string onOffText(bool on) { return on ? "01" : "00"; }
+std::string flagText(bool on) { return on ? "01" : "00"; }
 
 bool setAddress(Readout& readout, const Request& request)
 {
@@ -120,7 +120,7 @@ bool setWire(Readout& readout, const Request& request)
 {
     const auto diameter = decimal(mid(request.parameter, 1, 2));
     const auto error = decimal(mid(request.parameter, 3, 2));
-    const auto selfCalibration = onOff(mid(request.parameter, 5, 2));
+    const auto selfCalibration = flagOf(mid(request.parameter, 5, 2));
     if (!diameter || !error || !selfCalibration || mid(request.parameter, 7) != "0000") return false;
     readout.diameterTenthsMm = *diameter;
     readout.errorTenthsMm = *error;
@@ -131,7 +131,7 @@ bool setWire(Readout& readout, const Request& request)
 Fields queryWire(Readout& readout, const Request& /*request*/)
 {
     return digits(readout.diameterTenthsMm, 2) + digits(readout.errorTenthsMm, 2) +
-           onOffText(readout.selfCalibration) + "0000";
+           flagText(readout.selfCalibration) + "0000";
 }
 
 bool setOffset(Readout& readout, const Request& request)
@@ -145,23 +145,23 @@ Fields queryOffset(Readout& readout, const Request& request) { return readout.of
 
 bool setReference(Readout& readout, const Request& request)
 {
-    const auto on = onOff(request.parameter);
+    const auto on = flagOf(request.parameter);
     readout.reference = on.value_or(readout.reference);
     return on.has_value();
 }
 
-Fields queryReference(Readout& readout, const Request& /*request*/) { return onOffText(readout.reference); }
+Fields queryReference(Readout& readout, const Request& /*request*/) { return flagText(readout.reference); }
 
 bool setSwitch(Readout& readout, const Request& request)
 {
-    const auto on = onOff(request.parameter);
+    const auto on = flagOf(request.parameter);
     if (on) readout.switches[index(request)] = *on;
     return on.has_value();
 }
 
 Fields querySwitch(Readout& readout, const Request& request)
 {
-    return onOffText(readout.switches[index(request)]);
+    return flagText(readout.switches[index(request)]);
 }
 
 bool setStitching(Readout& readout, const Request& request)

@@ -1,5 +1,6 @@
 #include "sim/readout.h"
 
+#include "sim/civil.h"
 #include "sim/text.h"
 
 #include <algorithm>
@@ -9,9 +10,6 @@ namespace quorvelsim {
 
 namespace {
 
-constexpr CivilSeconds kDay = 86400;
-constexpr CivilSeconds kMinute = 60;
-constexpr CivilSeconds kHour = 3600;
 constexpr int kRingCapacity = 1000;
 constexpr int kRingFill = 200;
 

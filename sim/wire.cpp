@@ -1,5 +1,7 @@
 #include "sim/wire.h"
 
+#include "sim/civil.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -8,7 +10,6 @@ namespace quorvelsim {
 
 namespace {
 
-constexpr double kDay = 86400;
 constexpr double kNoise = 0.003;    // mm
 constexpr double kNoiseStep = 0.05; // s during which the noise stands still
 

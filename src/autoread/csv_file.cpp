@@ -68,7 +68,7 @@ private:
     RecordLayout layout_;
 };
 
-jet::Status makeEmpty(const std::filesystem::path& path, const RecordLayout& layout)
+jet::Status makeEmptyCsv(const std::filesystem::path& path, const RecordLayout& layout)
 {
     CsvFile file(path, layout);
     if (auto made = file.open(QIODevice::NewOnly); !made) return made;
@@ -77,7 +77,8 @@ jet::Status makeEmpty(const std::filesystem::path& path, const RecordLayout& lay
     return written;
 }
 
-jet::Result<std::unique_ptr<RecordSink>> open(const std::filesystem::path& path, const RecordLayout& layout)
+jet::Result<std::unique_ptr<RecordSink>> openCsv(const std::filesystem::path& path,
+                                                 const RecordLayout& layout)
 {
     auto file = std::make_unique<CsvFile>(path, layout);
     if (auto opened = file->open(QIODevice::Append); !opened) return opened.failure();
@@ -86,6 +87,6 @@ jet::Result<std::unique_ptr<RecordSink>> open(const std::filesystem::path& path,
 
 } // namespace
 
-const TableFormat kCsvFormat{makeEmpty, open};
+const TableFormat kCsvFormat{makeEmptyCsv, openCsv};
 
 } // namespace quorvel::autoread

@@ -35,7 +35,7 @@ private:
     RecordLayout layout_;
 };
 
-jet::Status makeEmpty(const std::filesystem::path& path, const RecordLayout& layout)
+jet::Status makeEmptyMdb(const std::filesystem::path& path, const RecordLayout& layout)
 {
     auto database = jet::CreateDatabase(path, jet::kGeneralLocale);
     if (!database) return database.failure();
@@ -48,7 +48,8 @@ jet::Status makeEmpty(const std::filesystem::path& path, const RecordLayout& lay
     return database->Close();
 }
 
-jet::Result<std::unique_ptr<RecordSink>> open(const std::filesystem::path& path, const RecordLayout& layout)
+jet::Result<std::unique_ptr<RecordSink>> openMdb(const std::filesystem::path& path,
+                                                 const RecordLayout& layout)
 {
     auto database = jet::OpenDatabase(path, {.durability = jet::Durability::EachUpdate});
     if (!database) return database.failure();
@@ -60,6 +61,6 @@ jet::Result<std::unique_ptr<RecordSink>> open(const std::filesystem::path& path,
 
 } // namespace
 
-const TableFormat kMdbFormat{makeEmpty, open};
+const TableFormat kMdbFormat{makeEmptyMdb, openMdb};
 
 } // namespace quorvel::autoread

@@ -20,8 +20,9 @@ std::string directionName(const path& file)
 {
     const auto text = file.generic_string();
     constexpr std::size_t kName = 10;
-    constexpr std::size_t kEnding = 4;
-    return text.size() < kName + kEnding ? text : text.substr(text.size() - kName - kEnding, kName);
+    constexpr std::size_t kEndingLength = 4;
+    return text.size() < kName + kEndingLength ? text
+                                               : text.substr(text.size() - kName - kEndingLength, kName);
 }
 
 jet::TableDef newTable(const path& file)

@@ -43,17 +43,22 @@ QCPRange wholePositions(const TChart& chart)
 
 } // namespace
 
+void drawAxes(TChart& chart, std::string_view direction, link::InstrumentType type)
+{
+    chart.setBrightnessLabels(verticalLabels());
+    chart.setPositionLabels(horizontalLabels(direction, type));
+    chart.setWhole(wholePositions(chart), {kLowestBrightness, kHighestBrightness});
+}
+
 void drawThart(TChart& chart, const PixelArray& array, std::string_view direction, link::InstrumentType type)
 {
     addPixels(chart, array, type);
-    chart.setBrightnessLabels(verticalLabels());
-    chart.setPositionLabels(horizontalLabels(direction, type));
     auto legend = TChart::tr("Sensor ends");
     for (const double end : endLines(direction, type)) {
         chart.addSeries({end, end}, {kLowestBrightness, kHighestBrightness}, Qt::red, legend);
         legend.clear();
     }
-    chart.setWhole(wholePositions(chart), {kLowestBrightness, kHighestBrightness});
+    drawAxes(chart, direction, type);
 }
 
 QString saveChart(TChart& chart, const QString& path, const char* format)

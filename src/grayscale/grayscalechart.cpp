@@ -67,6 +67,7 @@ void GrayScaleChart::Form_Activate()
     ui_->Label1->setText(kHint);
     setStatus({});
     ui_->TChart1->removeAllSeries();
+    drawAxes(*ui_->TChart1, bench_.GrayscaleDirection.toStdString(), bench_.instrumentType);
     ui_->TChart1->setTitle(fromText(kReadingTitle));
     module1_.clock().letEventsRun();
     dataReady_ = false;

@@ -12,7 +12,7 @@ constexpr float kPauseBeforeFrame = 0.03F;
 constexpr float kPauseAfterCharacter = 0.005F;
 constexpr float kCharacterTimeout = 2;
 constexpr float kShortestPolledWait = 0.05F;
-constexpr float kSecondsPerDay = 86400;
+constexpr float kTimerDay = 86400;
 constexpr double kTwoTo32 = 4294967296.0;
 
 /// A counter value from its two signed halves. A low half of zero counts as negative, too.
@@ -84,7 +84,7 @@ bool Module1::waitByTimeOfDay(float seconds, int count)
         clock_.sleep(1);
         port_.fetch();
         auto now = static_cast<float>(clock_.timeOfDay());
-        if (now < start) now += kSecondsPerDay;
+        if (now < start) now += kTimerDay;
         if (enoughWaits(count)) return true;
         passed = now - start;
     } while (passed < seconds && !inVain(count));
@@ -96,7 +96,7 @@ bool Module1::receiveCharacter()
     const auto start = static_cast<float>(clock_.timeOfDay());
     for (;;) {
         auto now = static_cast<float>(clock_.timeOfDay());
-        if (now < start) now += kSecondsPerDay;
+        if (now < start) now += kTimerDay;
         clock_.letEventsRun();
         const float passed = now - start;
         if (port_.InBufferCount() >= 1 || passed >= kCharacterTimeout || inVain(1)) break;

@@ -8,7 +8,7 @@ namespace quorvel::settings {
 
 namespace {
 
-constexpr int kEchoLength = 7;
+constexpr int kAddressEcho = 7;
 
 } // namespace
 
@@ -26,7 +26,7 @@ std::string addressChangeFrame(int oldAddress, int newAddress)
 
 bool addressChanged(std::string_view frame, std::string_view received)
 {
-    return text::echoes(frame, received, kEchoLength);
+    return text::echoes(frame, received, kAddressEcho);
 }
 
 } // namespace quorvel::settings

@@ -9,12 +9,6 @@ namespace quorvel {
 
 using namespace settings;
 
-namespace {
-
-enum FeatureIndex { kTrue, kFalse };
-
-} // namespace
-
 DirectionDialog::DirectionDialog(link::Bench& bench, link::Module1& module1, link::Gate& gate,
                                  Messages& messages, QWidget* parent)
     : SettingsDialog(bench, module1, gate, messages, parent), ui_(std::make_unique<Ui::DirectionDialog>())

@@ -6,26 +6,26 @@ namespace quorvel::settings {
 
 namespace {
 
-constexpr int kReplyLength = 11;
-constexpr int kEchoLength = 7;
-constexpr int kStatePosition = 6;
+constexpr int kFeatureReply = 11;
+constexpr int kFeatureEcho = 7;
+constexpr int kFeaturePosition = 6;
 
 } // namespace
 
 Exchange featureSet(std::string_view addressDigits, bool on)
 {
     return {.frame = frameOf(addressDigits, on ? "7501FF" : "7500FF"),
-            .replyLength = kReplyLength,
-            .echoLength = kEchoLength,
+            .replyLength = kFeatureReply,
+            .echoLength = kFeatureEcho,
             .drains = false,
             .ignoresBlanks = true};
 }
 
 Exchange featureQuery(std::string_view addressDigits)
 {
-    return {.frame = frameOf(addressDigits, "76FF"), .replyLength = kReplyLength, .drains = false};
+    return {.frame = frameOf(addressDigits, "76FF"), .replyLength = kFeatureReply, .drains = false};
 }
 
-bool featureIsOn(std::string_view reply) { return text::mid(reply, kStatePosition, 2) != "00"; }
+bool featureIsOn(std::string_view reply) { return text::mid(reply, kFeaturePosition, 2) != "00"; }
 
 } // namespace quorvel::settings

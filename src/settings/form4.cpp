@@ -11,8 +11,6 @@ using namespace settings;
 
 namespace {
 
-enum SwitchIndex { kTrue, kFalse };
-
 constexpr int kLeastWidth = 380;
 
 QPushButton* button(const char* name, const char* caption)

@@ -7,7 +7,7 @@ namespace quorvel::settings {
 
 namespace {
 
-constexpr int kReplyLength = 21;
+constexpr int kClockReply = 21;
 constexpr int kDatePosition = 6;
 constexpr int kTimePosition = 12;
 
@@ -24,14 +24,14 @@ std::string parts(std::string_view reply, int position, const char* separator)
 
 Exchange clockQuery(std::string_view addressDigits)
 {
-    return {.frame = frameOf(addressDigits, "04FF"), .replyLength = kReplyLength, .drains = false};
+    return {.frame = frameOf(addressDigits, "04FF"), .replyLength = kClockReply, .drains = false};
 }
 
 Exchange clockSet(std::string_view addressDigits, const QDateTime& time)
 {
     const auto digits = time.toString(QStringLiteral("yyMMddHHmmss")).toStdString();
     return {
-        .frame = frameOf(addressDigits, "03" + digits + "FF"), .replyLength = kReplyLength, .drains = false};
+        .frame = frameOf(addressDigits, "03" + digits + "FF"), .replyLength = kClockReply, .drains = false};
 }
 
 std::string clockText(std::string_view reply)

@@ -16,6 +16,9 @@ class QPushButton;
 
 namespace quorvel {
 
+/// Places in the lists of "True" and "False".
+enum TrueFalseIndex { kTrue, kFalse };
+
 /// What all settings windows share: the transaction with its message, a status line for what the program adds
 /// of its own (reasons, warnings, waiting notices), Enter that presses the button belonging to a field, and a
 /// way to close that lets a running command end first.

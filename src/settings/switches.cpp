@@ -6,26 +6,26 @@ namespace quorvel::settings {
 
 namespace {
 
-constexpr int kReplyLength = 13;
-constexpr int kEchoLength = 9;
-constexpr int kStatePosition = 8;
+constexpr int kSwitchReply = 13;
+constexpr int kSwitchEcho = 9;
+constexpr int kSwitchPosition = 8;
 
 } // namespace
 
 Exchange switchSet(const SwitchRow& row, std::string_view addressDigits, bool on)
 {
     const auto command = std::string(row.setCode).append(on ? "01FF" : "00FF");
-    return {.frame = frameOf(addressDigits, command), .replyLength = kReplyLength, .echoLength = kEchoLength};
+    return {.frame = frameOf(addressDigits, command), .replyLength = kSwitchReply, .echoLength = kSwitchEcho};
 }
 
 Exchange switchQuery(const SwitchRow& row, std::string_view addressDigits)
 {
-    return {.frame = frameOf(addressDigits, row.queryCommand), .replyLength = kReplyLength};
+    return {.frame = frameOf(addressDigits, row.queryCommand), .replyLength = kSwitchReply};
 }
 
 std::optional<bool> switchStateOf(std::string_view reply)
 {
-    const auto state = text::mid(reply, kStatePosition, 2);
+    const auto state = text::mid(reply, kSwitchPosition, 2);
     if (state == "01") return true;
     if (state == "00") return false;
     return std::nullopt;

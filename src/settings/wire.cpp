@@ -10,7 +10,7 @@ namespace quorvel::settings {
 
 namespace {
 
-constexpr int kReplyLength = 19;
+constexpr int kWireReply = 19;
 constexpr int kFieldLength = 2;
 constexpr int kDiameterPosition = 6;
 constexpr int kErrorPosition = 8;
@@ -48,12 +48,12 @@ Exchange wireSet(std::string_view addressDigits, const WireParameters& wire)
     const auto command = "67" + text::format(wire.diameterTenthsMm, kFieldFormat) +
                          text::format(wire.errorTenthsMm, kFieldFormat) +
                          (wire.selfCalibration ? "01" : "00") + "0000FF";
-    return {.frame = frameOf(addressDigits, command), .replyLength = kReplyLength, .drains = false};
+    return {.frame = frameOf(addressDigits, command), .replyLength = kWireReply, .drains = false};
 }
 
 Exchange wireQuery(std::string_view addressDigits)
 {
-    return {.frame = frameOf(addressDigits, "68FF"), .replyLength = kReplyLength, .drains = false};
+    return {.frame = frameOf(addressDigits, "68FF"), .replyLength = kWireReply, .drains = false};
 }
 
 std::optional<WireParameters> wireOf(std::string_view reply)

@@ -50,7 +50,7 @@ bool mayWrite(Console& console, const GrayscaleOptions& options)
     return true;
 }
 
-bool fetchPixels(Console& console, const Direction& direction, PixelArray& array)
+bool fetchPixels(Console& console, const grayscale::Direction& direction, PixelArray& array)
 {
     const auto outcome = fetch(console.module1(), direction, link::AddressToHex(console.address()), array);
     if (outcome == Outcome::Read) return true;
@@ -62,7 +62,7 @@ bool fetchPixels(Console& console, const Direction& direction, PixelArray& array
     return false;
 }
 
-void answerPixels(Console& console, const Direction& direction, const PixelArray& array)
+void answerPixels(Console& console, const grayscale::Direction& direction, const PixelArray& array)
 {
     QJsonArray values;
     QString rows = QStringLiteral("sn,hd");
@@ -77,7 +77,7 @@ void answerPixels(Console& console, const Direction& direction, const PixelArray
                           {"pixels", values}});
 }
 
-QString saveChartOf(Console& console, const Direction& direction, const PixelArray& array,
+QString saveChartOf(Console& console, const grayscale::Direction& direction, const PixelArray& array,
                     const QString& file)
 {
     TChart chart;

@@ -41,7 +41,7 @@ std::size_t indexOf(const std::string& direction) { return static_cast<std::size
 bool openDirection(Console& console, const std::string& direction)
 {
     if (!console.openReadout()) return false;
-    if (hasDirection(console.bench().instrumentType, kDirections[indexOf(direction)])) return true;
+    if (hasDirection(console.bench().instrumentType, settings::kDirections[indexOf(direction)])) return true;
     console.fail(kWrongUsage,
                  QStringLiteral("A readout of type %1 has no %2 direction. Give its type with --type.")
                      .arg(shown(console.options.type), shown(direction)));
@@ -56,7 +56,7 @@ void answerOffset(const Console& console, const std::string& direction, const st
 void offset(Console& console, const Arguments& given)
 {
     if (!openDirection(console, given.direction)) return;
-    const auto& direction = kDirections[indexOf(given.direction)];
+    const auto& direction = settings::kDirections[indexOf(given.direction)];
     const auto address = console.bench().addressDigits();
     if (given.value.empty()) {
         if (ask(console, offsetQuery(direction, address)))
