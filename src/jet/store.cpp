@@ -6,6 +6,8 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
+#include <limits>
+#include <optional>
 
 namespace quorvel::jet {
 
@@ -25,6 +27,16 @@ Date localNow()
     return Date::of({local->tm_year + 1900, local->tm_mon + 1, local->tm_mday, local->tm_hour, local->tm_min,
                      std::min(local->tm_sec, 59)})
         .value_or(Date{0});
+}
+
+/// A number of the catalog as the 32 bits that it stands for; none when it does not fit, which only a damaged file has.
+std::optional<std::uint32_t> bitsOf(const Value& value)
+{
+    const auto number = value.number();
+    const bool fits = number && *number >= std::numeric_limits<std::int32_t>::min() &&
+                      *number <= std::numeric_limits<std::uint32_t>::max();
+    if (!fits) return std::nullopt;
+    return static_cast<std::uint32_t>(static_cast<std::int64_t>(*number));
 }
 
 std::filesystem::path withEnding(std::filesystem::path path, const char* ending)
@@ -120,14 +132,11 @@ Status Store::readCatalog()
     std::vector<Value> values;
     for (const std::uint32_t row : *rows) {
         if (auto read = table.read(row, values); !read) return read;
-        const auto number = [&values](int column) {
-            return values[static_cast<std::size_t>(column)].number().value_or(0);
-        };
-        if (number(type) != kTableType || values[static_cast<std::size_t>(id)].isNull()) continue;
-        const auto bits = static_cast<std::uint32_t>(static_cast<std::int64_t>(number(flags)));
-        const auto page = static_cast<std::uint32_t>(static_cast<std::int64_t>(number(id))) & kPageBits;
-        catalog_.push_back(
-            {values[static_cast<std::size_t>(name)].text(), page, (bits & kSystemObject) != 0});
+        const auto value = [&values](int column) { return values[static_cast<std::size_t>(column)]; };
+        const auto page = bitsOf(value(id));
+        if (value(type).number() != kTableType || !page) continue;
+        const bool system = (bitsOf(value(flags)).value_or(0) & kSystemObject) != 0;
+        catalog_.push_back({value(name).text(), *page & kPageBits, system});
     }
     // The catalog lists itself; where it does not, the page with its rows is gone.
     return hasTable("MSysObjects") ? Status{} : Status(unlisted);

@@ -5,7 +5,7 @@ set -e
 root=$(cd "$(dirname "$0")/../../.." && pwd)
 folder=${2:-$root/build/fuzz}
 mkdir -p "$folder/corpus"
-sh "$root/tests/jet/fuzz/build_fuzzer.sh" "${CXX_FUZZER:-clang++}" "$root" "$folder/jet_fuzz"
+bash "$root/tests/jet/fuzz/build_fuzzer.sh" "${CXX_FUZZER:-clang++}" "$root" "$folder/jet_fuzz"
 cd "$folder"
 exec ./jet_fuzz -max_total_time="$1" -max_len=4096 -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
     corpus "$root/tests/jet/fuzz/corpus"
