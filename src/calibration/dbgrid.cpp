@@ -69,11 +69,19 @@ void DBGrid::keyPressEvent(QKeyEvent* event)
         return;
     case Qt::Key_Space:
     case Qt::Key_F4:
-        if (onButtonCell()) button_->click();
+        pressButton();
         return;
     default:
         QTableView::keyPressEvent(event);
     }
+}
+
+// The columns behind the button are filled by it, too: measuring Z leaves the last one current.
+void DBGrid::pressButton()
+{
+    if (!button_ || currentIndex().column() < buttonColumn_) return;
+    setCurrentIndex(currentIndex().siblingAtColumn(buttonColumn_));
+    button_->click();
 }
 
 void DBGrid::goDown()

@@ -12,7 +12,7 @@ class CellDelegate;
 /// drops it.
 ///
 /// One column can have a cell button: it stands at the right end of the current cell, and is pressed by a click, by
-/// the space bar or F4 in the cell, or reached with Tab.
+/// the space bar or F4 in the cell or in the ones behind it, or reached with Tab.
 class DBGrid final : public QTableView {
     Q_OBJECT
 public:
@@ -45,6 +45,7 @@ protected:
 private:
     void placeButton();
     void goDown();
+    void pressButton();
     bool onButtonCell() const;
 
     CellDelegate* delegate_;

@@ -187,6 +187,26 @@ TEST_F(Celebration1Window, MeasuresByKeyboard)
     EXPECT_EQ(bus.frames().count(":052101FF"), 3);
 }
 
+TEST_F(Celebration1Window, MeasuresZFromPointToPointByKeyboard)
+{
+    bench.currentAddress = "33";
+    open("Z");
+    goTo(0, 2);
+    for (const int place : {5, 6}) {
+        put(33, "z1", place);
+        put(33, "z2", place + 1);
+        QTest::keyClick(&grid(), Qt::Key_Space);
+        QTest::keyClick(&grid(), Qt::Key_Down);
+    }
+    EXPECT_EQ(cell(0, 2), "5");
+    EXPECT_EQ(cell(0, 3), "6");
+    EXPECT_EQ(cell(1, 2), "6");
+    EXPECT_EQ(cell(1, 3), "7");
+    goTo(5, 1);
+    QTest::keyClick(&grid(), Qt::Key_F4);
+    EXPECT_EQ(bus.frames().count(":212102FF"), 2) << "a dial reading is typed, not measured";
+}
+
 // The editor is still open each time.
 TEST_F(Celebration1Window, LosesNothingThatWasTyped)
 {
