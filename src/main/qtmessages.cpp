@@ -3,7 +3,10 @@
 #include "main/msgboxnew.h"
 
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QInputDialog>
+#include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
 
 namespace quorvel {
@@ -11,6 +14,7 @@ namespace quorvel {
 namespace {
 
 constexpr auto kTitle = "QUORVEL";
+constexpr int kBoxWidth = 240; // what a window manager needs to show the title
 
 /// Boxes show a line feed as a new line and have no glyph for the carriage return before it.
 QString inLines(QString text) { return text.replace(QLatin1String("\r\n"), QLatin1String("\n")); }
@@ -21,7 +25,22 @@ QMessageBox::StandardButton show(QWidget* parent, const QString& text, QMessageB
     QMessageBox box(icon, kTitle, inLines(text), buttons, parent);
     box.setTextFormat(Qt::PlainText);
     box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto* grid = qobject_cast<QGridLayout*>(box.layout());
+    grid->addItem(new QSpacerItem(kBoxWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
     return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+// While a path is typed, the dialog selects each folder and file on the way. Two of them disable "Open", and the first
+// one would be taken for the answer.
+void letTypedNameCount(QFileDialog& dialog)
+{
+    auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    auto* list = dialog.findChild<QListView*>(QStringLiteral("listView"));
+    if (!name || !list) return;
+    auto* selection = list->selectionModel();
+    QObject::connect(selection, &QItemSelectionModel::selectionChanged, name, [name, selection] {
+        if (name->hasFocus() && selection->hasSelection()) selection->clearSelection();
+    });
 }
 
 } // namespace
@@ -54,6 +73,7 @@ QString QtMessages::chooseFile(QWidget* parent, const FileChoice& choice)
     dialog.setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
     dialog.setAcceptMode(choice.toSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::AnyFile);
+    letTypedNameCount(dialog);
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }
 
