@@ -53,6 +53,13 @@ QCPRange zoomed(const QCPRange& range, double factor, double around, const QCPRa
     return {around + (range.lower - around) * limited, around + (range.upper - around) * limited};
 }
 
+/// The smallest rectangle with both points in it, whichever way one lies from the other.
+QRect spanning(const QPoint& one, const QPoint& other)
+{
+    return {QPoint(std::min(one.x(), other.x()), std::min(one.y(), other.y())),
+            QPoint(std::max(one.x(), other.x()), std::max(one.y(), other.y()))};
+}
+
 QString readoutText(int pixel, double position, double brightness)
 {
     return TChart::tr("Pixel %1: %2 mm, %3")
@@ -208,7 +215,7 @@ void TChart::paintEvent(QPaintEvent* event)
     if (dragging_ == Qt::LeftButton) {
         painter.setPen(kCurveColour);
         painter.setBrush(kBand);
-        painter.drawRect(QRect(pressedAt_, mouseAt_).normalized());
+        painter.drawRect(spanning(pressedAt_, mouseAt_));
     } else if (pointed_ >= 0 && graphCount() > 0 && pointed_ < graph(0)->dataCount()) {
         const auto datum = graph(0)->data()->at(pointed_);
         const QPointF spot(xAxis->coordToPixel(datum->key), yAxis->coordToPixel(datum->value));
@@ -248,7 +255,7 @@ void TChart::mouseReleaseEvent(QMouseEvent* event)
     setCursor(Qt::CrossCursor);
     if (button == Qt::LeftButton) {
         const auto gesture = gestureOf(event->pos() - pressedAt_);
-        if (gesture == Gesture::Extend) extendTo(QRect(pressedAt_, event->pos()));
+        if (gesture == Gesture::Extend) extendTo(spanning(pressedAt_, event->pos()));
         if (gesture == Gesture::Whole) showWhole();
     }
     update();
