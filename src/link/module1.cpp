@@ -118,7 +118,7 @@ bool Module1::ReceiveReply(std::uint16_t count)
     return true;
 }
 
-bool Module1::ReceiveLine()
+bool Module1::ReceiveGrayscale()
 {
     replyText_.clear();
     for (int i = 1; i <= kLongestLine; ++i) {

@@ -46,9 +46,7 @@ public:
 
     /// Receives up to and including a line feed into ReplyText(), allowing 2 s for each character.
     /// @return false when a character did not arrive in time, or after kLongestLine characters without line feed.
-    bool ReceiveLine();
-    /// ReceiveLine() under the name it has for grayscale replies.
-    bool ReceiveGrayscale() { return ReceiveLine(); }
+    bool ReceiveGrayscale();
     /// Far above any reply: the longest legal one, of 65535 pixels, has 131085 characters.
     static constexpr int kLongestLine = 200'000;
 
@@ -69,7 +67,7 @@ public:
 
     /// The frame last sent.
     const std::string& FrameText() const { return frameText_; }
-    /// The characters received by the last ReceiveReply() or ReceiveLine().
+    /// The characters received by the last ReceiveReply() or ReceiveGrayscale().
     const std::string& ReplyText() const { return replyText_; }
 
     /// The program ends: from now on no wait waits for characters or time any more.

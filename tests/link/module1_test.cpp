@@ -178,7 +178,7 @@ TEST_F(Module1OnAFakeBus, ReceiveReplySpansMidnight)
     EXPECT_NEAR(clock.passed(), 3.5, 0.02);
 }
 
-TEST_F(Module1OnAFakeBus, ReceiveLineEndsWithTheLineFeed)
+TEST_F(Module1OnAFakeBus, ReceiveGrayscaleEndsWithTheLineFeed)
 {
     device->receive(":0565\r\nmore");
     EXPECT_TRUE(module1.ReceiveGrayscale());
@@ -186,7 +186,7 @@ TEST_F(Module1OnAFakeBus, ReceiveLineEndsWithTheLineFeed)
     EXPECT_EQ(module1.takeInput(), "more");
 }
 
-TEST_F(Module1OnAFakeBus, ReceiveLineGivesUpAfterTwoSilentSeconds)
+TEST_F(Module1OnAFakeBus, ReceiveGrayscaleGivesUpAfterTwoSilentSeconds)
 {
     device->receive(":0565");
     EXPECT_FALSE(module1.ReceiveGrayscale());
@@ -194,7 +194,7 @@ TEST_F(Module1OnAFakeBus, ReceiveLineGivesUpAfterTwoSilentSeconds)
     EXPECT_NEAR(clock.passed(), 2.0, 0.02);
 }
 
-TEST_F(Module1OnAFakeBus, ReceiveLineGivesUpOnALineWithoutEnd)
+TEST_F(Module1OnAFakeBus, ReceiveGrayscaleGivesUpOnALineWithoutEnd)
 {
     device->receive(std::string(Module1::kLongestLine + 10, 'x'));
     EXPECT_FALSE(module1.ReceiveGrayscale());
