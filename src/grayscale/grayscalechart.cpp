@@ -48,7 +48,7 @@ void GrayScaleChart::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
     if (event->spontaneous()) return;
-    QTimer::singleShot(0, this, [this] { gate_.run([this] { Form_Activate(); }); });
+    QTimer::singleShot(0, this, [this] { gate_.runWhenFree(this, [this] { Form_Activate(); }); });
 }
 
 void GrayScaleChart::resizeEvent(QResizeEvent* event)

@@ -22,11 +22,18 @@ bool Gate::run(const std::function<void()>& handler)
 
 void Gate::whenIdle(QObject* context, std::function<void()> action)
 {
-    if (!busy()) {
-        action();
-        return;
-    }
-    stopRequested_ = true;
+    if (busy()) stopRequested_ = true;
+    keep(context, std::move(action));
+}
+
+void Gate::runWhenFree(QObject* context, std::function<void()> handler)
+{
+    keep(context, [this, handler = std::move(handler)] { run(handler); });
+}
+
+void Gate::keep(QObject* context, std::function<void()> action)
+{
+    if (!busy()) return action();
     kept_.push_back({context, std::move(action)});
 }
 

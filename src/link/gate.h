@@ -19,7 +19,7 @@ class Gate final : public QObject {
 public:
     explicit Gate(QObject* parent = nullptr);
 
-    /// Runs `handler` to its end, then what whenIdle() kept.
+    /// Runs `handler` to its end, then what whenIdle() and runWhenFree() kept.
     /// @return false when another handler runs: nothing was done, and refused() was emitted.
     bool run(const std::function<void()>& handler);
 
@@ -37,6 +37,10 @@ public:
     /// Runs `action` at once when no handler runs, otherwise after the one that does; not at all when `context` is
     /// gone by then. While a handler runs this also asks it to come to an end, see stopRequested().
     void whenIdle(QObject* context, std::function<void()> action);
+
+    /// Runs `handler` through run() as soon as no other runs, and lets the running one take its time; not at all when
+    /// `context` is gone by then.
+    void runWhenFree(QObject* context, std::function<void()> handler);
 
     /// True from the moment that a window was asked to close during the running handler until that handler
     /// ended. Handlers that run long look at it between their transactions and end early.
@@ -66,6 +70,7 @@ private:
         QPointer<QObject> context;
         std::function<void()> action;
     };
+    void keep(QObject* context, std::function<void()> action);
     void runKept();
 
     bool busy_ = false;

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
+
 namespace quorvel::link {
 namespace {
 
@@ -52,11 +55,37 @@ TEST(Gate, WhatIsKeptForAWindowThatIsGoneIsDropped)
     Gate gate;
     auto window = std::make_unique<QObject>();
     bool closed = false;
+    bool ran = false;
     gate.run([&] {
         gate.whenIdle(window.get(), [&closed] { closed = true; });
+        gate.runWhenFree(window.get(), [&ran] { ran = true; });
         window.reset();
     });
     EXPECT_FALSE(closed);
+    EXPECT_FALSE(ran);
+}
+
+TEST(Gate, AHandlerThatWaitsItsTurnRunsAfterTheRunningOneAndDoesNotHurryIt)
+{
+    Gate gate;
+    QObject window;
+    int refusals = 0;
+    QObject::connect(&gate, &Gate::refused, &gate, [&refusals] { ++refusals; });
+    std::string order;
+    const auto second = [&] {
+        EXPECT_TRUE(gate.busy());
+        order += "second";
+    };
+    gate.run([&] {
+        gate.runWhenFree(&window, second);
+        EXPECT_FALSE(gate.stopRequested());
+        order += "first ";
+    });
+    EXPECT_EQ(order, "first second");
+    gate.runWhenFree(&window, second);
+    EXPECT_EQ(order, "first secondsecond");
+    EXPECT_EQ(refusals, 0);
+    EXPECT_FALSE(gate.busy());
 }
 
 TEST(Gate, KnowsThatABoxIsOpen)
