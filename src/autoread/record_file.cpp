@@ -2,7 +2,7 @@
 
 #include "autoread/disk.h"
 #include "autoread/table_format.h"
-#include "jet/file.h"
+#include "jet/replaceable.h"
 
 #include <algorithm>
 #include <system_error>
@@ -36,22 +36,9 @@ fs::path unusedNameBeside(const fs::path& path)
     }
 }
 
-jet::Status replaceable(const fs::path& path)
-{
-    std::error_code error;
-    if (!fs::is_regular_file(path, error)) {
-        return jet::Failure{path.string() + " is not a file and cannot be overwritten. Choose another name."};
-    }
-    if (jet::diskFiles().lockedByOthers(path)) {
-        return jet::Failure{path.string() + " is open in another program. Close it there or choose another "
-                                            "name."};
-    }
-    return {};
-}
-
 jet::Status makeInPlaceOf(const fs::path& path, const RecordLayout& layout)
 {
-    if (auto may = replaceable(path); !may) return may;
+    if (auto may = jet::replaceable(path); !may) return may;
     const auto spare = unusedNameBeside(path);
     if (auto made = formatOf(path).makeEmpty(spare, layout); !made) return made;
     std::error_code error;

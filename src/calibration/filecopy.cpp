@@ -1,5 +1,7 @@
 #include "calibration/filecopy.h"
 
+#include "jet/replaceable.h"
+
 #include <QFile>
 #include <QSaveFile>
 
@@ -27,6 +29,7 @@ bool copyBytes(QFile& source, QSaveFile& target)
 
 jet::Status copyWhole(const std::filesystem::path& from, const std::filesystem::path& to)
 {
+    if (auto may = jet::replaceable(to); !may) return may;
     QFile source(from);
     if (!source.open(QIODevice::ReadOnly)) return failed(from, "could not be read", source.errorString());
     QSaveFile target(QFile(to).fileName());

@@ -9,6 +9,7 @@
 namespace quorvel::calibration {
 
 /// Copies `from` over `to`: into a temporary file of the same folder first, which then takes the name.
+/// A file that another program has open is not replaced.
 jet::Status copyWhole(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// Gives the file a second name in its folder that nothing has yet: for "older", "XDirection.older.mdb" or

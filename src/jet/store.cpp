@@ -1,5 +1,6 @@
 #include "jet/store.h"
 
+#include "jet/replaceable.h"
 #include "jet/text_coding.h"
 
 #include <algorithm>
@@ -58,8 +59,7 @@ Result<std::shared_ptr<Store>> Store::open(const std::filesystem::path& path, Op
     Files& files = options.files != nullptr ? *options.files : diskFiles();
     const std::shared_ptr<Store> store(new Store(path, files));
     const bool forWriting = options.access == Access::ReadWrite;
-    auto lock = path;
-    if (forWriting && files.lockedByOthers(lock.replace_extension(".ldb"))) {
+    if (forWriting && openInAccess(path, files)) {
         return store->named("is open in Access. Close it there and try again.");
     }
     auto opened = files.open(path, forWriting);

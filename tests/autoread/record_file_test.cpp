@@ -2,6 +2,7 @@
 
 #include "autoread/exported.h"
 #include "jet/database.h"
+#include "support/held_file.h"
 
 #include <QDir>
 #include <QFile>
@@ -189,6 +190,17 @@ TEST_F(RecordFile, DatabaseThatIsOpenElsewhereIsNotReplaced)
     ASSERT_FALSE(second);
     EXPECT_THAT(second.error(), ::testing::HasSubstr("is open in another program"));
     EXPECT_EQ(rowsIn(exported(path("a.mdb"))), 1);
+}
+
+TEST_F(RecordFile, DatabaseThatIsOpenInAccessIsNotReplaced)
+{
+    put("a.mdb", "old");
+    const test::HeldFile lock(path("a.ldb"));
+    const auto sink = createRecordFile(path("a.mdb"), kTwoDirections, Existing::Replace);
+    ASSERT_FALSE(sink);
+    EXPECT_THAT(sink.error(), ::testing::HasSubstr("a.mdb is open in another program"));
+    EXPECT_EQ(contents(path("a.mdb")), "old");
+    EXPECT_EQ(names(), (QStringList{"a.ldb", "a.mdb"}));
 }
 
 TEST_F(RecordFile, DatabaseHasTheTypesOfItsFields)

@@ -1,6 +1,7 @@
 #include "calibration/filecopy.h"
 
 #include "calibration/calibration_files.h"
+#include "support/held_file.h"
 
 namespace quorvel::calibration {
 namespace {
@@ -45,6 +46,21 @@ TEST_F(FileCopy, ThatCannotWriteSaysWhere)
     ASSERT_FALSE(copied);
     EXPECT_NE(copied.error().find("no folder/to could not be written"), std::string::npos) << copied.error();
     EXPECT_EQ(names(), (Names{"from"}));
+}
+
+TEST_F(FileCopy, LeavesATargetAloneThatIsOpenElsewhere)
+{
+    put(at("from"), "content");
+    put(at("to.mdb"), "what was there");
+    for (const auto* held : {"to.mdb", "to.ldb"}) {
+        const test::HeldFile holder(at(held));
+        const auto copied = copyWhole(at("from"), at("to.mdb"));
+        ASSERT_FALSE(copied) << held;
+        EXPECT_NE(copied.error().find("to.mdb is open in another program"), std::string::npos)
+            << copied.error();
+    }
+    EXPECT_EQ(contentOf(at("to.mdb")), "what was there");
+    EXPECT_EQ(names(), (Names{"from", "to.ldb", "to.mdb"}));
 }
 
 TEST_F(FileCopy, KeepsAFileAsideUnderAFreeName)
