@@ -1,10 +1,14 @@
 #include "grayscale/pixelfile.h"
 
 #include "jet/database.h"
+#include "jet/replaceable.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QTemporaryFile>
+
+#include <system_error>
 
 namespace quorvel::grayscale {
 
@@ -19,9 +23,16 @@ QString cannotBeWritten(const QString& path, const QString& why)
     return QCoreApplication::translate("PixelFile", "The file %1 cannot be written: %2.").arg(path, why);
 }
 
+/// A link stays one: what it points to is replaced.
+QString targetOf(const QString& path)
+{
+    const QFileInfo there(path);
+    return there.exists() ? there.canonicalFilePath() : path;
+}
+
 QString saveCsv(const QString& path, const PixelArray& array)
 {
-    QSaveFile file(path);
+    QSaveFile file(targetOf(path));
     if (!file.open(QIODevice::WriteOnly)) return cannotBeWritten(path, file.errorString());
     file.write(QByteArray(kNumber) + ',' + kValue + '\n');
     for (int pixel = 1; pixel <= array.count(); ++pixel) {
@@ -65,36 +76,47 @@ QString freeName(const QString& path)
     return name;
 }
 
+/// The reason for `path`, the name that was chosen, whatever file it was about.
+QString reasonOf(const jet::Status& done, const QString& file, const QString& path)
+{
+    return done ? QString() : QString::fromStdString(done.error()).replace(file, path);
+}
+
 QString saveDatabase(const QString& path, const PixelArray& array)
 {
-    const QFileInfo there(path);
-    const auto name = there.exists() ? freeName(path) : path;
+    const QFileInfo target(targetOf(path));
+    const auto name = target.exists() ? freeName(target.filePath()) : path;
     const auto file = QFileInfo(name).filesystemFilePath();
-    if (const auto done = makeDatabase(file, array); !done) return QString::fromStdString(done.error());
+    if (const auto done = makeDatabase(file, array); !done) return reasonOf(done, name, path);
     if (name == path) return {};
     std::error_code error;
-    std::filesystem::rename(file, there.filesystemFilePath(), error);
+    std::filesystem::rename(file, target.filesystemFilePath(), error);
     if (!error) return {};
     std::error_code ignored;
     std::filesystem::remove(file, ignored);
     return cannotBeWritten(path, QString::fromStdString(error.message()));
 }
 
+bool isCsvName(const QString& path) { return path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive); }
+
 } // namespace
 
-bool isCsvName(const QString& path) { return path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive); }
+QString whyNotWritable(const QString& path)
+{
+    const QFileInfo target(targetOf(path));
+    const auto may = jet::replaceable(target.filesystemFilePath());
+    if (!may) return reasonOf(may, target.filePath(), path);
+    if (target.exists() && !target.isWritable()) {
+        return cannotBeWritten(path, QCoreApplication::translate("PixelFile", "it is write-protected"));
+    }
+    QTemporaryFile trial(target.filePath() + QStringLiteral(".XXXXXX"));
+    return trial.open() ? QString() : cannotBeWritten(path, trial.errorString());
+}
 
 QString savePixels(const QString& path, const PixelArray& array)
 {
-    const QFileInfo there(path);
-    if (there.isDir())
-        return cannotBeWritten(path, QCoreApplication::translate("PixelFile", "it is a folder"));
-    if (there.exists() && !there.isWritable()) {
-        return cannotBeWritten(path, QCoreApplication::translate("PixelFile", "it is write-protected"));
-    }
-    // A link stays one: what it points to is replaced.
-    const auto target = there.exists() ? there.canonicalFilePath() : path;
-    return isCsvName(path) ? saveCsv(target, array) : saveDatabase(target, array);
+    if (auto reason = whyNotWritable(path); !reason.isEmpty()) return reason;
+    return isCsvName(path) ? saveCsv(path, array) : saveDatabase(path, array);
 }
 
 } // namespace quorvel::grayscale

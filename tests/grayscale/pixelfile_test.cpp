@@ -1,12 +1,32 @@
 #include "grayscale/pixelfile.h"
 
 #include "jet/database.h"
+#include "support/held_file.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+
+namespace {
+
+/// No file can be renamed to this.
+std::string unrenamable;
+
+} // namespace
+
+/// In place of the system's, for the program and its libraries: a disk that fails at the last step.
+extern "C" int rename(const char* from, const char* to) noexcept
+{
+    if (to != unrenamable) return ::renameat(AT_FDCWD, from, AT_FDCWD, to);
+    errno = EIO;
+    return -1;
+}
 
 namespace quorvel::grayscale {
 namespace {
@@ -24,6 +44,11 @@ class PixelFile : public ::testing::Test {
 protected:
     QString file(const char* name) const { return folder_.filePath(QString::fromUtf8(name)); }
     QStringList names() const { return QDir(folder_.path()).entryList(QDir::Files); }
+    void expectOldFile(const char* name) const
+    {
+        EXPECT_EQ(contents(file(name)), "old");
+        EXPECT_EQ(names(), QStringList{QString::fromUtf8(name)}) << "something was left beside it";
+    }
 
     static QByteArray contents(const QString& path)
     {
@@ -125,6 +150,59 @@ TEST_F(PixelFile, ReplacesWhatALinkPointsTo)
     EXPECT_EQ(savePixels(file("link.mdb"), arrayOf({3})), "");
     EXPECT_THAT(rowsOf(file("real.mdb")), ElementsAre("1 3"));
     EXPECT_TRUE(QFileInfo(file("link.mdb")).isSymLink());
+}
+
+TEST_F(PixelFile, ANewDatabaseThatCannotBeMadeLeavesTheOldOne)
+{
+    fill(file("pixels.mdb"), "old");
+    ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("pixels.mdb.new.part")));
+    const auto reason = savePixels(file("pixels.mdb"), arrayOf({3}));
+    EXPECT_TRUE(reason.startsWith(file("pixels.mdb") + " could not be created: ")) << qPrintable(reason);
+    EXPECT_FALSE(reason.contains(".new")) << qPrintable(reason);
+    expectOldFile("pixels.mdb");
+}
+
+TEST_F(PixelFile, AReplacementThatFailsAtTheLastStepLeavesTheOldFile)
+{
+    for (const auto* name : {"pixels.mdb", "pixels.csv"}) {
+        fill(file(name), "old");
+        unrenamable = file(name).toStdString();
+        const auto reason = savePixels(file(name), arrayOf({3}));
+        unrenamable.clear();
+        EXPECT_EQ(reason,
+                  QStringLiteral("The file %1 cannot be written: Input/output error.").arg(file(name)));
+        expectOldFile(name);
+        ASSERT_TRUE(QFile::remove(file(name)));
+    }
+}
+
+TEST_F(PixelFile, ADatabaseThatIsOpenElsewhereStays)
+{
+    ASSERT_EQ(savePixels(file("real.mdb"), arrayOf({1})), "");
+    ASSERT_TRUE(QFile::link(file("real.mdb"), file("link.mdb")));
+    for (const auto* held : {"real.mdb", "real.ldb"}) {
+        const test::HeldFile holder(file(held).toStdString());
+        for (const auto* chosen : {"real.mdb", "link.mdb"}) {
+            EXPECT_EQ(savePixels(file(chosen), arrayOf({2})),
+                      file(chosen) + " is open in another program. Close it there or choose another name.");
+        }
+    }
+    EXPECT_THAT(rowsOf(file("real.mdb")), ElementsAre("1 1"));
+}
+
+TEST_F(PixelFile, WhatCannotBeWrittenIsKnownBefore)
+{
+    fill(file("old.csv"), "old");
+    const auto before = names();
+    EXPECT_EQ(whyNotWritable(file("old.csv")), "");
+    EXPECT_EQ(whyNotWritable(file("new.jpg")), "");
+    for (const auto& path : {file("missing/new.jpg"), file("old.csv/new.mdb"), folder_.path(),
+                             QStringLiteral("/proc/new.mdb"), QStringLiteral("/dev/null")}) {
+        const auto reason = whyNotWritable(path);
+        EXPECT_TRUE(reason.contains(path)) << qPrintable(path) << ": " << qPrintable(reason);
+    }
+    EXPECT_EQ(contents(file("old.csv")), "old");
+    EXPECT_EQ(names(), before) << "only asked";
 }
 
 TEST_F(PixelFile, AMissingFolderIsAReasonThatNamesTheFile)
