@@ -43,8 +43,12 @@ QString fileName(const std::string& argument) { return QString::fromLocal8Bit(ar
 bool mayWrite(Console& console, const GrayscaleOptions& options)
 {
     for (const auto& file : {fileName(options.data), fileName(options.chart)}) {
-        if (options.force || file.isEmpty() || !QFileInfo::exists(file)) continue;
-        console.fail(kNotAnswered, QStringLiteral("%1 exists. Add --force to overwrite it.").arg(file));
+        if (file.isEmpty()) continue;
+        const bool refused = !options.force && QFileInfo::exists(file);
+        const auto reason = refused ? QStringLiteral("%1 exists. Add --force to overwrite it.").arg(file)
+                                    : whyNotWritable(file);
+        if (reason.isEmpty()) continue;
+        console.fail(kNotAnswered, reason);
         return false;
     }
     return true;

@@ -1,0 +1,212 @@
+#include "autoread/exported.h"
+#include "support/held_file.h"
+#include "support/program_run.h"
+#include "support/simulated_bus.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QImageReader>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+namespace quorvel::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+/// `quorvelctl grayscale` without a display, before a simulated bus with readout 5 (type A) and 12 (type C).
+class QuorvelctlGrayscale : public ::testing::Test {
+protected:
+    QuorvelctlGrayscale()
+    {
+        for (const auto* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+            qunsetenv(variable);
+        }
+    }
+
+    ProgramRun run(const QStringList& arguments)
+    {
+        return runProgram("quorvelctl", QStringList({"grayscale", "--port", bus.device()}) + arguments);
+    }
+    ProgramRun runX(const QStringList& arguments)
+    {
+        return run(QStringList({"--address", "5", "--direction", "X"}) + arguments);
+    }
+    QString file(const QString& name) const { return QDir(folder.path()).filePath(name); }
+    QStringList names() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
+    void put(const QString& name, const QByteArray& bytes) const
+    {
+        QFile written(file(name));
+        ASSERT_TRUE(written.open(QIODevice::WriteOnly) && written.write(bytes) == bytes.size());
+    }
+    QByteArray contents(const QString& name) const
+    {
+        QFile read(file(name));
+        EXPECT_TRUE(read.open(QIODevice::ReadOnly)) << qPrintable(name);
+        return read.readAll();
+    }
+    /// Not answered, with these words, and nothing was asked.
+    void expectRefused(const ProgramRun& refused, const QString& words)
+    {
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_EQ(refused.out, "");
+        EXPECT_THAT(refused.err.toStdString(), HasSubstr(words.toStdString()));
+        EXPECT_EQ(bus.frames(), QStringList()) << "pixels were read for nothing";
+    }
+
+    SimulatedBus bus{{"--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:C"}};
+    QTemporaryDir folder;
+};
+
+/// The rows of pixels under their header row, as CSV.
+QString csvOf(const QJsonArray& pixels)
+{
+    QString rows = "sn,hd\n";
+    for (int i = 0; i < pixels.size(); ++i) {
+        rows += QStringLiteral("%1,%2\n").arg(i + 1).arg(pixels[i].toInt());
+    }
+    return rows;
+}
+
+TEST_F(QuorvelctlGrayscale, ReadsEveryDirectionAsJson)
+{
+    struct Row {
+        const char* direction;
+        const char* frame;
+        int pixels;
+    };
+    for (const auto& row : std::initializer_list<Row>{{"X", ":0C65FF", 3760},
+                                                      {"Y", ":0C66FF", 3760},
+                                                      {"Z1", ":0C7803FF", 2048},
+                                                      {"Z2", ":0C7804FF", 2048}}) {
+        const auto read = run({"--address", "12", "--type", "C", "--direction", row.direction, "--json"});
+        EXPECT_EQ(read.status, 0) << qPrintable(read.err);
+        EXPECT_EQ(bus.frames(), QStringList{row.frame});
+        const auto object = QJsonDocument::fromJson(read.out.toUtf8()).object();
+        EXPECT_EQ(object.value("address").toInt(), 12);
+        EXPECT_EQ(object.value("direction").toString(), row.direction);
+        EXPECT_EQ(object.value("count").toInt(), row.pixels);
+        EXPECT_EQ(object.value("pixels").toArray().size(), row.pixels);
+    }
+}
+
+TEST_F(QuorvelctlGrayscale, PrintsCsvWhenNoFileIsNamed)
+{
+    bus.command("reply 5 65 :056500031AFF00FF");
+    const auto read = runX({});
+    EXPECT_EQ(read.status, 0);
+    EXPECT_EQ(read.out, "sn,hd\n1,26\n2,255\n3,0\n");
+    EXPECT_EQ(read.err, "");
+}
+
+TEST_F(QuorvelctlGrayscale, SavesADatabaseThatMdbtoolsRead)
+{
+    const auto read = runX({"--data", file("x.mdb"), "--json"});
+    EXPECT_EQ(read.status, 0);
+    EXPECT_EQ(read.err, QStringLiteral("Saved: %1\n").arg(file("x.mdb")));
+    const auto pixels = QJsonDocument::fromJson(read.out.toUtf8()).object().value("pixels").toArray();
+    const auto rows = QString::fromStdString(exported(file("x.mdb").toStdString())).split(u'\n');
+    ASSERT_EQ(rows.size(), 1 + 7450 + 1) << "header row, pixels, and nothing behind the last line feed";
+    EXPECT_EQ(rows[0], "sn,hd");
+    EXPECT_EQ(rows[1], QStringLiteral("1,%1").arg(pixels.first().toInt()));
+    EXPECT_EQ(rows[7450], QStringLiteral("7450,%1").arg(pixels.last().toInt()));
+    EXPECT_EQ(rows.join(u'\n'), csvOf(pixels));
+    EXPECT_EQ(names(), QStringList{"x.mdb"});
+}
+
+TEST_F(QuorvelctlGrayscale, SavesCsv)
+{
+    bus.command("reply 5 65 :056500021AFFFF");
+    const auto read = runX({"--data", file("x.CSV")});
+    EXPECT_EQ(read.status, 0);
+    EXPECT_EQ(read.out, "");
+    EXPECT_EQ(contents("x.CSV"), "sn,hd\n1,26\n2,255\n");
+}
+
+TEST_F(QuorvelctlGrayscale, SavesTheChartInBothFormatsBesideTheData)
+{
+    for (const auto* format : {"jpg", "png"}) {
+        const auto chart = QStringLiteral("x.%1").arg(format);
+        const auto read = runX({"--data", file("x.csv"), "--chart", file(chart), "--force"});
+        EXPECT_EQ(read.status, 0);
+        const auto saved = QStringLiteral("Saved: %1\nSaved: %2\n").arg(file("x.csv"), file(chart));
+        EXPECT_TRUE(read.err.endsWith(saved)) << qPrintable(read.err);
+        EXPECT_EQ(QImageReader::imageFormat(file(chart)), chart == "x.jpg" ? "jpeg" : "png");
+        EXPECT_EQ(QImage(file(chart)).size(), QSize(1600, 800));
+    }
+    EXPECT_EQ(names(), (QStringList{"x.csv", "x.jpg", "x.png"}));
+}
+
+TEST_F(QuorvelctlGrayscale, SilentReadoutIsExitStatus1AndLeavesNoFile)
+{
+    bus.fault("silent@65");
+    const auto read = runX({"--data", file("x.mdb"), "--chart", file("x.jpg")});
+    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.out, "");
+    EXPECT_TRUE(read.err.endsWith("Readout 5 did not answer, or not to the end.\n")) << qPrintable(read.err);
+    EXPECT_EQ(names(), QStringList());
+}
+
+TEST_F(QuorvelctlGrayscale, MalformedReplyIsExitStatus1ForZ1Too)
+{
+    bus.fault("count@7803");
+    const auto read = run({"--address", "12", "--type", "C", "--direction", "Z1", "--data", file("z.csv")});
+    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.err, "Readout 12 gave an answer that is no grayscale.\n");
+    EXPECT_EQ(names(), QStringList());
+}
+
+TEST_F(QuorvelctlGrayscale, OverwritesOnlyByForce)
+{
+    bus.command("reply 5 65 :056500021AFFFF");
+    struct Row {
+        const char* option;
+        const char* name;
+    };
+    for (const auto& [option, name] : std::initializer_list<Row>{
+             {"--data", "x.mdb"}, {"--data", "x.csv"}, {"--chart", "x.jpg"}, {"--chart", "x.png"}}) {
+        put(name, "old");
+        const QStringList arguments{option, file(name)};
+        expectRefused(runX(arguments), file(name) + " exists. Add --force to overwrite it.");
+        EXPECT_EQ(contents(name), "old");
+        EXPECT_EQ(runX(arguments + QStringList{"--force"}).status, 0);
+        EXPECT_EQ(bus.frames(), QStringList{":0565FF"});
+        EXPECT_NE(contents(name), "old");
+    }
+}
+
+TEST_F(QuorvelctlGrayscale, AFileThatCannotBeWrittenIsToldBeforeTheReading)
+{
+    for (const QString name : {"missing/x.mdb", "missing/x.csv"}) {
+        expectRefused(runX({"--data", file(name), "--force"}), file(name));
+    }
+    expectRefused(runX({"--data", file("x.csv"), "--chart", file("missing/x.jpg")}), file("missing/x.jpg"));
+    expectRefused(runX({"--chart", "/proc/x.png"}), "/proc/x.png");
+    const HeldFile holder(file("held.mdb").toStdString());
+    expectRefused(runX({"--data", file("held.mdb"), "--force"}),
+                  file("held.mdb") + " is open in another program.");
+    EXPECT_EQ(names(), QStringList{"held.mdb"});
+}
+
+TEST_F(QuorvelctlGrayscale, WrongUsageIsExitStatus2AndAsksNothing)
+{
+    const std::initializer_list<QStringList> wrong{
+        {"--address", "5"},
+        {"--address", "5", "--direction", "Z"},
+        {"--direction", "X"},
+        {"--address", "250", "--direction", "X"},
+        {"--address", "5", "--direction", "X", "--data", file("x.txt")},
+        {"--address", "5", "--direction", "X", "--chart", file("x.mdb")},
+    };
+    for (const auto& arguments : wrong) {
+        EXPECT_EQ(run(arguments).status, 2) << qPrintable(arguments.join(u' '));
+    }
+    EXPECT_EQ(bus.frames(), QStringList());
+    EXPECT_EQ(names(), QStringList());
+}
+
+} // namespace
+} // namespace quorvel::test
