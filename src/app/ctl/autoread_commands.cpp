@@ -11,7 +11,11 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace quorvel::ctl {
 
@@ -83,14 +87,6 @@ std::optional<autoread::RecordSpan> askForSpan(Console& console)
     return std::nullopt;
 }
 
-/// Overwrites its own line: a log shows the last count, a terminal the present one.
-void showProgress(int total, int received)
-{
-    std::fprintf(stderr, "\r%s", autoread::receivedText(total, received).c_str());
-    if (received == total) std::fputc('\n', stderr);
-    std::fflush(stderr);
-}
-
 void fetch(Console& console, const QString& file, autoread::Existing existing,
            const autoread::RecordSpan& span)
 {
@@ -99,12 +95,11 @@ void fetch(Console& console, const QString& file, autoread::Existing existing,
     if (!sink) return console.fail(kNotAnswered, QString::fromStdString(sink.error()));
     const auto outcome = autoread::fetchRecords(
         console.module1(), digits(console), span, layout, **sink,
-        {[] { return false; }, [&](int received) { showProgress(span.count(), received); }});
+        {[] { return false; },
+         [&](int received) { console.progress(shown(autoread::receivedText(span.count(), received))); }});
     console.answer(QString::number(outcome.received),
                    {{"address", console.address()}, {"file", file}, {"records", outcome.received}});
-    if (outcome.reason.empty()) return;
-    if (outcome.received > 0 && outcome.received < span.count()) std::fputc('\n', stderr);
-    console.fail(kNotAnswered, QString::fromStdString(outcome.reason));
+    if (!outcome.reason.empty()) console.fail(kNotAnswered, QString::fromStdString(outcome.reason));
 }
 
 void download(Console& console, const DownloadOptions& options)

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 
 #include <cstdio>
+#include <utility>
 
 namespace quorvel::ctl {
 
@@ -48,7 +49,11 @@ bool Console::openReadout()
 
 int Console::address() const { return text::integerOf(options.address); }
 
-void Console::tell(const QString& words) const { std::fprintf(stderr, "%s\n", qPrintable(words)); }
+void Console::tell(const QString& words) const
+{
+    endProgress();
+    std::fprintf(stderr, "%s\n", qPrintable(words));
+}
 
 void Console::fail(int exitStatus, const QString& words)
 {
@@ -56,8 +61,21 @@ void Console::fail(int exitStatus, const QString& words)
     tell(words);
 }
 
+void Console::progress(const QString& words) const
+{
+    std::fprintf(stderr, "\r%s", qPrintable(words));
+    std::fflush(stderr);
+    progressShown_ = true;
+}
+
+void Console::endProgress() const
+{
+    if (std::exchange(progressShown_, false)) std::fputc('\n', stderr);
+}
+
 void Console::answer(const QString& text, const QJsonObject& object) const
 {
+    endProgress();
     const auto line = options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8();
     std::fprintf(stdout, "%s\n", line.constData());
     std::fflush(stdout);

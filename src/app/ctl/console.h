@@ -50,10 +50,15 @@ public:
     void tell(const QString& words) const;
     /// tell() and an exit status.
     void fail(int exitStatus, const QString& words);
+    /// A line on stderr that the next one overwrites, until anything else is said. In a log the last one shows.
+    void progress(const QString& words) const;
     /// One line of data on stdout: the object with --json, else the text.
     void answer(const QString& text, const QJsonObject& object) const;
 
 private:
+    void endProgress() const;
+
+    mutable bool progressShown_ = false; ///< of stderr: a progress line is not ended
     link::Bench bench_;
     link::SystemClock clock_;
     std::unique_ptr<link::PortList> ports_;
