@@ -18,9 +18,16 @@ char lowerCase(char letter)
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
+/// A path for people, and for comparing: UTF-8, which on some platforms string() is not.
+std::string utf8(const fs::path& path)
+{
+    const auto text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
 const TableFormat& formatOf(const fs::path& path)
 {
-    auto extension = path.extension().string();
+    auto extension = utf8(path.extension());
     std::transform(extension.begin(), extension.end(), extension.begin(), lowerCase);
     return extension == ".csv" ? kCsvFormat : kMdbFormat;
 }
@@ -46,10 +53,9 @@ jet::Status makeInPlaceOf(const fs::path& path, const RecordLayout& layout)
     if (error) {
         std::error_code ignored;
         fs::remove(spare, ignored);
-        return jet::Failure{path.string() + " could not be overwritten: " + error.message() +
+        return jet::Failure{utf8(path) + " could not be overwritten: " + error.message() +
                             ". Choose another name."};
     }
-    flushFolderOf(path);
     return {};
 }
 
@@ -62,6 +68,7 @@ jet::Result<std::unique_ptr<RecordSink>> createRecordFile(const fs::path& path, 
     const auto made =
         existing == Existing::Replace ? makeInPlaceOf(path, layout) : format.makeEmpty(path, layout);
     if (!made) return made.failure();
+    flushFolderOf(path);
     return format.open(path, layout);
 }
 

@@ -38,6 +38,7 @@ struct RecordSpan {
 
     int count() const { return end - first; }
     int indexOf(int recordCount) const { return recordCount % capacity; }
+    bool operator==(const RecordSpan&) const = default;
 };
 
 /// The frames for the readout of these two address digits: count query, one record, delete all.

@@ -67,13 +67,14 @@ void SetAuto::connectControls()
     gate_.guard(ui_->Command1, &QPushButton::clicked, this, &SetAuto::Command1_Click);
     gate_.guard(ui_->Command2, &QPushButton::clicked, this, &SetAuto::Command2_Click);
     gate_.guard(ui_->Command3, &QPushButton::clicked, this, &SetAuto::Command3_Click);
-    connect(ui_->Text1, &QLineEdit::textChanged, this, &SetAuto::showLedger);
+    connect(ui_->Text1, &QLineEdit::textChanged, this, &SetAuto::addressTyped);
     connect(&module1_.port(), &link::MSComm::lost, ui_->Status, &QLabel::setText);
 }
 
 bool SetAuto::transact(const std::string& frame, int replyLength)
 {
-    ui_->Status->setText(tr("Waiting for readout %1 ...").arg(words(address())));
+    remark_.clear();
+    showLine(tr("Waiting for readout %1 ...").arg(words(address())));
     const bool answered = module1_.transact(frame, static_cast<std::uint16_t>(replyLength));
     showLedger();
     return answered;
@@ -92,7 +93,8 @@ void SetAuto::Command1_Click()
     messages_.say(this, answered ? autoread::kSetOk : autoread::kSetError);
 }
 
-// Here, too, a broken query goes on: it mostly leads to "No Data".
+// Here, too, a broken query goes on: it mostly leads to "No Data". A window that is closing touches no file: what
+// stands there would give way to an empty one.
 void SetAuto::Command2_Click()
 {
     if (!module1_.port().PortOpen()) return messages_.say(this, kPortNotOpened);
@@ -103,23 +105,25 @@ void SetAuto::Command2_Click()
     if (pointers.isEmpty()) return messages_.say(this, autoread::kNoData);
     if (const auto why = autoread::whyNotFetchable(pointers); !why.empty())
         return messages_.say(this, words(why));
+    if (gate_.stopRequested()) return;
     const auto path = ChooseDatabaseFile(messages_, this);
-    if (path.isEmpty()) return;
+    if (path.isEmpty() || gate_.stopRequested()) return;
     const auto existing = QFileInfo::exists(path) ? autoread::Existing::Replace : autoread::Existing::Keep;
-    if (!mayWrite(messages_, this, path)) return;
+    if (!mayWrite(messages_, this, path) || gate_.stopRequested()) return;
     fetchInto(path, existing, autoread::spanOf(pointers));
 }
 
 void SetAuto::noteReply(const autoread::RingPointers& pointers, bool answered)
 {
     const auto& reply = module1_.ReplyText();
-    if (autoread::isPlainPointersReply(reply) && autoread::whyNotFetchable(pointers).empty()) {
-        ledger_.seen(address(), autoread::spanOf(pointers));
-        showLedger();
-    } else if (answered) {
-        ui_->Status->setText(tr("The answer to the question for stored records was not readable: %1")
-                                 .arg(words(autoread::printable(reply))));
+    const bool plain = autoread::isPlainPointersReply(reply);
+    if (plain && autoread::whyNotFetchable(pointers).empty()) {
+        ledger_.seen(address(), pointers, module1_.clock().now().toSecsSinceEpoch());
+    } else if (answered && !plain) {
+        remark_ = tr("The answer to the question for stored records was not readable: %1")
+                      .arg(words(autoread::printable(reply)));
     }
+    showLedger();
 }
 
 void SetAuto::fetchInto(const QString& path, autoread::Existing existing, const autoread::RecordSpan& span)
@@ -137,12 +141,12 @@ autoread::Outcome SetAuto::run(autoread::RecordSink& sink, const autoread::Recor
     const double start = clock.timeOfDay();
     const auto who = address();
     showProgress(span.count(), 0, 0);
-    ui_->Status->setText(tr("Closing this window ends the download after the record under way."));
+    showLine(tr("Closing this window ends the download after the record under way."));
     return autoread::fetchRecords(
         module1_, addressDigits(), span, layout(), sink,
         {[this] { return gate_.stopRequested(); },
          [&](int received) {
-             ledger_.downloaded(who, span.first + received);
+             ledger_.downloaded(who, span, span.first + received - 1);
              ui_->Label3->show();
              ui_->Label3->setText(shown(autoread::receivedText(span.count(), received)));
              showProgress(span.count(), received, secondsBetween(start, clock.timeOfDay()));
@@ -164,19 +168,32 @@ void SetAuto::Command3_Click()
     showLedger();
     if (!messages_.ask(this, autoread::kDeleteQuestion)) return;
     const auto who = address();
+    // A readout that does not answer may have deleted all the same.
+    ledger_.forget(who);
     const bool answered = transact(autoread::deleteFrame(addressDigits()), autoread::kDeleteReplyLength);
     if (answered) ledger_.deleted(who);
     showLedger();
     messages_.say(this, answered ? autoread::kDataDeleted : kCommError);
 }
 
-// When the adapter was pulled, the reason for that stays.
+void SetAuto::addressTyped()
+{
+    remark_.clear();
+    showLedger();
+}
+
 void SetAuto::showLedger()
 {
-    if (!module1_.port().PortOpen()) return;
     const bool valid = link::isAddress(text::integerOf(bytes(ui_->Text1->text())));
-    ui_->Status->setText(valid ? words(ledger_.text(address()))
-                               : tr("No readout has this address: it is a number from 1 to 249."));
+    showLine(valid ? words(ledger_.text(address()))
+                   : tr("No readout has this address: it is a number from 1 to 249."));
+}
+
+// When the adapter was pulled, the reason for that stays.
+void SetAuto::showLine(const QString& line)
+{
+    if (!module1_.port().PortOpen()) return;
+    ui_->Status->setText(remark_.isEmpty() ? line : line + u'\n' + remark_);
 }
 
 std::string SetAuto::addressDigits() const { return link::AddressToHex(bytes(ui_->Text1->text())); }

@@ -44,12 +44,16 @@ private:
 
     /// One transaction, with a notice while it waits.
     bool transact(const std::string& frame, int replyLength);
+    /// Books an answer about the ring that can be relied on; of any other whole answer it remarks what came.
+    void noteReply(const autoread::RingPointers& pointers, bool answered);
     void fetchInto(const QString& path, autoread::Existing existing, const autoread::RecordSpan& span);
     autoread::Outcome run(autoread::RecordSink& sink, const autoread::RecordSpan& span);
-    void noteReply(const autoread::RingPointers& pointers, bool answered);
     void showProgress(int total, int received, double passed);
+    void addressTyped();
     /// What this window knows about the records of the readout in the address box.
     void showLedger();
+    /// Shows a line at the bottom, and the remark below it.
+    void showLine(const QString& line);
 
     /// Two hexadecimal digits of the address box, for frames.
     std::string addressDigits() const;
@@ -63,6 +67,7 @@ private:
     link::Gate& gate_;
     Messages& messages_;
     autoread::Ledger ledger_;
+    QString remark_; ///< on the last answer of the readout in the address box
 };
 
 } // namespace quorvel
