@@ -1,6 +1,7 @@
 #include "autoread/record_file.h"
 
 #include "autoread/exported.h"
+#include "autoread/largest_file.h"
 #include "jet/database.h"
 #include "support/held_file.h"
 
@@ -10,26 +11,24 @@
 
 #include <gmock/gmock.h>
 
-#include <csignal>
-#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace quorvel::autoread {
 
 namespace {
 
+using test::contents;
 using test::exported;
+using test::LargestFile;
 using test::rowsIn;
+
+std::vector<ino_t> flushedFolders;
 
 Record recordAt(int second, float x, float y, float z1 = 0, float z2 = 0)
 {
     return {*jet::Date::of({2024, 2, 29, 23, 59, second}), {x, y, z1, z2}};
-}
-
-std::string contents(const std::filesystem::path& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
-    return file.readAll().toStdString();
 }
 
 class RecordFile : public ::testing::Test {
@@ -73,6 +72,17 @@ TEST_P(EachKind, BeginsWithItsEmptyTable)
     ASSERT_TRUE(createRecordFile(file(), kTwoDirections, Existing::Keep));
     EXPECT_EQ(read(), "time,x,y\n");
     EXPECT_EQ(names().size(), 1);
+}
+
+TEST_P(EachKind, HasItsNameOnTheDisk)
+{
+    struct stat there {};
+    ASSERT_EQ(::stat(folder.path().toLocal8Bit().constData(), &there), 0);
+    for (const auto existing : {Existing::Keep, Existing::Replace}) {
+        flushedFolders.clear();
+        ASSERT_TRUE(createRecordFile(file(), kTwoDirections, existing));
+        EXPECT_THAT(flushedFolders, ::testing::Contains(there.st_ino));
+    }
 }
 
 TEST_P(EachKind, HoldsEachRowBeforeItIsClosed)
@@ -130,24 +140,6 @@ TEST_P(EachKind, LeavesAFolderOfThatNameAlone)
     EXPECT_TRUE(std::filesystem::is_directory(file()));
     EXPECT_EQ(names().size(), 1);
 }
-
-/// As if the disk had only this much room for one file.
-class LargestFile {
-public:
-    explicit LargestFile(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~LargestFile() { ::setrlimit(RLIMIT_FSIZE, &before_); }
-    LargestFile(const LargestFile&) = delete;
-    LargestFile& operator=(const LargestFile&) = delete;
-
-private:
-    rlimit before_{};
-};
 
 TEST_P(EachKind, KeepsItsRowsWhenTheDiskIsFull)
 {
@@ -221,3 +213,12 @@ TEST_F(RecordFile, DatabaseHasTheTypesOfItsFields)
 } // namespace
 
 } // namespace quorvel::autoread
+
+/// In place of the C library's: notes which folders are brought to the disk.
+extern "C" int fsync(int handle)
+{
+    struct stat what {};
+    if (::fstat(handle, &what) == 0 && S_ISDIR(what.st_mode))
+        quorvel::autoread::flushedFolders.push_back(what.st_ino);
+    return static_cast<int>(::syscall(SYS_fsync, handle));
+}
