@@ -202,15 +202,38 @@ TEST_F(Download, PulledAdapterEndsItWithoutWaiting)
     EXPECT_LT(readout.clock.passed() - before, 1);
 }
 
-TEST_F(Download, ThreeDirectionsAwaitTheirLength)
-{
-    readout.answer = [](const std::string& frame) {
+class ThreeDirections : public Download {
+protected:
+    static std::string threeOf(const std::string& frame)
+    {
         return ":0124" + frame.substr(5, 4) + "240517090530+001.000+002.000+003.000+004.000FF\r\n";
-    };
-    const auto outcome = fetchRecords(readout.module1, "01", {1000, 0, 2}, kThreeDirections, sink,
-                                      {[] { return false; }, [](int) {}});
-    EXPECT_EQ(outcome.received, 2);
+    }
+    Outcome fetchThree(const RecordSpan& span)
+    {
+        return fetchRecords(readout.module1, "01", span, kThreeDirections, sink,
+                            {[] { return false; }, [](int) {}});
+    }
+};
+
+TEST_F(ThreeDirections, AwaitTheirLength)
+{
+    readout.answer = threeOf;
+    EXPECT_EQ(fetchThree({1000, 0, 2}).received, 2);
     EXPECT_THAT(sink.records[1].readings, ElementsAre(1, 2, 3, 4));
+}
+
+TEST_F(ThreeDirections, CutAnywhereAreNoRecordOfTwo)
+{
+    for (std::size_t length = 41; length < 57; ++length) {
+        sink.records.clear();
+        readout.frames.clear();
+        readout.answer = [&](const std::string& frame) {
+            const auto whole = threeOf(frame);
+            return readout.frames.size() == 2 ? whole.substr(0, length) : whole;
+        };
+        EXPECT_EQ(fetchThree({1000, 0, 3}).reason, "1 records have been received, Comm Error") << length;
+        EXPECT_EQ(sink.records.size(), 1U) << length;
+    }
 }
 
 } // namespace

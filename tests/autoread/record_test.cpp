@@ -97,6 +97,15 @@ TEST(Record, OfAnotherLengthIsNone)
     EXPECT_FALSE(readRecord(reply("240517090530", kXY + kXY), kTwoDirections).record);
 }
 
+TEST(Record, OfThreeDirectionsCutAnywhereIsNone)
+{
+    const auto whole = reply("240517090530", kXY + kXY);
+    ASSERT_EQ(whole.size(), 57U);
+    for (std::size_t length = 41; length < 57; ++length) {
+        EXPECT_FALSE(readRecord(whole.substr(0, length), kThreeDirections).record) << length;
+    }
+}
+
 TEST(Record, NoiseThatShiftsTheReplyIsNone)
 {
     const auto whole = reply("240517090530", kXY);

@@ -35,6 +35,7 @@ void TestMessages::showResult(QWidget* parent, const QString& firstLine, const Q
 QString TestMessages::chooseFile(QWidget*, const FileChoice& choice)
 {
     lastChoice = choice;
+    if (onChoose) onChoose();
     return takeFirst(files);
 }
 

@@ -27,6 +27,7 @@ public:
     std::deque<QString> texts;                  ///< typed into the text boxes to come; cancelled when empty
     FileChoice lastChoice;                      ///< what the last file dialog asked for
     std::function<void(const QString&)> onShow; ///< called with each text while its box is open
+    std::function<void()> onChoose;             ///< called while a file dialog is open
 };
 
 } // namespace quorvel::test

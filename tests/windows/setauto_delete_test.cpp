@@ -40,6 +40,20 @@ TEST_F(SetAutoOnTheBus, ShortAnswerToDeleteIsACommError)
     EXPECT_EQ(controls.status(), "The records stored in readout 5 have not been downloaded in this window.");
 }
 
+TEST_F(SetAutoOnTheBus, RecordsTakenAfterAnUnansweredDeleteAreNotThoseOfTheFile)
+{
+    bus.command("set 5 ring 1000,0,5");
+    download("a.mdb");
+    bus.fault("silent@5/25");
+    messages.answers = {true};
+    controls.press("Command3");
+    EXPECT_EQ(lastMessage(), "Comm Error");
+    EXPECT_EQ(controls.status(), "The records stored in readout 5 have not been downloaded in this window.");
+    bus.command("take 5 5");
+    controls.press("Command2"); // cancelled in the file dialog
+    EXPECT_EQ(controls.status(), "Readout 5 holds 5 records that this window has not downloaded.");
+}
+
 TEST_F(SetAutoOnTheBus, StatusWarnsBeforeRecordsAreDeletedUndownloaded)
 {
     controls.press("Command2"); // cancelled in the file dialog

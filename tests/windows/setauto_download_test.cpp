@@ -9,13 +9,6 @@ namespace quorvel::test {
 
 namespace {
 
-std::string text(const std::filesystem::path& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
-    return file.readAll().toStdString();
-}
-
 TEST_F(SetAutoOnTheBus, DownloadsFiveRecords)
 {
     download("a.mdb");
@@ -31,6 +24,16 @@ TEST_F(SetAutoOnTheBus, DownloadsFiveRecords)
               "All 5 records that readout 5 held when it was last asked have been downloaded.");
 }
 
+TEST_F(SetAutoOnTheBus, DownloadsOneRecord)
+{
+    bus.command("set 5 ring 1000,0,1");
+    download("a.mdb");
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(bus.frames(), QStringList({":0522FF", ":05240000FF"}));
+    EXPECT_EQ(controls.Label3().text(), "Total 1 records. 1 records have been received.");
+    EXPECT_EQ(rowsIn(exported(path("a.mdb"))), 1);
+}
+
 TEST_F(SetAutoOnTheBus, RowsHoldWhatTheReadoutSent)
 {
     bus.command("set 5 ring 1000,0,1");
@@ -38,7 +41,7 @@ TEST_F(SetAutoOnTheBus, RowsHoldWhatTheReadoutSent)
     download("a.mdb");
     download("a.csv");
     EXPECT_EQ(exported(path("a.mdb")), "time,x,y\n2024-02-29T23:59:59,12.5,-1.25\n");
-    EXPECT_EQ(text(path("a.csv")), "time,x,y\n2024-02-29T23:59:59,12.5,-1.25\n");
+    EXPECT_EQ(contents(path("a.csv")), "time,x,y\n2024-02-29T23:59:59,12.5,-1.25\n");
 }
 
 TEST_F(SetAutoOnTheBus, CsvHasTheFewestDigitsOfSinglePrecision)
@@ -46,7 +49,7 @@ TEST_F(SetAutoOnTheBus, CsvHasTheFewestDigitsOfSinglePrecision)
     bus.command("set 5 ring 1000,0,1");
     bus.command("reply 5 24 :05240000240229235959+021.294-000.001FF");
     download("a.csv");
-    EXPECT_EQ(text(path("a.csv")), "time,x,y\n2024-02-29T23:59:59,21.294,-0.001\n");
+    EXPECT_EQ(contents(path("a.csv")), "time,x,y\n2024-02-29T23:59:59,21.294,-0.001\n");
 }
 
 TEST_F(SetAutoOnTheBus, ThreeDirectionsHaveTwoMoreFields)
@@ -107,13 +110,43 @@ TEST_F(SetAutoOnTheBus, PointersThatLeadNowhereMakeNoFile)
     EXPECT_EQ(bus.frames(), QStringList({":0522FF", ":0522FF"}));
 }
 
+constexpr auto kUnknown = "The records stored in readout 5 have not been downloaded in this window.";
+constexpr auto kUnreadable = "\nThe answer to the question for stored records was not readable: ";
+
 TEST_F(SetAutoOnTheBus, UnreadableCountIsPointedOutBesideNoData)
 {
     bus.command("reply 5 22 :0522ABCDEFGHIJKLFF");
     download("a.mdb");
     EXPECT_EQ(messages.shown, QStringList("No Data"));
-    EXPECT_EQ(controls.status(), "The answer to the question for stored records was not readable: "
-                                 ":0522ABCDEFGHIJKLFF\\x0D\\x0A");
+    EXPECT_EQ(controls.status(), QString(kUnknown) + kUnreadable + ":0522ABCDEFGHIJKLFF\\x0D\\x0A");
+    controls.Text1().setText("12");
+    EXPECT_EQ(controls.status(), "The records stored in readout 12 have not been downloaded in this window.");
+}
+
+TEST_F(SetAutoOnTheBus, UnreadableCountThatGoesOnIsPointedOutBesideTheDownload)
+{
+    QString meanwhile;
+    messages.onShow = [&](const QString&) { meanwhile = controls.status(); };
+    bus.command("reply 5 22 :0522 999 010 012FF");
+    bus.fault("silent@5/24:1+1");
+    download("a.mdb");
+    const auto remark = QString(kUnreadable) + ":0522 999 010 012FF\\x0D\\x0A";
+    EXPECT_EQ(messages.shown, QStringList("1 records have been received, Comm Error"));
+    EXPECT_EQ(meanwhile, kUnknown + remark);
+    EXPECT_EQ(controls.status(), kUnknown + remark);
+    bus.command("reply 5 22");
+    download("b.mdb");
+    EXPECT_EQ(controls.status(),
+              "All 5 records that readout 5 held when it was last asked have been downloaded.");
+}
+
+TEST_F(SetAutoOnTheBus, RingThatCannotBeFetchedIsReadable)
+{
+    for (const auto* reply : {":0522000000000000FF", ":0522000000050007FF"}) {
+        bus.command(QStringLiteral("reply 5 22 ") + reply);
+        controls.press("Command2");
+        EXPECT_EQ(controls.status(), kUnknown) << reply;
+    }
 }
 
 TEST_F(SetAutoOnTheBus, ClosedPortIsSaid)
@@ -136,7 +169,7 @@ TEST_F(ExistingFile, IsKeptOnNo)
 {
     download("a.mdb");
     EXPECT_EQ(messages.shown, QStringList("File already exists, overwrite this file?"));
-    EXPECT_EQ(text(path("a.mdb")), "old");
+    EXPECT_EQ(contents(path("a.mdb")), "old");
     EXPECT_EQ(bus.frames(), QStringList(":0522FF"));
 }
 

@@ -48,6 +48,32 @@ TEST_F(SetAutoOnTheBus, FixedTimesAreShown)
                              "Change AutoReading Mode?");
 }
 
+class OtherMode : public SetAutoOnTheBus, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(OtherMode, IsFixedTimes)
+{
+    bus.command(QStringLiteral("reply 5 06 :0506") + GetParam() + "08121620FF");
+    controls.press("Command1");
+    EXPECT_EQ(messages.shown,
+              QStringList("Current AutoReading Mode is fixed time every day at 8,12,16,20 o'clock.\r\n"
+                          "Change AutoReading Mode?"));
+}
+
+INSTANTIATE_TEST_SUITE_P(SetAuto, OtherMode, ::testing::Values("00", "XY", "99"));
+
+TEST_F(SetAutoOnTheBus, PulledAdapterStaysTheReasonAtTheBottom)
+{
+    bus.fault("hangup@5/06");
+    controls.press("Command1");
+    const auto reason = controls.status();
+    EXPECT_TRUE(reason.startsWith(bus.device() + " is gone")) << qPrintable(reason);
+    for (const auto* name : {"Command1", "Command3"}) {
+        messages.answers = {true};
+        controls.press(name);
+        EXPECT_EQ(controls.status(), reason) << name;
+    }
+}
+
 TEST_F(SetAutoOnTheBus, YesSetsTheSelectedInterval)
 {
     messages.answers = {true, true};

@@ -1,9 +1,14 @@
 #include "autoread/exported.h"
+#include "autoread/largest_file.h"
 #include "autoread/scripted_readout.h"
 #include "text/number.h"
 #include "windows/setauto_on_the_bus.h"
 
+#include <QFileInfo>
+
 #include <gmock/gmock.h>
+
+#include <optional>
 
 namespace quorvel::test {
 
@@ -36,9 +41,18 @@ link::Bench benchAtFive()
 /// The real window before a scripted readout; time is moved by hand, so that 1000 records take no real time.
 class SetAutoByHand : public ::testing::Test {
 protected:
-    SetAutoByHand() { form.show(); }
+    SetAutoByHand()
+    {
+        qApp->installEventFilter(&filter);
+        form.show();
+    }
 
     std::filesystem::path database() const { return folder.filePath("a.mdb").toStdString(); }
+    void putOldFile() const
+    {
+        QFile old(folder.filePath("a.mdb"));
+        EXPECT_TRUE(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+    }
     void download()
     {
         messages.files.push_back(folder.filePath("a.mdb"));
@@ -54,16 +68,6 @@ protected:
     SetAuto form{bench, readout.module1, gate, messages};
     SetAutoControls controls{form};
 };
-
-std::vector<std::string> linesOf(const std::string& table)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(table);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 TEST_F(SetAutoByHand, WrappedRingComesInTheOrderOfItsRecords)
 {
@@ -132,6 +136,83 @@ TEST_F(SetAutoByHand, ClosingEndsTheDownloadAfterTheRecordInFlight)
     EXPECT_EQ(readout.frames.back(), ":05240003FF");
     EXPECT_EQ(rowsIn(exported(database())), 6);
 }
+
+TEST_F(SetAutoByHand, ClosingDuringTheCountQueryLeavesTheFileAlone)
+{
+    putOldFile();
+    messages.answers = {true};
+    readout.answer = [&](const std::string& frame) {
+        form.close();
+        return shortRing(frame);
+    };
+    download();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(messages.files.size(), 1U) << "the file dialog was shown";
+    EXPECT_EQ(contents(database()), "old");
+    EXPECT_EQ(readout.frames.size(), 1U);
+}
+
+TEST_F(SetAutoByHand, ClosingInTheFileDialogLeavesTheFileAlone)
+{
+    putOldFile();
+    messages.answers = {true};
+    messages.onChoose = [&] { form.close(); };
+    download();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(contents(database()), "old");
+}
+
+TEST_F(SetAutoByHand, ClosingInTheQuestionLeavesTheFileAlone)
+{
+    putOldFile();
+    messages.answers = {true};
+    messages.onShow = [&](const QString&) { form.close(); };
+    download();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(messages.shown, QStringList("File already exists, overwrite this file?"));
+    EXPECT_EQ(contents(database()), "old");
+    EXPECT_EQ(readout.frames.size(), 1U);
+}
+
+/// A file, what reads it, and how much room the disk has for more of it.
+struct Room {
+    const char* name;
+    std::string (*read)(const std::filesystem::path&);
+    rlim_t bytes;
+};
+
+class FullDisk : public SetAutoByHand, public ::testing::WithParamInterface<Room> {};
+
+TEST_P(FullDisk, IsSaidAndTheRowsBeforeAreKept)
+{
+    const auto file = folder.filePath(GetParam().name);
+    std::optional<LargestFile> limit;
+    readout.answer = [&](const std::string& frame) {
+        if (frame == ":05240098FF") limit.emplace(QFileInfo(file).size() + GetParam().bytes);
+        return shortRing(frame);
+    };
+    messages.files.push_back(file);
+    controls.press("Command2");
+    limit.reset();
+    const int rows = rowsIn(GetParam().read(file.toStdString()));
+    EXPECT_LT(rows, 100);
+    ASSERT_EQ(messages.shown.size(), 1);
+    EXPECT_TRUE(messages.last().startsWith(file + " could not be written: ")) << qPrintable(messages.last());
+    EXPECT_TRUE(messages.last().endsWith(
+        QStringLiteral("the file holds the %1 records before. The readout still has all its data.")
+            .arg(rows)))
+        << qPrintable(messages.last());
+    EXPECT_EQ(
+        controls.status(),
+        QStringLiteral("Readout 5 holds %1 records that this window has not downloaded.").arg(100 - rows));
+    EXPECT_EQ(controls.progress().value(), rows);
+}
+
+INSTANTIATE_TEST_SUITE_P(SetAuto, FullDisk,
+                         ::testing::Values(Room{"a.csv", contents, 1000}, Room{"a.mdb", exported, 0}),
+                         [](const auto& room) { return std::string(room.param.name).substr(2); });
 
 TEST_F(SetAutoByHand, SecondPressDuringADownloadDoesNothing)
 {
