@@ -1,16 +1,21 @@
 #include "autoread/exported.h"
+#include "autoread/largest_file.h"
 #include "support/program_run.h"
 #include "support/simulated_bus.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QJsonDocument>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 #include <QThread>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
 
 namespace quorvel::test {
 namespace {
@@ -25,6 +30,15 @@ protected:
     }
     QString file(const QString& name) const { return QDir(folder.path()).filePath(name); }
     int rows(const QString& name) const { return rowsIn(exported(file(name).toStdString())); }
+    /// The row that a record of readout 5 should give, asked for by hand.
+    Row onTheBus(const QByteArray& index)
+    {
+        QFile port;
+        EXPECT_TRUE(port.open(::open(bus.device().toLocal8Bit().constData(), O_RDWR | O_NOCTTY),
+                              QIODevice::ReadWrite | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle));
+        port.write(":0524" + index + "FF\r\n");
+        return rowOnTheBus(port.readLine().toStdString(), 2);
+    }
 
     SimulatedBus bus{{"--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:C", "--ring",
                       "5:1000,10,15", "--ring", "12:3,2,1"}};
@@ -48,6 +62,21 @@ TEST_F(QuorvelctlAutoread, DownloadsIntoADatabase)
     EXPECT_EQ(download.out, "5\n");
     EXPECT_TRUE(download.err.endsWith("Total 5 records. 5 records have been received.\n"));
     EXPECT_EQ(rows("a.mdb"), 5);
+}
+
+TEST_F(QuorvelctlAutoread, WrappedRingIsReadByOtherProgramsFromItsOldestRecord)
+{
+    bus.command("set 5 ring 60,58,2");
+    const auto download = run({"download", file("a.mdb")});
+    EXPECT_EQ(download.status, 0) << qPrintable(download.err);
+    EXPECT_EQ(download.out, "60\n");
+    const auto found = rowsOfMdbtools(file("a.mdb").toStdString());
+    ASSERT_EQ(found.size(), 60U);
+    EXPECT_EQ(found[0], onTheBus("0058"));
+    EXPECT_EQ(found[1], onTheBus("0059"));
+    EXPECT_EQ(found[2], onTheBus("0000"));
+    EXPECT_EQ(found[59], onTheBus("0057"));
+    EXPECT_EQ(rowsOfMdbReader(file("a.mdb").toStdString()), found);
 }
 
 TEST_F(QuorvelctlAutoread, DownloadsThreeDirectionsAsCsv)
@@ -87,6 +116,86 @@ TEST_F(QuorvelctlAutoread, BrokenLineIsExitStatus1WithTheRecordsKept)
     EXPECT_EQ(rows("a.mdb"), 2);
 }
 
+TEST_F(QuorvelctlAutoread, PulledAdapterIsSaidOnALineOfItsOwn)
+{
+    bus.fault("hangup@5/24:1+2");
+    const auto download = run({"download", file("a.mdb")});
+    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.out, "2\n");
+    EXPECT_TRUE(download.err.contains("2 records have been received.\n" + bus.device() + " is gone"))
+        << qPrintable(download.err);
+    EXPECT_TRUE(download.err.endsWith("\n2 records have been received, Comm Error\n"))
+        << qPrintable(download.err);
+}
+
+TEST_F(QuorvelctlAutoread, SilentReadoutIsExitStatus1)
+{
+    bus.fault("silent@*");
+    const std::pair<QStringList, QString> commands[] = {{{"auto"}, "Comm Error\n"},
+                                                        {{"auto", "--set", "5m"}, "Set Error\n"},
+                                                        {{"clear", "--yes"}, "Comm Error\n"},
+                                                        {{"download", file("a.mdb")}, "Comm Error\n"}};
+    for (const auto& [arguments, words] : commands) {
+        const auto silent = run(arguments);
+        EXPECT_EQ(silent.status, 1) << qPrintable(arguments[0]);
+        EXPECT_EQ(silent.err, words) << qPrintable(arguments[0]);
+        EXPECT_EQ(silent.out, "") << qPrintable(arguments[0]);
+    }
+    EXPECT_FALSE(QFile::exists(file("a.mdb")));
+}
+
+TEST_F(QuorvelctlAutoread, BadDateNamesTheRecord)
+{
+    bus.fault("baddate@5/24:1+2");
+    const auto download = run({"download", file("a.mdb")});
+    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.out, "2\n");
+    EXPECT_TRUE(download.err.contains("\nRecord 0012 of the readout holds no valid date and time: \"241332"))
+        << qPrintable(download.err);
+    EXPECT_EQ(rows("a.mdb"), 2);
+}
+
+TEST_F(QuorvelctlAutoread, RingThatCannotBeFetchedMakesNoFile)
+{
+    bus.command("reply 5 22 :0522000000050007FF");
+    const auto download = run({"download", file("a.mdb")});
+    EXPECT_EQ(download.status, 1);
+    EXPECT_TRUE(download.err.startsWith("The readout reports a ring without slots "))
+        << qPrintable(download.err);
+    EXPECT_FALSE(QFile::exists(file("a.mdb")));
+}
+
+TEST_F(QuorvelctlAutoread, MissingFolderIsSaidAndNothingFetched)
+{
+    const auto download = run({"download", file("missing/a.mdb")});
+    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.out, "");
+    EXPECT_TRUE(download.err.startsWith(file("missing/a.mdb") + " could not be "))
+        << qPrintable(download.err);
+    EXPECT_EQ(bus.frames(), QStringList(":0522FF"));
+}
+
+TEST_F(QuorvelctlAutoread, FullDiskKeepsTheRowsBefore)
+{
+    bus.command("set 5 ring 1000,0,20");
+    ProgramRun download;
+    {
+        const LargestFile limit(500); // about 14 records; the lock of the port needs a little, too
+        download = run({"download", file("a.csv")});
+    }
+    EXPECT_EQ(download.status, 1);
+    const int kept = rowsIn(contents(file("a.csv").toStdString()));
+    EXPECT_GT(kept, 10);
+    EXPECT_EQ(download.out, QStringLiteral("%1\n").arg(kept));
+    EXPECT_TRUE(
+        download.err.contains(" records have been received.\n" + file("a.csv") + " could not be written: "))
+        << qPrintable(download.err);
+    EXPECT_TRUE(download.err.endsWith(
+        QStringLiteral("the file holds the %1 records before. The readout still has all its data.\n")
+            .arg(kept)))
+        << qPrintable(download.err);
+}
+
 TEST_F(QuorvelctlAutoread, EmptyRingMakesNoFile)
 {
     bus.command("set 5 ring 1000,5,5");
@@ -117,16 +226,18 @@ TEST_F(QuorvelctlAutoread, ClearsOnlyWhenSure)
 /// A download that runs by itself, with all that it shows.
 class RunningDownload {
 public:
-    RunningDownload(const QString& device, const QString& file) : words_(file + ".words")
+    RunningDownload(const QString& device, const QString& file)
     {
+        EXPECT_TRUE(words_.open());
         process_.setStandardErrorFile(words_.fileName());
-        process_.start(programPath("quorvelctl"), {"--port", device, "--address", "5", "download", file});
+        process_.start(programPath("quorvelctl"),
+                       {"--port", device, "--address", "5", "download", "--force", file});
+        EXPECT_TRUE(process_.waitForStarted());
     }
 
     /// The count shown last; 0 when none is.
     int shown()
     {
-        if (!words_.isOpen() && !words_.open(QIODevice::ReadOnly)) return 0;
         all_ += words_.readAll();
         const auto end = all_.lastIndexOf(" records have been received.");
         return end < 0 ? 0 : all_.mid(all_.lastIndexOf(' ', end - 1) + 1, end).split(' ').first().toInt();
@@ -140,7 +251,7 @@ public:
 
 private:
     QProcess process_;
-    QFile words_;
+    QTemporaryFile words_;
     QByteArray all_;
 };
 
@@ -150,17 +261,43 @@ bool beginsAlike(const std::string& one, const std::string& other)
     return one.compare(0, length, other, 0, length) == 0;
 }
 
-TEST_F(QuorvelctlAutoread, KilledDownloadKeepsEveryRecordThatItHasShown)
-{
-    bus.command("set 5 ring 1000,998,2");
-    std::string longest;
-    for (int round = 0; round < 10; ++round) {
-        const auto name = QStringLiteral("killed%1.mdb").arg(round);
+void sleepUpTo(int microseconds) { QThread::usleep(QRandomGenerator::global()->bounded(microseconds)); }
+
+/// A kind of file, and what reads it.
+struct Kind {
+    const char* ending;
+    std::string (*read)(const std::filesystem::path&);
+};
+
+class KilledDownload : public QuorvelctlAutoread, public ::testing::WithParamInterface<Kind> {
+protected:
+    KilledDownload() { bus.command("set 5 ring 1000,998,2"); }
+
+    QString name(int round) const { return QStringLiteral("killed%1.%2").arg(round).arg(GetParam().ending); }
+    std::string read(const QString& name) const { return GetParam().read(file(name).toStdString()); }
+    QStringList names() const { return QDir(folder.path()).entryList(QDir::Files, QDir::Name); }
+    /// Starts a download and kills it about when its file is made.
+    void killWhileMaking(const QString& name)
+    {
+        const auto before = names();
         RunningDownload download(bus.device(), file(name));
-        ASSERT_TRUE(QTest::qWaitFor([&] { return download.shown() > 0; }, 20'000)) << "nothing is shown";
-        QThread::usleep(QRandomGenerator::global()->bounded(1'500'000));
+        const QDeadlineTimer patience(20'000);
+        while (names() == before && download.shown() == 0 && !patience.hasExpired()) {
+        }
+        sleepUpTo(4000);
         download.kill();
-        const auto table = exported(file(name).toStdString());
+    }
+};
+
+TEST_P(KilledDownload, KeepsEveryRecordThatItHasShown)
+{
+    std::string longest;
+    for (int round = 0; round < 4; ++round) {
+        RunningDownload download(bus.device(), file(name(round)));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return download.shown() > 0; }, 20'000)) << "nothing is shown";
+        sleepUpTo(900'000);
+        download.kill();
+        const auto table = read(name(round));
         EXPECT_GE(rowsIn(table), download.shown()) << round;
         EXPECT_LE(rowsIn(table), download.shown() + 1) << round;
         EXPECT_TRUE(beginsAlike(table, longest)) << table << longest;
@@ -168,6 +305,36 @@ TEST_F(QuorvelctlAutoread, KilledDownloadKeepsEveryRecordThatItHasShown)
     }
     EXPECT_GT(rowsIn(longest), 1) << "every download was killed at its first record";
 }
+
+TEST_P(KilledDownload, LeavesTheOldFileOrTheWholeNewOne)
+{
+    for (int round = 0; round < 6; ++round) {
+        QFile old(file(name(0)));
+        ASSERT_TRUE(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+        old.close();
+        killWhileMaking(name(0));
+        if (contents(file(name(0)).toStdString()) != "old") {
+            EXPECT_THAT(read(name(0)), ::testing::StartsWith("time,x,y\n")) << round;
+        }
+    }
+    bus.command("set 5 ring 1000,0,2");
+    EXPECT_EQ(run({"download", "--force", file(name(0))}).out, "2\n") << "what was left beside is in the way";
+}
+
+TEST_P(KilledDownload, LeavesNoPartOfANewFile)
+{
+    for (int round = 0; round < 6; ++round) {
+        killWhileMaking(name(round));
+        if (QFile::exists(file(name(round)))) {
+            EXPECT_THAT(read(name(round)), ::testing::AnyOf("", ::testing::StartsWith("time,x,y\n")))
+                << round;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Quorvelctl, KilledDownload,
+                         ::testing::Values(Kind{"mdb", exported}, Kind{"csv", contents}),
+                         [](const auto& kind) { return std::string(kind.param.ending); });
 
 } // namespace
 } // namespace quorvel::test
