@@ -214,6 +214,17 @@ INSTANTIATE_TEST_SUITE_P(SetAuto, FullDisk,
                          ::testing::Values(Room{"a.csv", contents, 1000}, Room{"a.mdb", exported, 0}),
                          [](const auto& room) { return std::string(room.param.name).substr(2); });
 
+TEST_F(SetAutoByHand, FullRingHoldsWhatWasTakenSinceTheDownload)
+{
+    download();
+    readout.answer = [](const std::string&) { return std::string(":0522010000990003FF\r\n"); };
+    controls.press("Command2"); // cancelled in the file dialog
+    EXPECT_EQ(controls.status(), "Readout 5 holds 1 records that this window has not downloaded.");
+    readout.clock.move(100);
+    controls.press("Command2");
+    EXPECT_EQ(controls.status(), "Readout 5 holds up to 100 records that this window has not downloaded.");
+}
+
 TEST_F(SetAutoByHand, SecondPressDuringADownloadDoesNothing)
 {
     readout.answer = [&](const std::string& frame) {
