@@ -34,6 +34,7 @@ void Module1::SendFrame(std::string_view frame, const std::function<void(int)>& 
     WaitForInput(kPauseBeforeFrame, 0);
     int count = 0;
     for (const char character : frameText_) {
+        if (abandoned_) return;
         port_.Output({&character, 1});
         if (sent) sent(++count);
         WaitForInput(kPauseAfterCharacter, 0);

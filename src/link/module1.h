@@ -70,7 +70,8 @@ public:
     /// The characters received by the last ReceiveReply() or ReceiveGrayscale().
     const std::string& ReplyText() const { return replyText_; }
 
-    /// The program ends: from now on no wait waits for characters or time any more.
+    /// The program ends: from now on nothing is sent, and no wait waits for characters or time any more. Readouts
+    /// ignore a frame that breaks off.
     void abandon() { abandoned_ = true; }
 
     MSComm& port() { return port_; }

@@ -81,7 +81,7 @@ int MSComm::InBufferCount() const
 
 void MSComm::fetch()
 {
-    if (device_ && InBufferCount() == 0) device_->waitForReadyRead(0);
+    if (device_) device_->waitForReadyRead(0);
 }
 
 } // namespace quorvel::link

@@ -81,6 +81,14 @@ TEST_F(Module1OnAFakeBus, WaitForInputGivesUpWhenTheTimeIsOver)
     EXPECT_EQ(comm.InBufferCount(), 28);
 }
 
+TEST_F(Module1OnAFakeBus, ACharacterThatComesTooLateStaysInTheBuffer)
+{
+    clock.plan(1.6, [this] { device->receive("late"); });
+    EXPECT_FALSE(module1.WaitForInput(1.5F, 1));
+    EXPECT_FALSE(module1.WaitForInput(0.2F, 0));
+    EXPECT_EQ(module1.takeInput(), "late");
+}
+
 TEST_F(Module1OnAFakeBus, PerfSecondsCountsFromTheLatestWait)
 {
     clock.counterStart = 1'000'000'000'000;
@@ -119,6 +127,23 @@ TEST_F(Module1OnAFakeBus, AShortPauseWithoutCounterSleepsOnce)
     EXPECT_NEAR(clock.passed(), 0.005, 1e-9);
     EXPECT_TRUE(module1.WaitForInput(0.03F, 1));
     EXPECT_NEAR(clock.passed(), 0.035, 1e-9);
+}
+
+TEST_F(Module1OnAFakeBus, AShortPauseWithoutCounterLetsEventsRunOnce)
+{
+    clock.frequency.reset();
+    int turns = 0;
+    clock.onEvents = [&turns] { ++turns; };
+    module1.WaitForInput(0.049F, 0);
+    EXPECT_EQ(turns, 1);
+}
+
+TEST_F(Module1OnAFakeBus, AReplyThatTricklesInWithoutCounterIsReceived)
+{
+    clock.frequency.reset();
+    device->onTheLine = "abc";
+    EXPECT_TRUE(module1.WaitForInput(1.0F, 3));
+    EXPECT_EQ(module1.takeInput(), "abc");
 }
 
 TEST_F(Module1OnAFakeBus, ALongWaitWithoutCounterLetsNoEventsRun)
@@ -214,10 +239,20 @@ TEST_F(Module1OnAFakeBus, ADeviceThatVanishesEndsWaitingAtOnce)
     EXPECT_FALSE(module1.ReceiveReply(5));
 }
 
+TEST_F(Module1OnAFakeBus, AnAbandonedFrameBreaksOff)
+{
+    clock.plan(0.052, [this] { module1.abandon(); });
+    module1.SendFrame(":0571+1.50000FF\r\n");
+    EXPECT_EQ(device->written, ":0571");
+    module1.SendFrame(":0572FF\r\n");
+    EXPECT_EQ(device->written, ":0571");
+}
+
 TEST_F(Module1OnAFakeBus, AnAbandonedTransactionWaitsForNothing)
 {
     module1.abandon();
     module1.SendFrame(":052101FF\r\n");
+    EXPECT_EQ(device->written, "");
     EXPECT_FALSE(module1.ReceiveReply(29));
     EXPECT_FALSE(module1.WaitForInput(10, 0));
     EXPECT_NEAR(clock.passed(), 0, 0.01);

@@ -11,6 +11,9 @@ namespace {
 
 const std::string kGood = ":052101+12.3456-00.0078FF\r\nxx"; // 29 characters
 
+constexpr double kFrameTime = 0.03 + 11 * 0.005; // s, for ":052101FF" and its line end
+constexpr double kTolerance = 0.01;              // s
+
 TEST(Values, FrameNamesTheReadout)
 {
     EXPECT_EQ(valuesFrame("05", kReadXY), ":052101FF\r\n");
@@ -94,6 +97,28 @@ TEST_F(ReadingOnAFakeBus, TheThreeDirectionTypeAsksForZToo)
     EXPECT_EQ(module1.ReadSensorValues(5, bench), "  X: +12.3456  Y: -00.0078  Z1: +00.1111  Z2: +00.2222  ");
 }
 
+TEST_F(ReadingOnAFakeBus, TheZFrameFollowsAfterAPauseAndADrain)
+{
+    bench.instrumentType = TypeC;
+    replies = {kGood, ":052102+00.1111+00.2222FF\r\nxx"};
+    std::vector<double> starts;
+    device->onCharacter = [this, &starts, answer = device->onCharacter](char c) {
+        if (c == ':') starts.push_back(clock.passed());
+        answer(c);
+    };
+    clock.plan(kFrameTime + 0.15, [this] { device->receive("late"); });
+    EXPECT_EQ(module1.ReadSensorValues(5, bench), "  X: +12.3456  Y: -00.0078  Z: +00.1111");
+    ASSERT_EQ(starts.size(), 2U);
+    EXPECT_NEAR(starts[1] - starts[0], kFrameTime + 0.2, kTolerance);
+}
+
+TEST_F(ReadingOnAFakeBus, ASilentZIsAnEmptyField)
+{
+    bench.instrumentType = TypeC;
+    replies = {kGood};
+    EXPECT_EQ(module1.ReadSensorValues(5, bench), "  X: +12.3456  Y: -00.0078  Z: ");
+}
+
 TEST_F(ReadingOnAFakeBus, ABadZReplyIsNotDetected)
 {
     bench.instrumentType = TypeC;
@@ -104,7 +129,20 @@ TEST_F(ReadingOnAFakeBus, ABadZReplyIsNotDetected)
 TEST_F(ReadingOnAFakeBus, ASilentReadoutTakesOneAndAHalfSecondsAndGivesCommError)
 {
     EXPECT_EQ(module1.ReadSensorValues(5, bench), " CommError");
-    EXPECT_NEAR(clock.passed(), 0.03 + 11 * 0.005 + 1.5 + 0.1, 0.01);
+    EXPECT_NEAR(clock.passed(), kFrameTime + 1.5 + 0.1, kTolerance);
+}
+
+TEST_F(ReadingOnAFakeBus, AGoodReadingTakesItsFrameAndATenthOfASecond)
+{
+    replies = {kGood};
+    EXPECT_EQ(module1.ReadSensorValues(5, bench), "  X: +12.3456  Y: -00.0078  ");
+    EXPECT_NEAR(clock.passed(), kFrameTime + 0.1, kTolerance);
+}
+
+TEST_F(ReadingOnAFakeBus, AReplyThatIsOneCharacterTooLongIsACommError)
+{
+    replies = {kGood + "x"};
+    EXPECT_EQ(module1.ReadSensorValues(5, bench), " CommError");
 }
 
 TEST_F(ReadingOnAFakeBus, AFailedFirstReplyAsksForNoZ)
@@ -118,8 +156,16 @@ TEST_F(ReadingOnAFakeBus, AFailedFirstReplyAsksForNoZ)
 TEST_F(ReadingOnAFakeBus, CharactersAfterTheReplyAreThrownAway)
 {
     replies = {kGood};
-    clock.plan(0.03 + 11 * 0.005 + 0.05, [this] { device->receive("late"); });
+    clock.plan(kFrameTime + 0.05, [this] { device->receive("late"); });
     module1.ReadSensorValues(5, bench);
+    EXPECT_GT(clock.passed(), kFrameTime + 0.05);
+    EXPECT_EQ(comm.InBufferCount(), 0);
+}
+
+TEST_F(ReadingOnAFakeBus, CharactersAfterTheTimeIsOverAreThrownAway)
+{
+    clock.plan(kFrameTime + 1.55, [this] { device->receive(kGood); });
+    EXPECT_EQ(module1.ReadSensorValues(5, bench), " CommError");
     EXPECT_EQ(comm.InBufferCount(), 0);
 }
 

@@ -15,6 +15,13 @@ public:
 
     bool isSequential() const override { return true; }
     qint64 bytesAvailable() const override { return static_cast<qint64>(waiting.size()); }
+    bool waitForReadyRead(int) override
+    {
+        if (onTheLine.empty()) return false;
+        receive(onTheLine.substr(0, 1));
+        onTheLine.erase(0, 1);
+        return true;
+    }
 
     /// Characters arrive from the bus.
     void receive(const std::string& characters) { waiting += characters; }
@@ -27,6 +34,7 @@ public:
 
     std::string written;
     std::string waiting;
+    std::string onTheLine;                 ///< arrives one by one, whenever the device is asked to look
     std::function<void(char)> onCharacter; ///< called for each character written
 
 protected:
