@@ -6,6 +6,7 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <chrono>
@@ -16,6 +17,10 @@ namespace {
 
 constexpr std::string_view kTcpPrefix = "tcp:";
 constexpr auto kConnectTimeout = std::chrono::seconds(5);
+
+// What serial ports can do.
+constexpr double kLowestBaud = 50;
+constexpr double kHighestBaud = 4'000'000;
 
 /// The texts between the commas, as many as "9600,n,8,1" has; nothing when there are more or fewer.
 std::optional<std::array<std::string_view, 4>> fourFields(std::string_view text)
@@ -31,7 +36,7 @@ std::optional<std::array<std::string_view, 4>> fourFields(std::string_view text)
     return fields;
 }
 
-/// Waits for the connection while windows repaint; input is left waiting.
+/// Waits for the connection. Events run meanwhile, input too: kept back it would reach the windows afterwards.
 bool waitUntilConnected(QTcpSocket& socket)
 {
     QEventLoop loop;
@@ -42,19 +47,19 @@ bool waitUntilConnected(QTcpSocket& socket)
     QTimer::singleShot(kConnectTimeout, &loop, &QEventLoop::quit);
     const auto state = socket.state();
     if (state != QAbstractSocket::ConnectedState && state != QAbstractSocket::UnconnectedState) {
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
+        loop.exec();
     }
     return socket.state() == QAbstractSocket::ConnectedState;
 }
 
 OpenedDevice openTcp(const QString& name)
 {
-    const auto colon = name.lastIndexOf(u':');
-    auto host = name.mid(static_cast<qsizetype>(kTcpPrefix.size()),
-                         colon - static_cast<qsizetype>(kTcpPrefix.size()));
+    const auto address = name.mid(static_cast<qsizetype>(kTcpPrefix.size()));
+    const auto colon = address.lastIndexOf(u':');
+    auto host = address.left(std::max<qsizetype>(colon, 0));
     if (host.startsWith(u'[') && host.endsWith(u']')) host = host.mid(1, host.size() - 2);
     bool isNumber = false;
-    const auto port = name.mid(colon + 1).toUShort(&isNumber);
+    const auto port = address.mid(colon + 1).toUShort(&isNumber);
     if (host.isEmpty() || !isNumber || port == 0) {
         return {nullptr, QStringLiteral("%1 is not a device server's address. Write it as tcp:host:port, for "
                                         "example tcp:192.168.0.7:4001.")
@@ -83,12 +88,12 @@ std::optional<LineSettings> parseLineSettings(std::string_view text)
     if (!fields) return std::nullopt;
     const auto& [baud, parity, dataBits, stopBits] = *fields;
     LineSettings line;
-    line.baud = static_cast<int>(text::Val(baud));
+    line.baud = static_cast<int>(std::min(text::Val(baud), kHighestBaud + 1));
     line.parity =
         parity.size() == 1 ? static_cast<char>(std::tolower(static_cast<unsigned char>(parity[0]))) : '?';
     line.dataBits = text::integerOf(dataBits);
     line.stopBits = text::integerOf(stopBits);
-    const bool valid = text::allDigits(baud) && line.baud >= 50 && line.baud <= 4'000'000 &&
+    const bool valid = text::allDigits(baud) && line.baud >= kLowestBaud && line.baud <= kHighestBaud &&
                        std::string_view("neoms").find(line.parity) != std::string_view::npos &&
                        line.dataBits >= 5 && line.dataBits <= 8 && line.stopBits >= 1 && line.stopBits <= 2;
     return valid ? std::optional(line) : std::nullopt;

@@ -1,9 +1,29 @@
 #include "link/portlist.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <set>
+#include <tuple>
 
 namespace quorvel::link {
+
+namespace {
+
+std::tuple<QString, int, QString> sortKey(const PortInfo& port)
+{
+    static const QRegularExpression number(QStringLiteral("^(.*?)(\\d+)$"));
+    const auto match = number.match(port.device);
+    return {match.hasMatch() ? match.captured(1) : port.device, match.captured(2).toInt(), port.device};
+}
+
+} // namespace
+
+void sortPorts(std::vector<PortInfo>& ports)
+{
+    std::sort(ports.begin(), ports.end(),
+              [](const PortInfo& a, const PortInfo& b) { return sortKey(a) < sortKey(b); });
+}
 
 PortList::PortList(QStringList handedIn, Enumerator enumerate)
     : handedIn_(std::move(handedIn)), enumerate_(std::move(enumerate))
@@ -55,9 +75,8 @@ void PortList::number(const std::vector<PortInfo>& ports)
         }
         const int number = port.number.value_or(next);
         taken.insert(number);
-        const auto name = QStringLiteral("COM%1").arg(number);
-        QStringList words{name};
-        if (port.device != name) words << port.device;
+        QStringList words{port.device};
+        if (!port.number) words.prepend(QStringLiteral("COM%1").arg(number));
         if (!port.description.isEmpty()) words << port.description;
         entries_.push_back({number, port.device, words.join(u' ')});
     }

@@ -13,8 +13,11 @@ namespace quorvel::link {
 struct PortInfo {
     QString device;            ///< device path or COM name
     QString description;       ///< what is plugged in there, may be empty
-    std::optional<int> number; ///< the number the platform itself gives it ("COM12": 12), if any
+    std::optional<int> number; ///< the number the platform itself gives it by its name ("COM12": 12), if any
 };
+
+/// Sorts by device, numbers at the end by their value: ttyUSB2 before ttyUSB10.
+void sortPorts(std::vector<PortInfo>& ports);
 
 /// The machine's serial ports that have hardware behind them, in a stable order.
 /// One source file per platform.
@@ -22,9 +25,9 @@ std::vector<PortInfo> enumeratePorts();
 
 /// One line of the port list.
 struct PortEntry {
-    int number = 0; ///< what `CommPort` is set to, from 1 on
+    int number = 0; ///< what `CommPort` is set to, from 1 on; 0 where the platform's name has no number
     QString device;
-    QString text; ///< "COM<n> <device> <description>"; "COM12" where the device is that name itself
+    QString text; ///< "COM<n> <device> <description>"; without "COM<n>" where the platform gives the number
 };
 
 /// The list behind `Combo1`: devices handed in by the command line first, then what the platform

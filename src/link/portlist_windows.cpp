@@ -1,6 +1,7 @@
 #include "link/portlist.h"
 
 #include "text/number.h"
+#include "text/reply.h"
 
 #include <array>
 #include <string>
@@ -14,7 +15,7 @@ namespace {
 constexpr DWORD kLastIndex = 1000;
 constexpr DWORD kNameSize = 260;
 constexpr DWORD kDataSize = 4096;
-constexpr std::size_t kPrefixLength = 3; // "COM"
+constexpr int kNumberPosition = 4; // after "COM", counted from 1
 
 } // namespace
 
@@ -36,9 +37,8 @@ std::vector<PortInfo> enumeratePorts()
         if (result != ERROR_SUCCESS) break;
         if (type != REG_SZ) continue;
         const std::string device = data.data();
-        if (device.size() <= kPrefixLength) continue;
-        ports.push_back(
-            {QString::fromLatin1(device.c_str()), {}, text::integerOf(device.substr(kPrefixLength))});
+        const auto digits = text::mid(device, kNumberPosition, kDataSize);
+        ports.push_back({QString::fromLatin1(device.c_str()), {}, text::integerOf(digits)});
     }
     RegCloseKey(key);
     return ports;

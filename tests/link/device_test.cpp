@@ -1,5 +1,6 @@
 #include "link/device.h"
 #include "link/mscomm.h"
+#include "link/serialport.h"
 #include "support/simulated_bus.h"
 
 #include <QCoreApplication>
@@ -41,7 +42,7 @@ TEST(LineSettings, AreReadFromTheirUsualForm)
 TEST(LineSettings, AnythingElseIsRefused)
 {
     for (const auto* text : {"", "9600", "9600,n,8", "9600,n,8,1,1", "9600,x,8,1", "9600,n,9,1", "9600,n,8,3",
-                             "fast,n,8,1", "0,n,8,1", ",,,"}) {
+                             "fast,n,8,1", "0,n,8,1", ",,,", "4000001,n,8,1", "99999999999999999999,n,8,1"}) {
         EXPECT_FALSE(parseLineSettings(text)) << text;
     }
 }
@@ -51,6 +52,24 @@ TEST_F(Device, AMissingPortIsNamed)
     const auto opened = openDevice("/dev/ttyNowhere", {});
     EXPECT_FALSE(opened.device);
     EXPECT_TRUE(opened.reason.contains("/dev/ttyNowhere does not exist")) << qPrintable(opened.reason);
+}
+
+TEST_F(Device, ANameWithoutFolderIsLookedForAmongTheDevices)
+{
+    const auto opened = openDevice("null", {});
+    EXPECT_FALSE(opened.device);
+    EXPECT_TRUE(opened.reason.startsWith("null cannot be opened as a serial port: "))
+        << qPrintable(opened.reason);
+    EXPECT_TRUE(openDevice("ttyNowhere", {}).reason.startsWith("ttyNowhere does not exist."));
+}
+
+TEST_F(Device, WhoMayNotUseAPortIsToldWhichGroupMay)
+{
+    EXPECT_EQ(
+        notAllowedText("/dev/ttyUSB0", "uucp"),
+        "You may not use /dev/ttyUSB0. Join the group \"uucp\" (sudo usermod -aG uucp YOUR-NAME), log in "
+        "again and press OpenComm again.");
+    EXPECT_TRUE(notAllowedText("/dev/ttyUSB0", "").contains("the group \"dialout\""));
 }
 
 TEST_F(Device, AFileIsNoSerialPort)
@@ -137,7 +156,8 @@ TEST_F(Device, ADeviceServerThatIsNotThereIsNamed)
 
 TEST_F(Device, ATcpNameWithoutPortIsExplained)
 {
-    for (const auto* name : {"tcp:", "tcp:host", "tcp:host:", "tcp::4001", "tcp:host:0", "tcp:host:99999"}) {
+    for (const auto* name :
+         {"tcp:", "tcp:4001", "tcp:host", "tcp:host:", "tcp::4001", "tcp:host:0", "tcp:host:99999"}) {
         const auto opened = openDevice(name, {});
         EXPECT_FALSE(opened.device) << name;
         EXPECT_TRUE(opened.reason.contains("tcp:host:port")) << name << ": " << qPrintable(opened.reason);

@@ -64,14 +64,23 @@ TEST(PortList, KeepsThePlatformsOwnNumbers)
     EXPECT_EQ(list.deviceOf(12), "COM12");
 }
 
-TEST(PortList, TheMachinesOwnPortsAreNamedOnceEach)
+TEST(PortList, ANameOfThePlatformWithoutNumberIsAnEntryToo)
 {
-    QStringList devices;
-    for (const auto& port : enumeratePorts()) {
-        EXPECT_TRUE(port.device.startsWith("/dev/")) << qPrintable(port.device);
-        devices << port.device;
-    }
-    EXPECT_EQ(devices.removeDuplicates(), 0);
+    const PortList list({}, [] { return std::vector<PortInfo>{{"CNCA0", "", 0}, {"COM3", "", 3}}; });
+    EXPECT_EQ(texts(list), QStringList({"CNCA0", "COM3"}));
+    EXPECT_EQ(list.deviceOf(0), "CNCA0");
+}
+
+TEST(PortList, PortsAreSortedByTheirNumbers)
+{
+    std::vector<PortInfo> ports = {{"/dev/ttyUSB10", "", {}},
+                                   {"/dev/ttyUSB2", "", {}},
+                                   {"/dev/ttyACM3", "", {}},
+                                   {"/dev/modem", "", {}}};
+    sortPorts(ports);
+    const PortList list({}, [&ports] { return ports; });
+    EXPECT_EQ(texts(list), QStringList({"COM1 /dev/modem", "COM2 /dev/ttyACM3", "COM3 /dev/ttyUSB2",
+                                        "COM4 /dev/ttyUSB10"}));
 }
 
 } // namespace
