@@ -1,6 +1,5 @@
 #include "main/form1.h"
 
-#include "link/address.h"
 #include "link/bytes.h"
 #include "main/form3.h"
 #include "main/inputfilter.h"
@@ -10,13 +9,13 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFontDatabase>
+#include <QMenu>
 
-#include <array>
+#include <algorithm>
 
 namespace quorvel {
 
 using link::bytes;
-using link::shown;
 
 namespace {
 
@@ -113,6 +112,13 @@ void Form1::connectControls()
     ui_->RefreshPorts->setShortcut(Qt::Key_F5);
     whenChosen(ui_->AddPort, [this] { addPort(); });
     connect(ui_->CopyAll, &QAction::triggered, this, &Form1::copyReadings);
+    // A menu that only pops up: one that runs until it is closed would halt a running reading.
+    auto* readingsMenu = new QMenu(ui_->List1);
+    readingsMenu->addAction(ui_->CopyAll);
+    connect(ui_->List1, &QWidget::customContextMenuRequested, readingsMenu,
+            [this, readingsMenu](QPoint place) {
+                readingsMenu->popup(ui_->List1->viewport()->mapToGlobal(place));
+            });
     connect(ui_->RefreshPorts, &QAction::triggered, this, &Form1::refreshPorts);
     connect(&timer1_, &QTimer::timeout, this, &Form1::Timer1_Timer);
     connect(&module1_.port(), &link::MSComm::lost, this, &Form1::portLost);
@@ -127,16 +133,10 @@ void Form1::connectMenus()
     for (const auto& row : kWindows) {
         auto* action = findChild<QAction*>(row.action);
         action->setEnabled(false);
-        whenChosen(action, [this, row] {
-            if (row.guarded && !gate_.busy() && !module1_.port().PortOpen()) {
-                messages_.say(this, kPortNotOpened);
-            } else {
-                openWindow(row.action);
-            }
-        });
+        whenChosen(action, [this, action, guarded = row.guarded] { openWindow(*action, guarded); });
     }
     openers_[ui_->Help->objectName()] = [this] { Help_Click(); };
-    whenChosen(ui_->Help, [this] { openWindow(ui_->Help->objectName()); });
+    whenChosen(ui_->Help, [this] { openWindow(*ui_->Help, false); });
     whenChosen(ui_->ImmediateReading, [this] { Command2_Click(); });
     whenChosen(ui_->Quit, [this] { Quit_Click(); });
 }
@@ -153,16 +153,26 @@ void Form1::setOpener(const QString& action, std::function<void()> opener)
     openers_[action] = std::move(opener);
 }
 
+bool Form1::isOffered(const QAction& action) const
+{
+    const bool inHiddenMenu = !ui_->cal->menuAction()->isVisible() && ui_->cal->actions().contains(&action);
+    return action.isVisible() && !inHiddenMenu;
+}
+
 // The opened window has handlers of its own that go through the gate, so the gate is only asked here. A screen
-// reader reaches the menu also while another window is open.
-void Form1::openWindow(const QString& action)
+// reader reaches the menu also while another window is open, and the items that are hidden.
+void Form1::openWindow(const QAction& action, bool guarded)
 {
     if (QApplication::activeModalWidget()) return;
     if (gate_.busy()) {
         Q_EMIT gate_.refused();
-        return;
+    } else if (!isOffered(action)) {
+        showStatus(tr("\"%1\" is not offered here.").arg(action.text()));
+    } else if (guarded && !module1_.port().PortOpen()) {
+        messages_.say(this, kPortNotOpened);
+    } else {
+        openers_.at(action.objectName())();
     }
-    openers_.at(action)();
 }
 
 void Form1::showStatus(const QString& text)
@@ -239,6 +249,8 @@ QString Form1::OpenComm(const QString& portNumber)
 {
     auto& port = module1_.port();
     const int number = text::integerOf(bytes(portNumber));
+    // Devices always hand over every character as it came: there is no receive event, text mode or replacement of bad
+    // characters to be set.
     port.setPortOpen(false);
     port.setRTSEnable(true);
     port.setDTREnable(true);

@@ -33,7 +33,8 @@ public:
     ~Form1() override;
 
     /// What the menu item called `action` ("ChangeAddress", "OS", "XD" ...) opens; called with the port open where
-    /// the item asks for it, and never while a handler talks to the bus.
+    /// the item asks for it, never while a handler talks to the bus, and never while the instrument type or the
+    /// edition hides the item.
     void setOpener(const QString& action, std::function<void()> opener);
 
     /// Shows a text in the status bar until the next one.
@@ -62,7 +63,8 @@ private:
     void showPortState();
     void portLost(const QString& reason);
     void selectType(link::InstrumentType type);
-    void openWindow(const QString& action);
+    bool isOffered(const QAction& action) const;
+    void openWindow(const QAction& action, bool guarded);
 
     void Command1_Click();
     void Command2_Click();
@@ -75,6 +77,7 @@ private:
     void immediateReading();
     bool addressIsValid();
     void beginReading();
+    void unlock(bool on);
     void addReading(const QString& time);
     void endReading();
 

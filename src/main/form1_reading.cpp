@@ -48,7 +48,7 @@ void Form1::Command4_Click()
     const auto addresses = search::foundAddresses(module1_.takeInput());
     ui_->NoList->setText(shown(search::foundText(addresses)));
     ui_->NoList->setToolTip(inRows(addresses));
-    showStatus(tr("Readouts found: %1").arg(addresses.size()));
+    if (module1_.port().PortOpen()) showStatus(tr("Readouts found: %1").arg(addresses.size()));
     if (!addresses.empty()) ui_->TestNo->setText(shown(addresses.front()));
 }
 
@@ -96,15 +96,24 @@ void Form1::beginReading()
     ui_->Command2->setText(kStop);
     ui_->Command1->setEnabled(false);
     ui_->Command4->setEnabled(false);
-    for (auto* widget : std::initializer_list<QWidget*>{ui_->Command2, ui_->TestNo, ui_->List1}) {
-        InputFilter::letThrough(widget);
-    }
+    unlock(true);
+    ui_->Command2->setFocus();
     stopFlag_ = false;
     ui_->List1->clear();
     showStatus(tr("A reading is taken every ten seconds, when the seconds end in 0."));
 }
 
-// The address is read anew for each reading: the operator may turn to another readout meanwhile.
+/// What may be operated although readings run; the focus gets there from everywhere.
+void Form1::unlock(bool on)
+{
+    for (auto* widget :
+         std::initializer_list<QWidget*>{ui_->Command2, ui_->TestNo, ui_->List1, ui_->InstrumentType}) {
+        InputFilter::letThrough(widget, on);
+    }
+    InputFilter::letFocusMove(this, on);
+}
+
+// The address and the type are read anew for each reading: the operator may turn to another readout meanwhile.
 void Form1::addReading(const QString& time)
 {
     const int address = text::integerOf(bytes(ui_->TestNo->text()));
@@ -115,9 +124,7 @@ void Form1::addReading(const QString& time)
 
 void Form1::endReading()
 {
-    for (auto* widget : std::initializer_list<QWidget*>{ui_->Command2, ui_->TestNo, ui_->List1}) {
-        InputFilter::letThrough(widget, false);
-    }
+    unlock(false);
     ui_->Command2->setText(kImmediateReading);
     ui_->Command1->setEnabled(true);
     ui_->Command4->setEnabled(true);

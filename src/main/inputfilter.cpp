@@ -1,13 +1,17 @@
 #include "main/inputfilter.h"
 
 #include <QEvent>
+#include <QKeyEvent>
 #include <QWidget>
 
 namespace quorvel {
 
 namespace {
 
+// Properties of the widgets themselves.
 constexpr auto kPasses = "quorvelPassesGate";
+constexpr auto kFocusMoves = "quorvelFocusMoves";
+constexpr auto kCloseKept = "quorvelCloseKept";
 
 bool isInput(QEvent::Type type)
 {
@@ -41,11 +45,23 @@ bool passes(const QObject* target)
     return false;
 }
 
+/// A key that does nothing but move the focus, in a window where it may.
+bool movesFocus(const QObject* target, const QEvent& event)
+{
+    if (event.type() != QEvent::KeyPress && event.type() != QEvent::ShortcutOverride) return false;
+    const int key = static_cast<const QKeyEvent&>(event).key();
+    const auto* widget = qobject_cast<const QWidget*>(target);
+    return widget && (key == Qt::Key_Tab || key == Qt::Key_Backtab) &&
+           widget->window()->property(kFocusMoves).toBool();
+}
+
 } // namespace
 
 InputFilter::InputFilter(link::Gate& gate, QObject* parent) : QObject(parent), gate_(gate) {}
 
 void InputFilter::letThrough(QWidget* widget, bool passes) { widget->setProperty(kPasses, passes); }
+
+void InputFilter::letFocusMove(QWidget* window, bool moves) { window->setProperty(kFocusMoves, moves); }
 
 bool InputFilter::eventFilter(QObject* watched, QEvent* event)
 {
@@ -57,7 +73,7 @@ bool InputFilter::eventFilter(QObject* watched, QEvent* event)
     if (!isInput(event->type())) return false;
     // Windows pass input on to their widgets; it is decided there, where the target is known.
     const bool decides = watched->isWidgetType() || event->type() == QEvent::Shortcut;
-    return decides && !passes(watched);
+    return decides && !passes(watched) && !movesFocus(watched, *event);
 }
 
 bool InputFilter::keepClose(QObject* watched)
@@ -65,13 +81,12 @@ bool InputFilter::keepClose(QObject* watched)
     auto* window = qobject_cast<QWidget*>(watched);
     // Menus and tool tips close as they like.
     if (!window || (window->windowType() != Qt::Window && window->windowType() != Qt::Dialog)) return false;
-    if (!closeKept_) {
-        closeKept_ = true;
-        gate_.whenIdle(window, [this, window] {
-            closeKept_ = false;
-            window->close();
-        });
-    }
+    if (window->property(kCloseKept).toBool()) return true;
+    window->setProperty(kCloseKept, true);
+    gate_.whenIdle(window, [window] {
+        window->setProperty(kCloseKept, false);
+        window->close();
+    });
     return true;
 }
 

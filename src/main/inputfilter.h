@@ -18,6 +18,9 @@ public:
 
     /// Input to `widget` and what it contains passes also while a handler runs (or no longer does).
     static void letThrough(QWidget* widget, bool passes = true);
+    /// Tab and Shift+Tab pass everywhere in `window`, so that a widget that was let through can be reached from one
+    /// that was not.
+    static void letFocusMove(QWidget* window, bool moves = true);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -26,7 +29,6 @@ private:
     bool keepClose(QObject* watched);
 
     link::Gate& gate_;
-    bool closeKept_ = false;
 };
 
 } // namespace quorvel

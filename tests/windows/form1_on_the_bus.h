@@ -23,6 +23,12 @@ protected:
     {
         mscomm1.setPortOpen(false);
         bench.currentAddress.clear();
+        startAs("USER");
+    }
+
+    void startAs(const QString& edition)
+    {
+        bench.edition = edition;
         form = std::make_unique<Form1>(bench, ports, module1, gate, messages);
         form->show();
     }

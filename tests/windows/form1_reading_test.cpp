@@ -1,34 +1,31 @@
-#include "support/fake_device.h"
-#include "support/hand_clock.h"
+#include "windows/form1_by_hand.h"
 #include "windows/form1_on_the_bus.h"
 
+#include <QAbstractItemView>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QRadioButton>
 #include <QRegularExpression>
 #include <QTimer>
 
 namespace quorvel::test {
 namespace {
 
-/// The real window on a clock moved by hand and a device without hardware.
-class ReadingByHand : public ::testing::Test {
+/// Readings of readout 5 by hand, its port open.
+class ReadingByHand : public Form1ByHand {
 protected:
     ReadingByHand()
     {
-        clock.startNow = QDateTime(QDate(2024, 5, 17), QTime(14, 5, 13));
         mscomm1.setPortOpen(true);
-        device->onCharacter = [this](char c) {
-            if (c == '\n' && answers) device->receive(":052101+12.3456-00.0078FF\r\nxx");
-        };
         TestNo().setText("5");
     }
 
-    QPushButton& button(const QString& name) { return *child<QPushButton>(form, name); }
-    QLineEdit& TestNo() { return *child<QLineEdit>(form, "TestNo"); }
     QStringList lines()
     {
         QStringList lines;
-        const auto& list = *child<QListWidget>(form, "List1");
-        for (int row = 0; row < list.count(); ++row) {
-            lines << list.item(row)->text();
+        for (int row = 0; row < List1().count(); ++row) {
+            lines << List1().item(row)->text();
         }
         return lines;
     }
@@ -38,21 +35,6 @@ protected:
         clock.plan(seconds, [this] { button("Command2").click(); });
         button("Command2").click();
     }
-
-    FakeDevice* device = nullptr;
-    bool answers = true;
-    HandClock clock;
-    link::Bench bench;
-    link::PortList ports{{"/dev/ttyFake"}, [] { return std::vector<link::PortInfo>(); }};
-    link::MSComm mscomm1{ports, [this](const QString&, const link::LineSettings&) {
-                             auto opened = std::make_unique<FakeDevice>();
-                             device = opened.get();
-                             return link::OpenedDevice{std::move(opened), {}};
-                         }};
-    link::Module1 module1{mscomm1, clock};
-    link::Gate gate;
-    TestMessages messages;
-    Form1 form{bench, ports, module1, gate, messages};
 };
 
 TEST_F(ReadingByHand, TakesAReadingWhenTheSecondsEndInZero)
@@ -126,6 +108,107 @@ TEST_F(ReadingByHand, AddressesThatNoReadoutHasAreRefused)
     }
 }
 
+TEST_F(ReadingByHand, ARefusedRunLeavesTheReadingsAsTheyAre)
+{
+    readFor(10);
+    const auto before = lines();
+    ASSERT_EQ(before.size(), 1);
+    TestNo().setText("250");
+    button("Command2").click();
+    EXPECT_EQ(lines(), before);
+    mscomm1.setPortOpen(false);
+    button("Command2").click();
+    EXPECT_EQ(lines(), before);
+}
+
+TEST_F(ReadingByHand, OtherCommandsAreRefusedMeanwhile)
+{
+    form.setOpener("offset", [] { ADD_FAILURE() << "a window opened during a reading"; });
+    QString meanwhile;
+    clock.plan(3, [&] {
+        choose("offset");
+        meanwhile = status();
+    });
+    readFor(5);
+    EXPECT_EQ(meanwhile, "Immediate Reading is running. Press Stop first.");
+}
+
+TEST_F(ReadingByHand, TabGoesRoundWhatCanBeOperatedAndTheKeyboardStopsIt)
+{
+    activate();
+    QStringList forth;
+    QStringList back;
+    clock.plan(2, [&] {
+        forth = roundTrip(Qt::Key_Tab);
+        back = roundTrip(Qt::Key_Backtab);
+        press(Qt::Key_Space);
+    });
+    readFor(60);
+    EXPECT_EQ(forth, QStringList({"TestNo", "List1", "Option1", "Combo1", "Command2"}));
+    EXPECT_EQ(back, QStringList({"Combo1", "Option1", "List1", "TestNo", "Command2"}));
+    EXPECT_LE(clock.passed(), 3.1);
+}
+
+TEST_F(ReadingByHand, ARunThatTheMenuStartedHasTheFocusOnStop)
+{
+    activate();
+    child<QRadioButton>(form, "Option1")->setFocus();
+    clock.plan(3, [] { press(Qt::Key_Space); });
+    clock.plan(60, [this] { button("Command2").click(); });
+    choose("ImmediateReading");
+    EXPECT_LE(clock.passed(), 4.1);
+}
+
+TEST_F(ReadingByHand, KeysElsewhereDoNothingMeanwhile)
+{
+    activate();
+    clock.plan(2, [this] {
+        Combo1().setFocus();
+        press(Qt::Key_Down);
+        press(Qt::Key_F4);
+    });
+    messages.texts = {"/dev/ttyOther"};
+    choose("AddPort");
+    Combo1().setCurrentIndex(0);
+    readFor(3);
+    EXPECT_EQ(Combo1().currentIndex(), 0);
+    EXPECT_FALSE(Combo1().view()->isVisible());
+}
+
+TEST_F(ReadingByHand, TheTypeMayBeChosenMeanwhile)
+{
+    form.show();
+    clock.plan(3, [this] {
+        QTest::mouseClick(child<QRadioButton>(form, "Option3"), Qt::LeftButton, {}, {9, 9});
+    });
+    readFor(10);
+    EXPECT_EQ(lines(), QStringList("14:05:20    X: +12.3456  Y: -00.0078  Z: +12.3456"));
+}
+
+TEST_F(ReadingByHand, ReadingsGoOnWhileTheMenuOfTheListIsOpen)
+{
+    form.show();
+    int linesMeanwhile = 0;
+    clock.plan(2, [this] {
+        // A menu that halts the run would halt the test, too.
+        QTimer::singleShot(5000, &form, [] {
+            if (auto* menu = QApplication::activePopupWidget()) menu->close();
+        });
+        QContextMenuEvent rightClick(QContextMenuEvent::Mouse, {5, 5},
+                                     List1().viewport()->mapToGlobal(QPoint(5, 5)));
+        QApplication::sendEvent(List1().viewport(), &rightClick);
+    });
+    clock.plan(21, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_TRUE(menu);
+        linesMeanwhile = List1().count();
+        QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(menu->actions().first()).center());
+    });
+    readFor(22);
+    EXPECT_EQ(linesMeanwhile, 2);
+    EXPECT_EQ(QApplication::clipboard()->text(), lines().join('\n'));
+}
+
 TEST_F(ReadingByHand, AClosedPortIsRefused)
 {
     mscomm1.setPortOpen(false);
@@ -147,8 +230,6 @@ TEST_F(ReadingByHand, AVanishedPortEndsTheRunAndSaysWhy)
 
 TEST_F(ReadingByHand, ClosingTheWindowEndsTheRunFirst)
 {
-    InputFilter filter(gate);
-    qApp->installEventFilter(&filter);
     form.show();
     clock.plan(3, [this] {
         form.close();
@@ -174,6 +255,23 @@ TEST_F(Form1OnTheBus, ReadsTheSimulatedReadout)
     const QRegularExpression form8(R"(^\d\d:\d\d:\d0    X: [+-][\d.]{7}  Y: [+-][\d.]{7}  $)");
     EXPECT_TRUE(form8.match(List1().item(0)->text()).hasMatch()) << qPrintable(List1().item(0)->text());
     EXPECT_EQ(bus.frames(), QStringList(":0C2101FF"));
+}
+
+TEST_F(Form1OnTheBus, FaultsOfTheLineAreCommErrorsOrShownAsReceived)
+{
+    openPort();
+    for (const auto* fault : {"silent@2101:1", "short@2101:1", "long@2101:1"}) {
+        bus.fault(fault);
+        EXPECT_EQ(module1.ReadSensorValues(5, bench), " CommError") << fault;
+    }
+    bus.fault("garbled@2101:1");
+    const auto noise = module1.ReadSensorValues(5, bench);
+    EXPECT_EQ(noise.size(), 28U) << noise;
+    EXPECT_TRUE(noise.starts_with("  X: ")) << noise;
+    EXPECT_EQ(noise.substr(13, 5), "  Y: ") << noise;
+    const auto good = QString::fromStdString(module1.ReadSensorValues(5, bench));
+    const QRegularExpression form8(R"(^  X: [+-][\d.]{7}  Y: [+-][\d.]{7}  $)");
+    EXPECT_TRUE(form8.match(good).hasMatch()) << qPrintable(good);
 }
 
 } // namespace

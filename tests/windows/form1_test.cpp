@@ -1,10 +1,12 @@
 #include "windows/form1_on_the_bus.h"
 
+#include <QApplication>
 #include <QComboBox>
+#include <QFile>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPlainTextEdit>
 #include <QRadioButton>
-#include <QSignalSpy>
 #include <QTimer>
 
 namespace quorvel::test {
@@ -38,54 +40,6 @@ TEST_F(Form1Window, TheBarHoldsItsMenusHelpAndQuit)
     EXPECT_EQ(settings,
               QStringList({"Change Address", "Parameter Setting", "Offset Setting", "Reference Setting",
                            "Invert and Swap", "Clock Setting", "Reset Setting"}));
-}
-
-TEST_F(Form1Window, OpenCommTogglesThePort)
-{
-    button("Command1").click();
-    EXPECT_TRUE(mscomm1.PortOpen());
-    EXPECT_EQ(button("Command1").text(), "CloseComm");
-    EXPECT_FALSE(action("AddPort").isEnabled());
-    EXPECT_FALSE(action("RefreshPorts").isEnabled());
-    button("Command1").click();
-    EXPECT_FALSE(mscomm1.PortOpen());
-    EXPECT_EQ(button("Command1").text(), "OpenComm");
-    EXPECT_TRUE(action("AddPort").isEnabled());
-    EXPECT_TRUE(messages.shown.isEmpty());
-}
-
-TEST_F(Form1Window, APortInUseGivesTheMessageAndTheReason)
-{
-    const auto other = link::openDevice(bus.device(), {});
-    ASSERT_TRUE(other.device);
-    button("Command1").click();
-    EXPECT_EQ(lastMessage(), "The Commport is error,please change!");
-    EXPECT_EQ(button("Command1").text(), "OpenComm");
-    EXPECT_TRUE(status().contains("used by another program")) << qPrintable(status());
-}
-
-TEST_F(Form1Window, AnAddedPortIsSelectedAndAMissingOneExplained)
-{
-    messages.texts = {"/dev/ttyNowhere"};
-    choose("AddPort");
-    EXPECT_EQ(child<QComboBox>(*form, "Combo1")->currentText(), "COM2 /dev/ttyNowhere");
-    button("Command1").click();
-    EXPECT_EQ(lastMessage(), "The Commport is error,please change!");
-    EXPECT_TRUE(status().contains("does not exist")) << qPrintable(status());
-    choose("RefreshPorts");
-    EXPECT_EQ(child<QComboBox>(*form, "Combo1")->currentText(), "COM2 /dev/ttyNowhere");
-}
-
-TEST_F(Form1Window, AnEmptyPortListIsNoTrouble)
-{
-    link::PortList none({}, [] { return std::vector<link::PortInfo>(); });
-    link::MSComm comm(none);
-    link::Module1 module(comm, clock);
-    Form1 window(bench, none, module, gate, messages);
-    EXPECT_EQ(child<QComboBox>(window, "Combo1")->count(), 0);
-    child<QPushButton>(window, "Command1")->click();
-    EXPECT_EQ(lastMessage(), "The Commport is error,please change!");
-    EXPECT_EQ(child<QPushButton>(window, "Command1")->text(), "OpenComm");
 }
 
 struct TypeCase {
@@ -138,6 +92,8 @@ TEST_F(Form1Window, ItemsWithoutAWindowAreDisabled)
 
 TEST_F(Form1Window, GuardedItemsAskForAnOpenPort)
 {
+    startAs("FACTORY");
+    child<QRadioButton>(*form, "Option2")->click();
     QStringList opened;
     for (const auto* name :
          {"ChangeAddress", "WireSetting", "offset", "OS", "fz", "ClockSetting", "AutomaticReading", "SL"}) {
@@ -154,6 +110,8 @@ TEST_F(Form1Window, GuardedItemsAskForAnOpenPort)
 
 TEST_F(Form1Window, TheOtherItemsOpenTheirWindowsWithoutAskingForThePort)
 {
+    startAs("FACTORY");
+    child<QRadioButton>(*form, "Option3")->click();
     QStringList opened;
     const QStringList names = {"ResetSetting",
                                "X_GrayScale_Data",
@@ -171,76 +129,23 @@ TEST_F(Form1Window, TheOtherItemsOpenTheirWindowsWithoutAskingForThePort)
     EXPECT_TRUE(messages.shown.isEmpty());
 }
 
-TEST_F(Form1Window, SearchFindsBothReadouts)
+TEST_F(Form1Window, AnItemThatIsHiddenOpensNothing)
 {
-    openPort();
-    QTimer::singleShot(500, form.get(), [this] { EXPECT_EQ(NoList(), "Searching, please wait......"); });
-    button("Command4").click();
-    EXPECT_EQ(NoList(), "05,12");
-    EXPECT_EQ(TestNo().text(), "05");
-    EXPECT_EQ(bench.currentAddress, "05");
-    EXPECT_EQ(bus.frames(), QStringList(":FF01FF"));
-}
-
-TEST_F(Form1Window, SearchOfASilentBusFindsNothing)
-{
-    openPort();
-    bus.fault("silent@01");
-    button("Command4").click();
-    EXPECT_EQ(NoList(), "No Sensors(or MCU) Found");
-    EXPECT_EQ(TestNo().text(), "");
-}
-
-TEST_F(Form1Window, SearchNeedsAnOpenPort)
-{
-    button("Command4").click();
-    EXPECT_EQ(lastMessage(), "CommPort not Opened");
-    EXPECT_EQ(NoList(), "");
-}
-
-TEST_F(Form1Window, ClicksAndKeysDuringASearchStartNothing)
-{
-    form->setOpener("offset", [] { ADD_FAILURE() << "a window opened in mid-search"; });
-    openPort();
-    QTimer::singleShot(300, form.get(), [this] {
-        QTest::mouseClick(&button("Command4"), Qt::LeftButton);
-        QTest::mouseClick(&button("Command1"), Qt::LeftButton);
-        button("Command1").click();
-        button("Command4").click();
-        button("Command2").click();
-        choose("offset");
-        QTest::keyClicks(&TestNo(), "77");
-        EXPECT_TRUE(status().contains("wait")) << qPrintable(status());
-    });
-    button("Command4").click();
-    EXPECT_EQ(TestNo().text(), "05");
-    EXPECT_TRUE(mscomm1.PortOpen());
-    EXPECT_EQ(bus.frames(), QStringList(":FF01FF"));
-}
-
-TEST_F(Form1Window, APortPulledDuringASearchEndsIt)
-{
-    openPort();
-    QTimer::singleShot(300, form.get(), [this] { bus.unplug(); });
-    button("Command4").click();
-    EXPECT_EQ(NoList(), "No Sensors(or MCU) Found");
-    EXPECT_EQ(button("Command1").text(), "OpenComm");
-    EXPECT_FALSE(mscomm1.PortOpen());
-}
-
-TEST_F(Form1Window, APulledPortChangesTheCaptionAndSaysWhy)
-{
-    openPort();
-    bus.unplug();
-    EXPECT_TRUE(QTest::qWaitFor([this] { return button("Command1").text() == "OpenComm"; }, kPatience));
-    EXPECT_TRUE(status().contains(bus.device() + " is gone")) << qPrintable(status());
-}
-
-TEST_F(Form1Window, ClosingClosesThePort)
-{
-    openPort();
-    form->close();
-    EXPECT_FALSE(mscomm1.PortOpen());
+    const auto refuses = [this](const QString& name) {
+        bool opened = false;
+        form->setOpener(name, [&opened] { opened = true; });
+        form->showStatus("");
+        choose(name);
+        return !opened && status() == QStringLiteral("\"%1\" is not offered here.").arg(action(name).text());
+    };
+    for (const auto* name : {"XD", "YD"}) {
+        EXPECT_TRUE(refuses(name)) << name << " in the user edition";
+    }
+    startAs("FACTORY");
+    for (const auto* name : {"ZD", "SL", "Z1_GrayScale_Data"}) {
+        EXPECT_TRUE(refuses(name)) << name << " for type A";
+    }
+    EXPECT_FALSE(refuses("XD"));
 }
 
 TEST_F(Form1Window, TheReadingListGrowsWithTheWindow)
@@ -263,34 +168,41 @@ TEST_F(Form1Window, HelpWithoutItsFileNamesTheFile)
     EXPECT_TRUE(lastMessage().contains(folder.filePath("readme.txt"))) << qPrintable(lastMessage());
 }
 
+TEST_F(Form1Window, HelpShowsItsFileAndTheMainWindowWaits)
+{
+    QFile readme(folder.filePath("readme.txt"));
+    ASSERT_TRUE(readme.open(QIODevice::WriteOnly) && readme.write("How to begin\n") > 0);
+    readme.close();
+    QString text;
+    QTimer::singleShot(200, form.get(), [&text] {
+        auto* help = QApplication::activeModalWidget();
+        ASSERT_TRUE(help);
+        text = help->windowTitle() + ": " + child<QPlainTextEdit>(*help, "Text1")->toPlainText();
+        child<QPushButton>(*help, "Command1")->click();
+    });
+    choose("Help");
+    EXPECT_EQ(text, "Help: How to begin\n");
+    EXPECT_FALSE(QApplication::activeModalWidget());
+}
+
+TEST_F(Form1Window, TabVisitsAllControlsInTheirOrder)
+{
+    form->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
+    child<QRadioButton>(*form, "Option1")->setFocus();
+    QStringList visited;
+    for (int i = 0; i < 7; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        visited << QApplication::focusWidget()->objectName();
+    }
+    EXPECT_EQ(visited,
+              QStringList({"Combo1", "Command1", "Command4", "Command2", "TestNo", "List1", "Option1"}));
+}
+
 TEST_F(Form1Window, Timer1CountsSeconds)
 {
     EXPECT_TRUE(QTest::qWaitFor([this] { return form->ElapsedSeconds() >= 1; }, kPatience));
     EXPECT_EQ(form->ElapsedSeconds(), 1);
-}
-
-TEST_F(Form1Window, TheOtherWayOfOpeningKnowsFivePorts)
-{
-    EXPECT_EQ(form->OpenComm("1"), "");
-    EXPECT_TRUE(mscomm1.PortOpen());
-    mscomm1.setPortOpen(false);
-    EXPECT_EQ(form->OpenComm("6"), "") << "6 becomes 1";
-    EXPECT_NE(form->OpenComm("5"), "") << "there is no fifth port";
-}
-
-class ManyReadouts : public Form1OnTheBus {
-protected:
-    ManyReadouts() : Form1OnTheBus({"--fast", "--readout", "1-249:A"}) {}
-};
-
-TEST_F(ManyReadouts, AreAllFound)
-{
-    openPort();
-    button("Command4").click();
-    const auto found = NoList().split(',');
-    EXPECT_EQ(found.size(), 249);
-    EXPECT_EQ(found.first(), "01");
-    EXPECT_EQ(found.last(), "249");
 }
 
 } // namespace

@@ -49,6 +49,21 @@ TEST(QtsBoxes, SayAndAskWithTheirUsualButtons)
     EXPECT_FALSE(messages.ask(nullptr, "Are you sure?"));
 }
 
+TEST(QtsBoxes, TheResultBoxShowsTheLinesInTheirOrder)
+{
+    link::Gate gate;
+    QtMessages messages(gate);
+    QStringList lines;
+    QTimer::singleShot(200, qApp, [&lines] {
+        auto* box = qobject_cast<msgboxnew*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(box);
+        lines << child<QLabel>(*box, "Label1")->text() << child<QLabel>(*box, "Label2")->text();
+        child<QPushButton>(*box, "Command1")->click();
+    });
+    messages.showResult(nullptr, "first", "second");
+    EXPECT_EQ(lines, QStringList({"first", "second"}));
+}
+
 TEST(QtsBoxes, AnswerThroughTheGateOfARunningHandler)
 {
     link::Gate gate;
