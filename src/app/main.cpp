@@ -35,7 +35,7 @@ int runProgram(int argc, char* argv[])
     qtArguments.push_back(nullptr);
     QApplication application(count, qtArguments.data());
     if (count > 1) return wrongUsage(QStringLiteral("Unknown argument: %1").arg(qtArguments[1]));
-    QApplication::setApplicationName(QStringLiteral("quorvel"));
+    QApplication::setApplicationName(kProgramName);
 
     DemoBus demo;
     QString trouble;

@@ -11,8 +11,13 @@ std::filesystem::path programFolder(const std::string& wanted)
 {
     if (!wanted.empty()) return std::filesystem::absolute(wanted);
     const QDir own(QCoreApplication::applicationDirPath());
-    if (QFileInfo(own.path()).isWritable()) return own.filesystemPath();
-    const QDir users(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+    return QFileInfo(own.path()).isWritable() ? own.filesystemPath() : usersFolder(own);
+}
+
+std::filesystem::path usersFolder(const QDir& own)
+{
+    const QDir shared(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    const QDir users(shared.filePath(kProgramName));
     users.mkpath(QStringLiteral("."));
     const auto readme = QStringLiteral("readme.txt");
     if (!users.exists(readme)) QFile::copy(own.filePath(readme), users.filePath(readme));

@@ -103,13 +103,13 @@ TEST_F(Quorvelctl, WrongUsageIsExitStatus2)
     }
 }
 
-TEST_F(Quorvelctl, PortsListsTheMachinesPorts)
+TEST_F(Quorvelctl, PortsListsTheNamedPortFirst)
 {
-    const auto ports = runProgram("quorvelctl", {"ports"});
+    const auto ports = run({"ports"});
     EXPECT_EQ(ports.status, 0);
-    for (const auto& line : ports.lines()) {
-        EXPECT_TRUE(line.startsWith("COM")) << qPrintable(line);
-    }
+    EXPECT_EQ(ports.lines().value(0), "COM1 " + bus.device());
+    const auto first = run({"ports", "--json"}).lines().value(0);
+    EXPECT_EQ(first, QStringLiteral(R"({"port":"%1","text":"COM1 %1"})").arg(bus.device()));
 }
 
 TEST(QuorvelctlWithoutBus, NamesAMissingPort)

@@ -40,7 +40,7 @@ void searchBus(Console& console)
     }
 }
 
-/// The values of a display line by their names, and the line itself under "text".
+/// The values of a display line by their names.
 QJsonObject inFields(int address, const std::string& line)
 {
     QJsonObject fields{{"address", address}};

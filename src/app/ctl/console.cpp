@@ -10,29 +10,31 @@
 
 namespace quorvel::ctl {
 
-Console::Console(const QString& edition)
+Console::Console(const QString& edition) { bench_.edition = edition; }
+
+const link::PortList& Console::ports()
 {
-    bench_.edition = edition;
-    ports_ = std::make_unique<link::PortList>(QStringList());
+    if (!ports_) {
+        const auto port = QString::fromLocal8Bit(options.port.c_str());
+        ports_ = std::make_unique<link::PortList>(port.isEmpty() ? QStringList() : QStringList(port));
+    }
+    return *ports_;
 }
 
 bool Console::openPort()
 {
     bench_.instrumentType = static_cast<link::InstrumentType>(link::TypeA + (options.type[0] - 'A'));
     bench_.currentAddress = QString::fromStdString(options.address);
-    if (!options.port.empty()) {
-        ports_ = std::make_unique<link::PortList>(QStringList(QString::fromLocal8Bit(options.port.c_str())));
-    }
-    mscomm1_ = std::make_unique<link::MSComm>(*ports_);
+    mscomm1_ = std::make_unique<link::MSComm>(ports());
     module1_ = std::make_unique<link::Module1>(*mscomm1_, clock_);
     QObject::connect(mscomm1_.get(), &link::MSComm::lost, mscomm1_.get(),
                      [this](const QString& reason) { fail(kNotAnswered, reason); });
-    if (ports_->entries().empty()) {
+    if (ports().entries().empty()) {
         fail(kNotAnswered,
              QStringLiteral("There is no serial port. Plug the adapter in, or name a device with --port."));
         return false;
     }
-    mscomm1_->setCommPort(ports_->entries().front().number);
+    mscomm1_->setCommPort(ports().entries().front().number);
     const auto reason = mscomm1_->setPortOpen(true);
     if (!reason.isEmpty()) fail(kNotAnswered, reason);
     return reason.isEmpty();

@@ -36,7 +36,8 @@ public:
 
     link::Bench& bench() { return bench_; }
     link::Module1& module1() { return *module1_; }
-    const link::PortList& ports() const { return *ports_; }
+    /// The port list, that of --port first.
+    const link::PortList& ports();
 
     /// Takes the options over and opens the port.
     /// @return false when that failed: the reason is on stderr and the status set; the command ends.
