@@ -26,7 +26,7 @@ const std::vector<Ban>& bans()
         {{"text", "jet"}, {"Q", "CLI/", "termios.h", "sys/ioctl.h"}, "knows no widget and no serial port"},
         {{"link"}, {"QMessageBox", "QFileDialog", "QInputDialog"}, "opens no box"},
         {{"settings", "autoread", "grayscale", "calibration"},
-         {"QMessageBox", "QFileDialog", "QSerialPort"},
+         {"QMessageBox", "QFileDialog", "QInputDialog", "QSerialPort"},
          "asks for boxes and devices through what it is given"},
         {{"sim"}, {"QWidget", "QApplication", "QMessageBox"}, "is a program without windows"},
     };
