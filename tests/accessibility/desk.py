@@ -103,6 +103,12 @@ class Program:
             return None
         return until(find, "a message box")
 
+    def children(self):
+        """The process ids of the programs that this one started and that still run."""
+        pid = self.process.pid
+        with open(f"/proc/{pid}/task/{pid}/children", encoding="ascii") as children:
+            return [int(child) for child in children.read().split()]
+
     def press(self, role, name):
         press(self.one(role, name))
 
@@ -111,6 +117,12 @@ def press(node):
     """Does the node's first action: a button is pressed, a menu item chosen, a radio button switched on."""
     assert node.get_n_actions() > 0, node.get_name() + " has no action"
     node.do_action(0)
+
+
+def click(node):
+    """A click of the mouse in the middle of a node."""
+    place = node.get_extents(Atspi.CoordType.SCREEN)
+    Atspi.generate_mouse_event(place.x + place.width // 2, place.y + place.height // 2, "b1c")
 
 
 def type_into(node, text):

@@ -1,10 +1,13 @@
 """The main window, operated through the accessibility tree."""
 
+import os
+import select
+import socket
 import sys
 import time
 import unittest
 
-from desk import Atspi, Program, has_state, press, type_into, until
+from desk import Atspi, Program, click, descendants, has_state, press, type_into, until
 
 BINARIES = sys.argv.pop(1)
 BUS = ["--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:B"]
@@ -67,14 +70,18 @@ class MainWindow(unittest.TestCase):
         press(self.program.one(BUTTON, "OK"))
 
     def test_types_change_the_menus(self):
-        def visible(name):
-            return any(has_state(node, Atspi.StateType.VISIBLE) for node in self.program.all(ITEM, name))
+        # items of a closed menu are all invisible; those that are hidden are disabled as well
+        def offered(name):
+            return has_state(self.program.one(ITEM, name), Atspi.StateType.ENABLED)
         press(self.program.one(RADIO, "Sensor Type D"))
         until(lambda: self.program.all(ITEM, "Invert"), "the caption Invert")
-        self.assertFalse(visible("Y-GrayScale-Data"))
+        self.assertTrue(offered("X-GrayScale-Data"))
+        self.assertFalse(offered("Y-GrayScale-Data"))
+        self.assertFalse(offered("Z2-GrayScale-Data"))
         press(self.program.one(RADIO, "Sensor Type C"))
         until(lambda: self.program.all(ITEM, "Invert and Swap"), "the caption Invert and Swap")
-        self.assertTrue(self.program.all(ITEM, "Z2-GrayScale-Data"))
+        self.assertTrue(offered("Y-GrayScale-Data"))
+        self.assertTrue(offered("Z2-GrayScale-Data"))
 
     def test_help_without_file_names_it(self):
         press(self.program.one(ITEM, "Help"))
@@ -92,6 +99,72 @@ class MainWindow(unittest.TestCase):
     def test_user_edition_hides_calibration(self):
         self.assertFalse([node for node in self.program.all(ITEM, "Calibration")
                           if has_state(node, Atspi.StateType.VISIBLE)])
+        press(self.program.one(ITEM, "X Direction"))
+        self.program.one(Atspi.Role.LABEL, '"X Direction" is not offered here.')
+
+
+class SlowDeviceServer:
+    """A port that takes connections only when told to."""
+
+    def __init__(self):
+        self.listener = socket.create_server(("127.0.0.1", 0), backlog=0)
+        self.waiting = []
+        while not self.waiting or self._is_connected(self.waiting[-1]):
+            self.waiting.append(socket.socket())
+            self.waiting[-1].setblocking(False)
+            self.waiting[-1].connect_ex(self.listener.getsockname())
+
+    @staticmethod
+    def _is_connected(client):
+        return select.select([], [client], [], 0.3)[1]
+
+    def name(self):
+        return "tcp:127.0.0.1:%d" % self.listener.getsockname()[1]
+
+    def take_all(self):
+        self.listener.settimeout(4)
+        for _ in range(len(self.waiting) + 1):
+            self.waiting.append(self.listener.accept()[0])
+
+    def close(self):
+        for open_socket in [self.listener, *self.waiting]:
+            open_socket.close()
+
+
+class DeviceServer(unittest.TestCase):
+    def test_a_second_click_while_it_is_reached_does_not_close_it_again(self):
+        server = SlowDeviceServer()
+        self.addCleanup(server.close)
+        program = Program(BINARIES, "quorvel", "--port", server.name())
+        self.addCleanup(program.close)
+        button = program.one(BUTTON, "OpenComm")
+        until(lambda: has_state(button, Atspi.StateType.SHOWING), "the button")
+        click(button)
+        time.sleep(0.5)
+        click(button)
+        time.sleep(0.2)
+        self.assertTrue(program.all(BUTTON, "OpenComm"), "the server took the connection untold")
+        server.take_all()
+        program.one(BUTTON, "CloseComm")
+        time.sleep(1)
+        self.assertTrue(program.all(BUTTON, "CloseComm"))
+
+
+class Demo(unittest.TestCase):
+    def test_its_bus_comes_first_and_ends_with_the_program(self):
+        program = Program(BINARIES, "quorvel", "--demo")
+        self.addCleanup(program.close)
+        (bus,) = until(program.children, "the simulated bus")
+        ports = program.all(Atspi.Role.COMBO_BOX)[0]
+        entries = [node.get_name() for node in descendants(ports) if node.get_role() == Atspi.Role.LIST_ITEM]
+        self.assertRegex(entries[0], r"^COM1 /dev/pts/\d+$")
+        press(program.one(BUTTON, "OpenComm"))
+        program.one(BUTTON, "CloseComm")
+        press(program.one(BUTTON, "Search CCD"))
+        program.one(Atspi.Role.LABEL, "05,12,33,100,249")
+        press(program.one(ITEM, "Quit"))
+        self.assertEqual(program.process.wait(10), 0)
+        until(lambda: not os.path.exists(f"/proc/{bus}"), "the end of the simulated bus")
 
 
 class FactoryMainWindow(unittest.TestCase):
