@@ -89,10 +89,12 @@ TEST_F(SmallHouse, TextAndJetKnowNoLibraryOfWindowsOrPorts)
 
 TEST_F(SmallHouse, BoxesAreAskedForThroughTheSeam)
 {
-    write("src/settings/form4.cpp", "#include <QMessageBox>\n");
+    write("src/settings/form4.cpp", "#include <QMessageBox>\n#include <QInputDialog>\n");
     write("src/link/device.cpp", "#include <QFileDialog>\n");
     EXPECT_THAT(wrong(), ElementsAre("src/link/device.cpp:1: link opens no box",
                                      "src/settings/form4.cpp:1: settings asks for boxes and devices through "
+                                     "what it is given",
+                                     "src/settings/form4.cpp:2: settings asks for boxes and devices through "
                                      "what it is given"));
 }
 

@@ -274,5 +274,20 @@ TEST_F(Form1OnTheBus, FaultsOfTheLineAreCommErrorsOrShownAsReceived)
     EXPECT_TRUE(form8.match(good).hasMatch()) << qPrintable(good);
 }
 
+class ThreeDirections : public Form1OnTheBus {
+protected:
+    ThreeDirections() : Form1OnTheBus({"--fast", "--readout", "5:C"}) { bench.instrumentType = link::TypeC; }
+};
+
+TEST_F(ThreeDirections, ASilentZIsAnEmptyField)
+{
+    openPort();
+    const QRegularExpression whole(R"(^  X: .{8}  Y: .{8}  Z: [+-][\d.]{7}$)");
+    EXPECT_TRUE(whole.match(QString::fromStdString(module1.ReadSensorValues(5, bench))).hasMatch());
+    bus.fault("silent@2102");
+    const QRegularExpression empty(R"(^  X: .{8}  Y: .{8}  Z: $)");
+    EXPECT_TRUE(empty.match(QString::fromStdString(module1.ReadSensorValues(5, bench))).hasMatch());
+}
+
 } // namespace
 } // namespace quorvel::test
