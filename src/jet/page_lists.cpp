@@ -2,7 +2,7 @@
 
 #include "jet/data_page.h"
 
-#include <optional>
+#include <string>
 
 namespace quorvel::jet {
 
@@ -11,6 +11,10 @@ namespace {
 constexpr std::uint32_t kPagesOf2Gb = 524287;
 constexpr std::size_t kMapBytes = 64;
 constexpr std::size_t kReferences = 17;
+constexpr std::uint32_t kLastSystemPage = 5;
+
+// Pages of maps belong to no table: owner 0, or 1 on the page of the map of free pages.
+constexpr std::uint32_t kGlobalMapOwner = 1;
 
 // The engine keeps this much room beside the map of free pages.
 constexpr std::size_t kSpareBesideFreeMap = 4;
@@ -25,6 +29,13 @@ Failure strangeMap()
     return Failure{
         "keeps its lists of pages in a way that this program does not write. Use \"Compact and Repair\" in "
         "Access."};
+}
+
+Failure freeThoughUsed(std::uint32_t page)
+{
+    return Failure{
+        "is damaged: page " + std::to_string(page) +
+        " is in use and marked as free. Use \"Compact and Repair\" in Access, or an earlier copy."};
 }
 
 Status writeThrough(Pager& pager, std::uint32_t number, const Page& page)
@@ -52,7 +63,7 @@ Result<MapRows> mapRows(Pager& pager, std::uint32_t number)
     auto page = pager.copy(number);
     if (!page) return page.failure();
     const auto data = DataPage::of(*page, kJet4);
-    if (!data) return strangeMap();
+    if (!data || data->owner() > kGlobalMapOwner) return strangeMap();
     for (int slot = 0; slot < data->slots(); ++slot) {
         if (!data->live(slot)) return strangeMap();
     }
@@ -154,6 +165,17 @@ UsageMap linkedInline(UsageMap map, std::uint32_t page)
     return map;
 }
 
+/// Whether a map of free pages calls a page free: so it does with all pages outside its range.
+Result<bool> callsFree(Pager& pager, const UsageMap& map, std::uint32_t page)
+{
+    if (!map.reference) return !map.covers(page) || map.has(page);
+    const std::uint32_t range = page / kJet4.pagesPerBitmap();
+    if (range >= map.bitmapPages.size() || map.bitmapPages[range] == 0) return true;
+    const auto bitmap = readBitmap(pager, map.bitmapPages[range]);
+    if (!bitmap) return bitmap.failure();
+    return bitmapHas(*bitmap, page % kJet4.pagesPerBitmap());
+}
+
 } // namespace
 
 Result<std::uint32_t> FreePages::firstFrom(std::uint32_t from)
@@ -162,15 +184,9 @@ Result<std::uint32_t> FreePages::firstFrom(std::uint32_t from)
     if (!map) return map.failure();
     std::uint32_t page = from;
     for (; page < pager_->pages(); ++page) {
-        if (!map->reference) {
-            if (!map->covers(page) || map->has(page)) break;
-            continue;
-        }
-        const std::uint32_t range = page / kJet4.pagesPerBitmap();
-        if (range >= map->bitmapPages.size() || map->bitmapPages[range] == 0) break;
-        const auto bitmap = pager_->read(map->bitmapPages[range]);
-        if (!bitmap) return bitmap.failure();
-        if (bitmapHas(*bitmap, page % kJet4.pagesPerBitmap())) break;
+        const auto free = callsFree(*pager_, *map, page);
+        if (!free) return free.failure();
+        if (*free) break;
     }
     if (page >= kPagesOf2Gb) return tooLarge();
     return page;
@@ -180,12 +196,25 @@ Result<bool> FreePages::isFree(std::uint32_t page)
 {
     const auto map = readMap(*pager_, pointer_);
     if (!map) return map.failure();
-    if (!map->reference) return !map->covers(page) || map->has(page);
-    const std::uint32_t range = page / kJet4.pagesPerBitmap();
-    if (range >= map->bitmapPages.size() || map->bitmapPages[range] == 0) return true;
-    const auto bitmap = copyBitmap(*pager_, map->bitmapPages[range]);
-    if (!bitmap) return bitmap.failure();
-    return bitmapHas(*bitmap, page % kJet4.pagesPerBitmap());
+    return callsFree(*pager_, *map, page);
+}
+
+Status FreePages::check(std::vector<std::uint32_t> used)
+{
+    if (auto whole = checkMapPage(*pager_, pointerPage(pointer_)); !whole) return whole;
+    const auto map = readMap(*pager_, pointer_);
+    if (!map) return map.failure();
+    for (std::uint32_t page = 0; page <= kLastSystemPage; ++page)
+        used.push_back(page);
+    used.push_back(pointerPage(pointer_));
+    const auto own = map->ownPages();
+    used.insert(used.end(), own.begin(), own.end());
+    for (const std::uint32_t page : used) {
+        const auto free = callsFree(*pager_, *map, page);
+        if (!free) return free.failure();
+        if (*free) return freeThoughUsed(page);
+    }
+    return {};
 }
 
 Status FreePages::use(std::uint32_t page)
@@ -193,7 +222,6 @@ Status FreePages::use(std::uint32_t page)
     auto map = readMap(*pager_, pointer_);
     if (!map) return map.failure();
     if (map->reference) return useReferenced(std::move(*map), page);
-    if (page < map->start) return strangeMap();
     UsageMap grown = *map;
     if (!grown.covers(page)) grown.bits.resize(bitmapBytes(grown.start, page), 0xFF);
     grown.set(page, false);
@@ -261,6 +289,12 @@ Status FreePages::convert(const UsageMap& map, std::uint32_t page)
         if (auto used = use(number); !used) return used;
     }
     return page >= perBitmap ? use(page) : Status{};
+}
+
+Status checkMapPage(Pager& pager, std::uint32_t number)
+{
+    const auto maps = mapRows(pager, number);
+    return maps ? Status{} : Status(maps.failure());
 }
 
 Status linkPage(Pager& pager, FreePages& freePages, std::uint32_t owned, std::uint32_t free,

@@ -23,6 +23,10 @@ public:
 
     Result<bool> isFree(std::uint32_t page);
 
+    /// Fails when the map cannot be written, or calls a page free that is one of `used`, of its own pages or of the
+    /// pages 0 to 5 that every file needs. Must succeed before the calls below.
+    Status check(std::vector<std::uint32_t> used);
+
     /// Marks a page as used; the map grows when it must.
     Status use(std::uint32_t page);
 
@@ -36,6 +40,9 @@ private:
     Pager* pager_;
     std::uint32_t pointer_;
 };
+
+/// Fails when a page of maps holds more than maps: it cannot be laid out again then.
+Status checkMapPage(Pager& pager, std::uint32_t number);
 
 /// Adds a page to a table's map of owned pages and makes it the one page with free space.
 ///

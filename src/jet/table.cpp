@@ -4,7 +4,6 @@
 #include "jet/text_coding.h"
 
 #include <algorithm>
-#include <numeric>
 #include <string>
 
 namespace quorvel::jet {
@@ -166,9 +165,15 @@ Status Table::checkShape() const
 
 Status Table::checkPages()
 {
-    // Maps that share their page with other structures must still be whole rows of it.
+    const std::uint32_t mapPage = pointerPage(definition_.ownedMap);
+    if (auto whole = checkMapPage(*pager_, mapPage); !whole) return whole;
+    std::vector<std::uint32_t> used = owned_;
+    used.insert(used.end(), {page_, mapPage});
     for (const std::uint32_t pointer : {definition_.ownedMap, definition_.freeMap}) {
-        if (const auto map = readMap(*pager_, pointer); !map) return map.failure();
+        const auto map = readMap(*pager_, pointer);
+        if (!map) return map.failure();
+        const auto own = map->ownPages();
+        used.insert(used.end(), own.begin(), own.end());
     }
     for (const std::uint32_t number : owned_) {
         const auto bytes = pager_->read(number);
@@ -179,7 +184,7 @@ Status Table::checkPages()
         }
         if (const auto page = view(number); !page) return page.failure();
     }
-    return {};
+    return freePages_.check(std::move(used));
 }
 
 Status Table::dropTornRow()
@@ -217,7 +222,6 @@ Status Table::prepareWriting()
 {
     if (auto shape = checkShape(); !shape) return shape;
     if (auto pages = checkPages(); !pages) return pages;
-    if (const auto free = freePages_.isFree(0); !free) return free.failure();
     if (auto cut = pager_->cutIncomplete(); !cut) return cut;
     if (auto dropped = dropTornRow(); !dropped) return dropped;
     if (auto freed = freeStray(); !freed) return freed;

@@ -43,6 +43,13 @@ bool UsageMap::empty() const
     return std::all_of(bits.begin(), bits.end(), [](std::uint8_t byte) { return byte == 0; });
 }
 
+std::vector<std::uint32_t> UsageMap::ownPages() const
+{
+    auto pages = bitmapPages;
+    std::erase(pages, 0U);
+    return pages;
+}
+
 Result<UsageMap> parseMap(Bytes row)
 {
     UsageMap map;
@@ -91,9 +98,8 @@ Result<std::vector<std::uint32_t>> pagesOf(Pager& pager, const UsageMap& map)
     }
     for (std::size_t range = 0; range < map.bitmapPages.size(); ++range) {
         if (map.bitmapPages[range] == 0) continue;
-        const auto bytes = pager.read(map.bitmapPages[range]);
+        const auto bytes = readBitmap(pager, map.bitmapPages[range]);
         if (!bytes) return bytes.failure();
-        if (get8(*bytes, 0) != kBitmapPageType) return damagedMap();
         collect(bytes->subspan(kBitmapStart), std::uint64_t{range} * pager.layout().pagesPerBitmap(), pages);
     }
     return pages;
@@ -125,11 +131,18 @@ void setBitmap(Page& page, std::uint32_t bit, bool on)
     put8(page, at, static_cast<std::uint8_t>(on ? get8(page, at) | mask : get8(page, at) & ~mask));
 }
 
+Result<Bytes> readBitmap(Pager& pager, std::uint32_t number)
+{
+    const auto bytes = pager.read(number);
+    if (bytes && (number == 0 || get8(*bytes, 0) != kBitmapPageType)) return damagedMap();
+    return bytes;
+}
+
 Result<Page> copyBitmap(Pager& pager, std::uint32_t number)
 {
-    auto page = pager.copy(number);
-    if (page && (number == 0 || get8(*page, 0) != kBitmapPageType)) return damagedMap();
-    return page;
+    const auto bytes = readBitmap(pager, number);
+    if (!bytes) return bytes.failure();
+    return pager.copy(number);
 }
 
 } // namespace quorvel::jet

@@ -15,8 +15,6 @@
 ///     bitmap page 05 01 00 00 | bits
 namespace quorvel::jet {
 
-inline constexpr std::size_t kMapRowBytes = 69;
-
 struct UsageMap {
     bool reference = false;
     std::uint32_t start = 0;                ///< inline: page of the first bit
@@ -31,6 +29,9 @@ struct UsageMap {
     }
     void set(std::uint32_t page, bool on);
     bool empty() const; ///< no bit set; inline only
+
+    /// The bitmap pages that there are.
+    std::vector<std::uint32_t> ownPages() const;
 };
 
 /// Fails when the row is no map.
@@ -52,7 +53,8 @@ Page newBitmapPage(bool allSet);
 bool bitmapHas(Bytes page, std::uint32_t bit);
 void setBitmap(Page& page, std::uint32_t bit, bool on);
 
-/// A bitmap page read and found to be one.
+/// A bitmap page read and found to be one; the bytes are good until the pager is used again.
+Result<Bytes> readBitmap(Pager& pager, std::uint32_t number);
 Result<Page> copyBitmap(Pager& pager, std::uint32_t number);
 
 } // namespace quorvel::jet

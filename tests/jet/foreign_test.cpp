@@ -23,7 +23,6 @@ protected:
     {
         makeFile(disk_);
         fill(disk_, 0, 500);
-        bytes().resize(bytes().size());
     }
 
     ByteVector& bytes() { return disk_.files[kPath.string()]; }
@@ -131,6 +130,86 @@ TEST_F(Refusal, TableWithAnIndexIsReadButNotWritten)
     ASSERT_FALSE(refused);
     EXPECT_THAT(refused.error(), HasSubstr("the table has an index"));
 }
+
+void setBit(ByteVector& file, std::size_t at, std::uint32_t bit)
+{
+    file.at(at + bit / 8) = static_cast<std::uint8_t>(file.at(at + bit / 8) | 1U << (bit % 8));
+}
+
+constexpr std::size_t kFreeMapRow = kPageSize + 0xFBB;
+constexpr std::size_t kTableMaps = 17 * kPageSize;
+
+struct StrangeMap {
+    const char* name;
+    void (*change)(ByteVector& file);
+    const char* reason;
+};
+
+/// A third slot that holds nothing, as a map that was deleted leaves it.
+void addDeletedSlot(ByteVector& file, std::size_t page)
+{
+    put16(file, page + 2, static_cast<std::uint16_t>(get16(file, page + 2) - 2));
+    put16(file, page + 12, 3);
+    put16(file, page + 18, static_cast<std::uint16_t>(0xC000 | get16(file, page + 16)));
+}
+
+template<std::uint32_t Page>
+void markFree(ByteVector& file)
+{
+    setBit(file, kFreeMapRow + 5, Page);
+}
+
+const StrangeMap kStrangeMaps[] = {
+    {"startsLate", [](ByteVector& file) { put32(file, kFreeMapRow + 1, 8); },
+     "page 0 is in use and marked as free"},
+    {"header", markFree<0>, "page 0 is in use and marked as free"},
+    {"maps", markFree<1>, "page 1 is in use"},
+    {"catalog", markFree<2>, "page 2 is in use"},
+    {"definition", markFree<16>, "page 16 is in use"},
+    {"tableMaps", markFree<17>, "page 17 is in use"},
+    {"rows", markFree<19>, "page 19 is in use"},
+    {"noBitmapPage",
+     [](ByteVector& file) {
+         std::fill_n(file.begin() + kFreeMapRow, 69, std::uint8_t{0});
+         put8(file, kFreeMapRow, 1);
+         put32(file, kFreeMapRow + 1, 18);
+     },
+     "the list of a table's pages cannot be read"},
+    {"unknownType", [](ByteVector& file) { put8(file, kFreeMapRow, 2); }, "cannot be read"},
+    {"deletedGlobalMap", [](ByteVector& file) { addDeletedSlot(file, kPageSize); },
+     "in a way that this program"},
+    {"deletedTableMap", [](ByteVector& file) { addDeletedSlot(file, kTableMaps); },
+     "in a way that this program"},
+    {"mapsAmongRows", [](ByteVector& file) { put32(file, kTableMaps + 4, 16); },
+     "in a way that this program"},
+};
+
+class StrangeMaps : public ::testing::TestWithParam<StrangeMap> {};
+
+TEST_P(StrangeMaps, AreReadAndNeverWritten)
+{
+    Disk disk;
+    makeFile(disk);
+    fill(disk, 0, 500);
+    auto& file = disk.files[kPath.string()];
+    GetParam().change(file);
+    const ByteVector before = file;
+    {
+        MemoryFiles files(disk);
+        auto opened = OpenDatabase(kPath, {.files = &files});
+        ASSERT_TRUE(opened) << opened.error();
+        auto rows = opened->OpenRecordset("data");
+        ASSERT_TRUE(rows) << rows.error();
+        EXPECT_EQ(rows->RecordCount(), 500);
+        const auto refused = addRow(*rows, 1);
+        ASSERT_FALSE(refused);
+        EXPECT_THAT(refused.error(), HasSubstr(GetParam().reason));
+    }
+    EXPECT_EQ(file, before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Maps, StrangeMaps, ::testing::ValuesIn(kStrangeMaps),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Jet3, EveryKindOfColumnIsRead)
 {
