@@ -9,6 +9,7 @@ namespace {
 constexpr std::uint16_t kOffsetBits = 0x1FFF;
 constexpr std::size_t kFreeBytes = 0x02;
 constexpr std::size_t kOwner = 0x04;
+constexpr std::size_t kSectorBytes = 512;
 
 std::size_t slotAt(int slot) { return kJet4.slotTable + 2 * static_cast<std::size_t>(slot); }
 
@@ -65,6 +66,18 @@ std::optional<int> addRow(Page& page, Bytes row)
     put16(page, kFreeBytes, static_cast<std::uint16_t>(begin - tableEnd - 2));
     put16(page, kJet4.slotCount, static_cast<std::uint16_t>(slots + 1));
     return slots;
+}
+
+std::vector<Page> stepsTo(const Page& before, const Page& after)
+{
+    const std::size_t tableEnd = slotAt(get16(after, kJet4.slotCount));
+    Page rowOnly = after;
+    std::copy_n(before.begin(), tableEnd, rowOnly.begin());
+    // The count of slots and the new slot arrive together as long as they share a sector.
+    if (tableEnd <= kSectorBytes) return {rowOnly, after};
+    Page uncounted = after;
+    std::copy_n(before.begin(), kJet4.slotTable, uncounted.begin());
+    return {rowOnly, uncounted, after};
 }
 
 void eraseRow(Page& page, int slot)

@@ -41,6 +41,7 @@ public:
 
     /// Makes barrier() flush the file. Off at first.
     void flushAtBarriers(bool flush) { flushAtBarriers_ = flush; }
+    bool flushesAtBarriers() const { return flushAtBarriers_; }
 
     /// Stands between two writes of which the first must be on the disk before the second.
     Status barrier() { return flushAtBarriers_ ? file_->sync() : Status{}; }

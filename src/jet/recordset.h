@@ -89,7 +89,8 @@ public:
     /// from before; SetBookmark(LastModified()) goes to the new one.
     ///
     /// Fails when nothing was begun, when a value could not be set, when the table cannot be written (Updatable()),
-    /// and when the disk is full or gone: the file then keeps its earlier rows. What was begun is dropped.
+    /// and when the disk is full or gone: the file then keeps its earlier rows. What was begun is dropped. A disk that
+    /// fails while it is flushed may have taken the row: the reason then says so.
     Status Update();
 
     /// Drops what AddNew() or Edit() began.

@@ -225,16 +225,36 @@ Status Table::prepareWriting()
     if (auto cut = pager_->cutIncomplete(); !cut) return cut;
     if (auto dropped = dropTornRow(); !dropped) return dropped;
     if (auto freed = freeStray(); !freed) return freed;
+    if (auto counted = recount(); !counted) return counted;
+    return settle();
+}
+
+Status Table::recount()
+{
     const auto live = rows();
     if (!live) return live.failure();
-    if (live->size() == definition_.rowCount) return {};
+    countPending_ = countPending_ || live->size() != definition_.rowCount;
     definition_.rowCount = static_cast<std::uint32_t>(live->size());
-    countPending_ = true;
-    return settle();
+    return {};
+}
+
+/// A write may fail after it reached the file: a flush that fails, a list of pages of which the last write failed.
+Status Table::lookAgain()
+{
+    if (!unsure_) return {};
+    const auto map = readMap(*pager_, definition_.ownedMap);
+    if (!map) return map.failure();
+    auto owned = pagesOf(*pager_, *map);
+    if (!owned) return owned.failure();
+    owned_ = std::move(*owned);
+    if (auto counted = recount(); !counted) return counted;
+    unsure_ = false;
+    return {};
 }
 
 Status Table::settle()
 {
+    if (auto known = lookAgain(); !known) return known;
     if (!countPending_) return {};
     auto page = pager_->copy(page_);
     if (!page) return page.failure();
@@ -261,16 +281,40 @@ Status Table::writePage(std::uint32_t number, const Page& page)
     return pager_->barrier();
 }
 
+Status Table::writeGrown(std::uint32_t number, const Page& before, const Page& after)
+{
+    if (!pager_->flushesAtBarriers()) return writePage(number, after);
+    for (const auto& step : stepsTo(before, after)) {
+        if (auto written = writePage(number, step); !written) return written;
+    }
+    return {};
+}
+
 Result<std::uint32_t> Table::append(const std::vector<Value>& values)
 {
-    const ByteVector row = encodeRow(definition_, values);
+    if (auto known = lookAgain(); !known) return known.failure();
+    const std::uint32_t rowsBefore = definition_.rowCount;
+    auto added = appendRow(encodeRow(definition_, values));
+    if (added) {
+        countRows(+1);
+        return added;
+    }
+    unsure_ = true;
+    if (lookAgain() && definition_.rowCount == rowsBefore) return added;
+    return Failure{added.error() +
+                   " The row may be in the file all the same: open it again and look before you "
+                   "add it once more."};
+}
+
+Result<std::uint32_t> Table::appendRow(const ByteVector& row)
+{
     if (owned_.empty()) return appendOnNewPage(row);
-    auto page = pager_->copy(owned_.back());
-    if (!page) return page.failure();
-    const auto slot = addRow(*page, row);
+    const auto before = pager_->copy(owned_.back());
+    if (!before) return before.failure();
+    Page page = *before;
+    const auto slot = addRow(page, row);
     if (!slot) return appendOnNewPage(row);
-    if (auto written = writePage(owned_.back(), *page); !written) return written.failure();
-    countRows(+1);
+    if (auto written = writeGrown(owned_.back(), *before, page); !written) return written.failure();
     return rowPointer(owned_.back(), *slot);
 }
 
@@ -287,7 +331,6 @@ Result<std::uint32_t> Table::appendOnNewPage(const ByteVector& row)
     auto linked = linkPage(*pager_, freePages_, definition_.ownedMap, definition_.freeMap, owned_, *number);
     if (!linked) return linked.failure();
     owned_.push_back(*number);
-    countRows(+1);
     return rowPointer(*number, *slot);
 }
 
@@ -318,10 +361,14 @@ Status Table::update(std::uint32_t row, const std::vector<Value>& values)
 
 Status Table::erase(std::uint32_t row)
 {
+    if (auto known = lookAgain(); !known) return known;
     auto page = pageForChange(row);
     if (!page) return page.failure();
     eraseRow(*page, pointerSlot(row));
-    if (auto written = writePage(pointerPage(row), *page); !written) return written;
+    if (auto written = writePage(pointerPage(row), *page); !written) {
+        unsure_ = true;
+        return written;
+    }
     countRows(-1);
     return {};
 }

@@ -39,12 +39,12 @@ public:
     /// below.
     Status prepareWriting();
 
-    /// Adds a row. @return its pointer.
+    /// Adds a row. @return its pointer. On failure the reason says so when the row may be in the file all the same.
     Result<std::uint32_t> append(const std::vector<Value>& values);
     Status update(std::uint32_t row, const std::vector<Value>& values);
     Status erase(std::uint32_t row);
 
-    /// Writes the row count when an earlier write of it failed.
+    /// Writes the row count when it is not yet in the file.
     Status settle();
 
 private:
@@ -56,10 +56,14 @@ private:
     Status checkPages();
     Status dropTornRow();
     Status freeStray();
+    Result<std::uint32_t> appendRow(const ByteVector& row);
     Result<std::uint32_t> appendOnNewPage(const ByteVector& row);
     Result<Page> pageForChange(std::uint32_t row);
     Status writePage(std::uint32_t number, const Page& page);
+    Status writeGrown(std::uint32_t number, const Page& before, const Page& after);
     void countRows(int change);
+    Status recount();
+    Status lookAgain();
 
     Pager* pager_;
     std::uint16_t codePage_;
@@ -68,6 +72,7 @@ private:
     Definition definition_;
     std::vector<std::uint32_t> owned_;
     bool countPending_ = false;
+    bool unsure_ = false; ///< a write failed: what the file holds now is to be looked up
 
     // The page read last, kept beside the pager's because long values displace pages there.
     Page viewed_{};

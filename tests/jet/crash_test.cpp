@@ -164,6 +164,8 @@ TEST(Crash, FullDiskIsToldAndEarlierRowsStay)
     EXPECT_THAT(faultsOf(disk.files[kPath.string()]), IsEmpty());
 }
 
+constexpr std::size_t kSector = 512;
+
 TEST(Crash, PageThatCameToTheDiskInPartsLosesAtMostItsLastRow)
 {
     Disk before;
@@ -171,7 +173,6 @@ TEST(Crash, PageThatCameToTheDiskInPartsLosesAtMostItsLastRow)
     fill(before, 0, 9);
     Disk after = before;
     fill(after, 9, 10);
-    constexpr std::size_t kSector = 512;
     const std::size_t page = 18 * kPageSize;
     for (unsigned parts = 0; parts < 256; ++parts) {
         Disk torn = before;
@@ -187,6 +188,143 @@ TEST(Crash, PageThatCameToTheDiskInPartsLosesAtMostItsLastRow)
         EXPECT_EQ(seen, countTo(seen.size() == 10 ? 10 : 9)) << "sectors " << parts;
         EXPECT_THAT(faultsOf(bytes), IsEmpty()) << "sectors " << parts;
     }
+}
+
+struct TornCase {
+    const char* name;
+    int rows;
+    int slots; ///< those behind the rows held rows that were deleted
+};
+
+class TornPage : public ::testing::TestWithParam<TornCase> {
+protected:
+    TornPage()
+    {
+        makeFile(before_);
+        fill(before_, 0, GetParam().rows);
+        MemoryFiles files(before_);
+        auto opened = OpenDatabase(kPath, {.files = &files});
+        auto rows = opened->OpenRecordset("data");
+        for (int slot = GetParam().rows; slot < GetParam().slots; ++slot) {
+            EXPECT_TRUE(addRow(*rows, 1e30));
+            EXPECT_TRUE(rows->MoveLast());
+            EXPECT_TRUE(rows->Delete());
+        }
+        EXPECT_TRUE(opened->Close());
+    }
+
+    /// The file as each flush left it while one more row was added; first without it.
+    std::vector<ByteVector> flushedStates()
+    {
+        Disk disk = before_;
+        std::vector<ByteVector> states{disk.files[kPath.string()]};
+        MemoryFiles files(disk);
+        auto opened = OpenDatabase(kPath, {.durability = Durability::EachUpdate, .files = &files});
+        auto rows = opened->OpenRecordset("data");
+        disk.atSync = [&] { states.push_back(disk.files[kPath.string()]); };
+        EXPECT_TRUE(addRow(*rows, GetParam().rows));
+        disk.atSync = nullptr;
+        return states;
+    }
+
+    Disk before_;
+};
+
+std::vector<std::size_t> differingSectors(const ByteVector& from, const ByteVector& to)
+{
+    std::vector<std::size_t> sectors;
+    for (std::size_t at = 0; at < from.size(); at += kSector) {
+        if (!std::equal(from.begin() + static_cast<std::ptrdiff_t>(at),
+                        from.begin() + static_cast<std::ptrdiff_t>(at + kSector),
+                        to.begin() + static_cast<std::ptrdiff_t>(at)))
+            sectors.push_back(at);
+    }
+    return sectors;
+}
+
+TEST_P(TornPage, ShowsTheRowWholeOrNotAtAll)
+{
+    const auto states = flushedStates();
+    ASSERT_GE(states.size(), 3U);
+    for (std::size_t i = 1; i < states.size(); ++i) {
+        const auto sectors = differingSectors(states[i - 1], states[i]);
+        ASSERT_LE(sectors.size(), 8U);
+        for (unsigned parts = 0; parts >> sectors.size() == 0; ++parts) {
+            Disk torn;
+            auto& bytes = torn.files[kPath.string()] = states[i - 1];
+            for (std::size_t k = 0; k < sectors.size(); ++k) {
+                if ((parts >> k & 1) == 0) continue;
+                std::copy_n(states[i].begin() + static_cast<std::ptrdiff_t>(sectors[k]), kSector,
+                            bytes.begin() + static_cast<std::ptrdiff_t>(sectors[k]));
+            }
+            const auto seen = valuesOf(torn, Access::ReadWrite);
+            const int rows = GetParam().rows;
+            EXPECT_EQ(seen, countTo(seen.size() > static_cast<std::size_t>(rows) ? rows + 1 : rows));
+            EXPECT_THAT(faultsOf(bytes), IsEmpty()) << "step " << i << ", sectors " << parts;
+        }
+    }
+    Disk after;
+    after.files[kPath.string()] = states.back();
+    EXPECT_EQ(valuesOf(after), countTo(GetParam().rows + 1)) << "on the disk when Update() returns";
+}
+
+// Rows are 19 bytes long: the 27th lies across a border of sectors; slot 249 is the first of the second sector.
+INSTANTIATE_TEST_SUITE_P(
+    Crash, TornPage,
+    ::testing::Values(TornCase{"StartedPage", 9, 9}, TornCase{"RowAcrossSectors", 26, 26},
+                      TornCase{"RowBehindTheBorder", 27, 27}, TornCase{"OverADeletedRow", 9, 10},
+                      TornCase{"LastSlotOfSector", 9, 248}, TornCase{"FirstSlotOfNextSector", 9, 249},
+                      TornCase{"Slot250", 9, 250}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+/// Lets the n-th flush fail while a row is added: the reason says whether the row may be there, the next row follows
+/// in order, and the count is right.
+void failFlush(const Disk& before, int rowsBefore, int flush)
+{
+    Disk disk = before;
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.durability = Durability::EachUpdate, .files = &files});
+    auto rows = opened->OpenRecordset("data");
+    disk.syncsLeft = flush;
+    const auto failed = addRow(*rows, rowsBefore);
+    disk.syncsLeft = -1;
+    ASSERT_FALSE(failed);
+    const bool arrived = valuesOf(disk).size() > static_cast<std::size_t>(rowsBefore);
+    EXPECT_EQ(failed.error().find("may be in the file") != std::string::npos, arrived);
+    const int next = rowsBefore + (arrived ? 1 : 0);
+    EXPECT_TRUE(addRow(*rows, next));
+    EXPECT_TRUE(opened->Close());
+    EXPECT_EQ(valuesOf(disk), countTo(next + 1));
+    int leaked = 0;
+    EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty());
+}
+
+TEST(Crash, FailedFlushTellsWhetherTheRowMayBeInTheFile)
+{
+    Disk disk;
+    makeFile(disk);
+    for (int flush = 0; flush < 3; ++flush)
+        failFlush(disk, 0, flush);
+    fill(disk, 0, 5);
+    for (int flush = 0; flush < 2; ++flush)
+        failFlush(disk, 5, flush);
+}
+
+TEST(Crash, FailedFlushOfADeletionLeavesTheCountRight)
+{
+    Disk disk;
+    makeFile(disk);
+    fill(disk, 0, 5);
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.durability = Durability::EachUpdate, .files = &files});
+    auto rows = opened->OpenRecordset("data");
+    EXPECT_TRUE(rows->MoveLast());
+    disk.syncsLeft = 0;
+    EXPECT_FALSE(rows->Delete());
+    disk.syncsLeft = -1;
+    EXPECT_TRUE(opened->Close());
+    EXPECT_EQ(valuesOf(disk), countTo(4));
+    EXPECT_THAT(faultsOf(disk.files[kPath.string()]), IsEmpty());
 }
 
 TEST(Crash, IncompleteLastPageIsCutOffBeforeWriting)

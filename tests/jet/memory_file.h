@@ -4,18 +4,21 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
-/// A disk in memory that does as it is told: counts writes, dies after the n-th, is full, turns bytes over.
+/// A disk in memory that does as it is told: counts writes and flushes, dies after the n-th, is full.
 namespace quorvel::jet::testing {
 
 struct Disk {
     std::map<std::string, std::vector<std::uint8_t>> files;
     std::vector<std::uint32_t> writes; ///< page numbers, in order
     int syncs = 0;
+    int syncsLeft = -1;           ///< -1: any number; 0: every further flush fails
+    std::function<void()> atSync; ///< told of each flush
     int writesLeft = -1; ///< -1: any number; 0: every further write fails, as if the program had been killed
     std::size_t bytesLeft = SIZE_MAX; ///< room for files to grow
     bool lockedByAccess = false;
@@ -53,7 +56,10 @@ public:
 
     Status sync() override
     {
+        if (disk_->syncsLeft == 0) return Failure{"could not be brought to the disk: Input/output error."};
+        if (disk_->syncsLeft > 0) --disk_->syncsLeft;
         ++disk_->syncs;
+        if (disk_->atSync) disk_->atSync();
         return {};
     }
 
