@@ -47,7 +47,8 @@ public:
     /// opened for reading, and `readOnlyBecause` says so.
     virtual Result<Opened> open(const std::filesystem::path& path, bool forWriting) = 0;
 
-    /// Makes an empty file for writing; a left-over of that name that no program holds is emptied.
+    /// Makes an empty file for writing. A left-over of that name, empty or the beginning of a database, is removed when
+    /// no program holds it; a file of another kind makes it fail.
     virtual Result<std::unique_ptr<File>> create(const std::filesystem::path& path) = 0;
 
     /// Gives `from` the name `to`, and makes the new name last. Fails when `to` exists.

@@ -1,4 +1,5 @@
 #include "jet/file.h"
+#include "jet/header.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -55,7 +56,11 @@ public:
             const auto put =
                 ::pwrite(handle_, page.data() + done, page.size() - done, begin + static_cast<off_t>(done));
             if (put < 0 && errno == EINTR) continue;
-            if (put < 0) return Failure{"could not be written: " + systemReason(errno) + kTryAgainWithSpace};
+            if (put < 0) {
+                const int code = errno;
+                dropPiece(begin, page.size());
+                return Failure{"could not be written: " + systemReason(code) + kTryAgainWithSpace};
+            }
             done += static_cast<std::size_t>(put);
         }
         return {};
@@ -74,6 +79,14 @@ public:
     }
 
 private:
+    /// A full disk may have taken a part of the last page: other programs expect whole ones.
+    void dropPiece(off_t begin, std::size_t pageSize)
+    {
+        const auto now = size();
+        const auto whole = static_cast<std::uint64_t>(begin);
+        if (now && *now > whole && *now < whole + pageSize) static_cast<void>(static_cast<bool>(cut(whole)));
+    }
+
     int handle_;
 };
 
@@ -88,6 +101,54 @@ int openHandle(const std::filesystem::path& path, int flags)
     return handle;
 }
 
+constexpr auto kUsedElsewhere = "is used by another program. Close it there and try again.";
+constexpr auto kBeingCreated = "is being created by another program. Wait until it is done.";
+
+Status lock(int handle, const char* whenTaken)
+{
+    if (::flock(handle, LOCK_EX | LOCK_NB) == 0) return {};
+    if (errno == EWOULDBLOCK) return Failure{whenTaken};
+    return Failure{"could not be locked: " + systemReason(errno) + ". Use a folder on another disk."};
+}
+
+/// False when another program has meanwhile put something else under the name that was opened.
+bool stillHasName(int handle, const std::filesystem::path& path)
+{
+    struct stat opened {};
+    struct stat named {};
+    return ::fstat(handle, &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+std::string quotedName(const std::filesystem::path& path)
+{
+    const auto name = path.filename().u8string();
+    return '"' + std::string(name.begin(), name.end()) + '"';
+}
+
+Failure notCreated(int code)
+{
+    return Failure{"could not be created: " + systemReason(code) + ". Choose another folder."};
+}
+
+/// Takes what a killed program left under a temporary name away. Only the name goes: it may be the second one of a
+/// file that was finished.
+Status removeLeftOver(const std::filesystem::path& path)
+{
+    const int handle = openHandle(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);
+    if (handle < 0) return errno == ENOENT ? Status{} : Status(notCreated(errno));
+    PosixFile file(handle);
+    if (auto locked = lock(handle, kBeingCreated); !locked) return locked;
+    if (!stillHasName(handle, path)) return Failure{kBeingCreated};
+    const auto ours = mayBeLeftOver(file);
+    if (!ours) return ours.failure();
+    if (!*ours) {
+        return Failure{"could not be created: another file is named " + quotedName(path) +
+                       ". Rename that file."};
+    }
+    return ::unlink(path.c_str()) == 0 ? Status{} : Status(notCreated(errno));
+}
+
 // A name in a folder lasts through a power cut only when the folder itself has been flushed.
 void syncFolder(const std::filesystem::path& path)
 {
@@ -96,6 +157,12 @@ void syncFolder(const std::filesystem::path& path)
     if (handle < 0) return;
     ::fsync(handle);
     ::close(handle);
+}
+
+Failure secondNameStays(const std::filesystem::path& name, int code)
+{
+    return Failure{"is whole, but its temporary name " + quotedName(name) +
+                   " stays beside it: " + systemReason(code) + ". Delete that name."};
 }
 
 class PosixFiles : public Files {
@@ -114,23 +181,20 @@ public:
         opened.file = std::make_unique<PosixFile>(handle);
         struct stat about {};
         if (::fstat(handle, &about) != 0 || !S_ISREG(about.st_mode)) return Failure{"is not a file."};
-        if (forWriting && opened.readOnlyBecause.empty() && ::flock(handle, LOCK_EX | LOCK_NB) != 0) {
-            return Failure{"is used by another program. Close it there and try again."};
+        if (forWriting && opened.readOnlyBecause.empty()) {
+            if (auto locked = lock(handle, kUsedElsewhere); !locked) return locked.failure();
         }
         return opened;
     }
 
     Result<std::unique_ptr<File>> create(const std::filesystem::path& path) override
     {
-        const int handle = openHandle(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
-        if (handle < 0) {
-            return Failure{"could not be created: " + systemReason(errno) + ". Choose another folder."};
-        }
+        if (auto removed = removeLeftOver(path); !removed) return removed.failure();
+        const int handle = openHandle(path, O_RDWR | O_CREAT | O_EXCL);
+        if (handle < 0) return errno == EEXIST ? Failure{kBeingCreated} : notCreated(errno);
         std::unique_ptr<File> file = std::make_unique<PosixFile>(handle);
-        if (::flock(handle, LOCK_EX | LOCK_NB) != 0) {
-            return Failure{"is being created by another program. Wait until it is done."};
-        }
-        if (auto emptied = file->cut(0); !emptied) return emptied.failure();
+        if (auto locked = lock(handle, kBeingCreated); !locked) return locked.failure();
+        if (!stillHasName(handle, path)) return Failure{kBeingCreated};
         return file;
     }
 
@@ -139,7 +203,7 @@ public:
         // A second name fails when the name is taken, where a rename would replace it. Disks without second
         // names (FAT, some network shares) get the rename after a look.
         if (::link(from.c_str(), to.c_str()) == 0) {
-            ::unlink(from.c_str());
+            if (::unlink(from.c_str()) != 0) return secondNameStays(from, errno);
         } else if (errno == EEXIST || exists(to)) {
             return Failure{"already exists. Delete it or choose another name."};
         } else if (::rename(from.c_str(), to.c_str()) != 0) {

@@ -1,4 +1,5 @@
 #include "jet/file.h"
+#include "jet/header.h"
 
 #define NOMINMAX
 #define WIN32_LEAN_AND_MEAN
@@ -90,6 +91,19 @@ HANDLE openHandle(const std::filesystem::path& path, DWORD access, DWORD share, 
     return ::CreateFileW(path.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+/// A new file, or a left-over without what it held.
+Result<std::unique_ptr<File>> emptied(std::unique_ptr<File> file)
+{
+    const auto ours = mayBeLeftOver(*file);
+    if (!ours) return ours.failure();
+    if (!*ours) {
+        return Failure{
+            "could not be created: another file has its name with the ending \".part\". Rename that file."};
+    }
+    if (auto cut = file->cut(0); !cut) return cut.failure();
+    return file;
+}
+
 class WindowsFiles : public Files {
 public:
     Result<Opened> open(const std::filesystem::path& path, bool forWriting) override
@@ -122,9 +136,9 @@ public:
     Result<std::unique_ptr<File>> create(const std::filesystem::path& path) override
     {
         // Shared for deletion, so that the finished file can be renamed while it is held.
-        HANDLE handle = openHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                                   CREATE_ALWAYS);
-        if (handle != INVALID_HANDLE_VALUE) return std::unique_ptr<File>(new WindowsFile(handle));
+        HANDLE handle =
+            openHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_ALWAYS);
+        if (handle != INVALID_HANDLE_VALUE) return emptied(std::make_unique<WindowsFile>(handle));
         const DWORD code = ::GetLastError();
         if (code == ERROR_SHARING_VIOLATION) {
             return Failure{"is being created by another program. Wait until it is done."};

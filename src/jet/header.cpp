@@ -36,6 +36,7 @@ constexpr std::uint8_t kMask[] = {
 };
 constexpr std::size_t kMaskBytesJet3 = 126;
 
+constexpr std::size_t kMarkBytes = 20;
 constexpr std::uint8_t kSignature[] = {0x00, 0x01, 0x00, 0x00};
 constexpr std::string_view kJetName("Standard Jet DB\0", 16);
 constexpr std::string_view kAceName("Standard ACE DB\0", 16);
@@ -66,6 +67,15 @@ bool hasPassword(Bytes header, const Layout& layout)
     return false;
 }
 
+/// Whether a file begins as databases do; one that ends within the mark is measured by what it has of it.
+bool hasMark(Bytes start)
+{
+    ByteVector mark(std::begin(kSignature), std::end(kSignature));
+    mark.insert(mark.end(), kJetName.begin(), kJetName.end());
+    const auto found = part(start, 0, kMarkBytes);
+    return std::equal(found.begin(), found.end(), mark.begin());
+}
+
 Status checkIsDatabase(Bytes start, std::uint64_t fileSize)
 {
     if (fileSize == 0) return Failure{"is empty. Choose another file."};
@@ -76,16 +86,22 @@ Status checkIsDatabase(Bytes start, std::uint64_t fileSize)
     if (beginsWith(start, kName, kMoneyName)) {
         return Failure{"is a file of a money program, not an Access database. Choose another file."};
     }
-    // A file that ends within these first bytes is measured by what it has of them.
-    const auto begin =
-        std::string(reinterpret_cast<const char*>(start.data()), std::min<std::size_t>(start.size(), 20));
-    if (!(std::string("\0\1\0\0", 4) + std::string(kJetName)).starts_with(begin)) {
+    if (!hasMark(start)) {
         return Failure{"is not an Access database. Choose another file."};
     }
     return {};
 }
 
 } // namespace
+
+Result<bool> mayBeLeftOver(File& file)
+{
+    const auto size = file.size();
+    if (!size) return size.failure();
+    ByteVector start(std::min<std::uint64_t>(*size, kMarkBytes));
+    if (auto got = file.readPage(0, start); !got) return got.failure();
+    return hasMark(start);
+}
 
 void maskHeader(MutableBytes page, const Layout& layout)
 {

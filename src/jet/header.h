@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/bytes.h"
+#include "jet/file.h"
 #include "jet/layout.h"
 #include "jet/result.h"
 #include "jet/value.h"
@@ -29,6 +30,9 @@ struct Header {
 /// @param fileSize  in bytes.
 Result<Header> readHeader(Bytes start, std::uint64_t fileSize);
 inline constexpr std::size_t kHeaderBytes = 160;
+
+/// Whether a file is empty or begins as a database does: what a killed program leaves of one that it was making.
+Result<bool> mayBeLeftOver(File& file);
 
 /// Page 0 of a new Jet 4 file, with the masked bytes masked.
 Page newHeader(Date stamp);
