@@ -22,6 +22,11 @@ constexpr std::uint32_t kDefinitionMark = 0x659;
 constexpr std::uint32_t kPhysicalMark = 0x783;
 constexpr std::size_t kIndexColumns = 10;
 
+// The list of memo and OLE columns ends with the mark.
+constexpr std::size_t kLongValueBytes = 10;
+constexpr std::size_t kEndBytes = 2;
+constexpr std::uint16_t kEndMark = 0xFFFF;
+
 Failure damagedDefinition(const std::string& what)
 {
     return Failure{"is damaged: the definition of a table " + what +
@@ -65,6 +70,18 @@ std::optional<std::string> takeName(Bytes bytes, std::size_t& at, const Layout& 
     const auto stored = part(bytes, at, length);
     at += length;
     return wide ? decodeText(stored) : decodeAnsi(stored, codePage);
+}
+
+/// Walks over what follows the column names, to the mark at the end.
+bool endsWell(Bytes bytes, std::size_t at, const Definition& definition, const Layout& layout)
+{
+    at += definition.physicalCount * layout.physicalSize + definition.logicalCount * layout.logicalSize;
+    for (std::uint32_t i = 0; i < definition.logicalCount; ++i) {
+        if (!takeName(bytes, at, layout, 0)) return false;
+    }
+    while (at + kEndBytes <= bytes.size() && get16(bytes, at) != kEndMark)
+        at += kLongValueBytes;
+    return at + kEndBytes <= bytes.size();
 }
 
 void appendName(ByteVector& bytes, const std::string& name)
@@ -195,6 +212,7 @@ Result<Definition> parseDefinition(Bytes bytes, const Layout& layout, std::uint1
         definition.columns.push_back(std::move(column));
     }
     if (!numbersAreSound(definition)) return damagedDefinition("numbers its columns wrongly");
+    if (!endsWell(bytes, at, definition, layout)) return damagedDefinition("does not come to its end");
     return definition;
 }
 
@@ -244,7 +262,7 @@ ByteVector encodeDefinition(const Definition& definition)
         append32(bytes, maps.owned);
         append32(bytes, maps.free);
     }
-    append16(bytes, 0xFFFF);
+    append16(bytes, kEndMark);
     put32(bytes, kLength, static_cast<std::uint32_t>(bytes.size()));
     return bytes;
 }

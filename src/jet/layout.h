@@ -45,6 +45,9 @@ struct Layout {
     std::uint32_t pagesPerBitmap() const { return static_cast<std::uint32_t>((pageSize - 4) * 8); }
 };
 
+/// Pages of 4096 bytes that make 2 GB, the most an Access database can hold: no page has this number or a higher one.
+inline constexpr std::uint32_t kMostPages = 524287;
+
 /// How a new file sorts texts: the general sort order, by its language number.
 inline constexpr std::uint32_t kGeneralSortOrder = 0x0409;
 

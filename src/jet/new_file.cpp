@@ -73,7 +73,7 @@ std::string_view faultOf(std::string_view name, bool (*allowed)(char))
     const auto stored = encodeText(name);
     if (!stored) return "the name is not valid text";
     if (name.empty() || stored->size() / 2 > kMaxName) return "names have 1 to 64 characters";
-    if (name.front() == ' ') return "names do not begin with a blank";
+    if (name.front() == ' ' || name.back() == ' ') return "names do not begin or end with a blank";
     if (!std::all_of(name.begin(), name.end(), allowed))
         return "the name holds a character that is not allowed";
     return {};
@@ -114,6 +114,17 @@ Definition userDefinition(const TableDef& table, std::uint32_t mapPage)
 NewFile::NewFile(Date stamp) : stamp_(stamp), ids_(securityIds(stamp)), pages_(kEmptyFilePages)
 {
     pages_[0] = newHeader(stamp);
+    layMaps();
+    for (const std::uint32_t leaf : {10U, 11U, 12U, 13U}) {
+        pages_[leaf] = *buildLeaf(leaf == 10 ? kQueriesTable : kRelationshipsTable, {});
+    }
+    listObjects();
+    listRights();
+    refreshSystemPages();
+}
+
+void NewFile::layMaps()
+{
     pages_[kGlobalMapPage] = newDataPage(1);
     addRow(pages_[kGlobalMapPage], inlineMap(true));
     addRow(pages_[kGlobalMapPage], inlineMap(false));
@@ -124,18 +135,17 @@ NewFile::NewFile(Date stamp) : stamp_(stamp), ids_(securityIds(stamp)), pages_(k
         addRow(pages_[kSystemMapPage], inlineMap(false));
     for (const auto& bit : kSystemMapBits)
         setMapBit(kSystemMapPage, bit.slot, bit.page, true);
-    for (const std::uint32_t leaf : {10U, 11U, 12U, 13U}) {
-        pages_[leaf] = *buildLeaf(leaf == 10 ? kQueriesTable : kRelationshipsTable, {});
-    }
-    pages_[kObjectsPage] = newDataPage(kObjectsTable);
-    pages_[kRightsPage] = newDataPage(kRightsTable);
+}
 
-    const auto& [admin, users, engine, creator] = ids_;
+void NewFile::listObjects()
+{
+    pages_[kObjectsPage] = newDataPage(kObjectsTable);
+    const auto& engine = ids_.engine;
     const ObjectRow objects[] = {
         {kTablesContainer, kRoot, "Tables", 3, engine, kSystemFlags},
         {kDatabasesContainer, kRoot, "Databases", 3, engine, kSystemFlags},
         {kRelationshipsContainer, kRoot, "Relationships", 3, engine, kSystemFlags},
-        {kDatabaseObject, kDatabasesContainer, "MSysDb", 2, admin, kSystemFlags},
+        {kDatabaseObject, kDatabasesContainer, "MSysDb", 2, ids_.admin, kSystemFlags},
         {kObjectsTable, kTablesContainer, "MSysObjects", kTableObject, engine, kSystemFlags},
         {kRightsTable, kTablesContainer, "MSysACEs", kTableObject, engine, kSystemFlags},
         {kQueriesTable, kTablesContainer, "MSysQueries", kTableObject, engine, kSystemFlags},
@@ -143,6 +153,12 @@ NewFile::NewFile(Date stamp) : stamp_(stamp), ids_(securityIds(stamp)), pages_(k
     };
     for (const auto& row : objects)
         addObject(row);
+}
+
+void NewFile::listRights()
+{
+    pages_[kRightsPage] = newDataPage(kRightsTable);
+    const auto& [admin, users, engine, creator] = ids_;
     const RightRow rights[] = {
         {kObjectsTable, admin, 0x00060000, false},
         {kRightsTable, admin, 0x00060000, false},
@@ -163,7 +179,6 @@ NewFile::NewFile(Date stamp) : stamp_(stamp), ids_(securityIds(stamp)), pages_(k
     };
     for (const auto& row : rights)
         addRight(row);
-    refreshSystemPages();
 }
 
 Status NewFile::append(const TableDef& table)

@@ -36,6 +36,9 @@ private:
         bool inheritable;
     };
 
+    void layMaps();
+    void listObjects();
+    void listRights();
     Status checkNames(const TableDef& table) const;
     bool addObject(const ObjectRow& row);
     bool addRight(const RightRow& row);

@@ -8,7 +8,6 @@ namespace quorvel::jet {
 
 namespace {
 
-constexpr std::uint32_t kPagesOf2Gb = 524287;
 constexpr std::size_t kMapBytes = 64;
 constexpr std::size_t kReferences = 17;
 constexpr std::uint32_t kLastSystemPage = 5;
@@ -113,7 +112,7 @@ Result<std::uint32_t> addBitmap(Pager& pager, FreePages& freePages, const std::v
         if (page / kJet4.pagesPerBitmap() == range) setBitmap(bitmap, page % kJet4.pagesPerBitmap(), true);
     }
     const std::uint32_t number = pager.pages();
-    if (number >= kPagesOf2Gb) return tooLarge();
+    if (number >= kMostPages) return tooLarge();
     if (auto written = writeThrough(pager, number, bitmap); !written) return written.failure();
     if (auto used = freePages.use(number); !used) return used.failure();
     return number;
@@ -188,7 +187,7 @@ Result<std::uint32_t> FreePages::firstFrom(std::uint32_t from)
         if (!free) return free.failure();
         if (*free) break;
     }
-    if (page >= kPagesOf2Gb) return tooLarge();
+    if (page >= kMostPages) return tooLarge();
     return page;
 }
 
@@ -260,7 +259,7 @@ Status FreePages::useReferenced(UsageMap map, std::uint32_t page)
     }
     Page bitmap = newBitmapPage(true);
     const std::uint32_t number = pager_->pages();
-    if (number >= kPagesOf2Gb) return tooLarge();
+    if (number >= kMostPages) return tooLarge();
     setBitmap(bitmap, page % perBitmap, false);
     if (number / perBitmap == range) setBitmap(bitmap, number % perBitmap, false);
     if (auto written = writeThrough(*pager_, number, bitmap); !written) return written;
@@ -273,7 +272,7 @@ Status FreePages::convert(const UsageMap& map, std::uint32_t page)
 {
     const std::uint32_t perBitmap = kJet4.pagesPerBitmap();
     const std::uint32_t number = pager_->pages();
-    if (number >= kPagesOf2Gb) return tooLarge();
+    if (number >= kMostPages) return tooLarge();
     Page bitmap = newBitmapPage(true);
     for (std::uint32_t known = 0; known < perBitmap; ++known) {
         const bool used = known == page || known == number || (map.covers(known) && !map.has(known));

@@ -27,7 +27,8 @@ Status Pager::clean(Frame& frame)
 Result<Bytes> Pager::read(std::uint32_t number)
 {
     if (number >= pages_) {
-        return Failure{"is cut off: page " + std::to_string(number) + " is missing. Copy it again."};
+        return Failure{"is cut off or damaged: page " + std::to_string(number) +
+                       " is missing. Copy it again, or use \"Compact and Repair\" in Access."};
     }
     Frame& frame = *frameOf(number);
     const auto bytes = MutableBytes(frame.bytes).first(layout_->pageSize);

@@ -64,8 +64,6 @@ void Recordset::Edit() { rows_->begin(false); }
 
 Status Recordset::Update() { return rows_->update(); }
 
-void Recordset::CancelUpdate() { rows_->cancel(); }
-
 Status Recordset::Delete() { return rows_->erase(); }
 
 RowBookmark Recordset::LastModified() const { return {rows_->lastModified()}; }

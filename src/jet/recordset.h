@@ -93,9 +93,6 @@ public:
     /// fails while it is flushed may have taken the row: the reason then says so.
     Status Update();
 
-    /// Drops what AddNew() or Edit() began.
-    void CancelUpdate();
-
     /// Deletes the current row. There is no current row then (all fields Null) until the next Move; MoveNext() goes
     /// to the row after the deleted one. Fails when there is no current row, and like Update().
     Status Delete();

@@ -10,7 +10,8 @@ namespace quorvel::jet {
 
 namespace {
 
-/// Where a value stands in an order: Null first, then numbers and moments by size, then text by its letters.
+/// Where a value stands in an order: Null first, then numbers and moments by size, then by its letters what is text or
+/// no finite number.
 struct SortKey {
     int rank = 0;
     double number = 0;
@@ -30,11 +31,10 @@ SortKey sortKey(const Value& value)
     if (value.isNull()) return {};
     const auto date = value.date();
     const double number = date ? date->serial : value.number().value_or(NAN);
+    if (!std::isfinite(number)) return {2, 0, lowered(value.text())};
     // A serial before 1899-12-30 counts its time of day forward, away from zero.
     const double whole = std::trunc(number);
-    if (date && number < 0) return {1, whole + (whole - number), {}};
-    if (!std::isnan(number)) return {1, number, {}};
-    return {2, 0, lowered(value.text())};
+    return {1, date && number < 0 ? whole + (whole - number) : number, {}};
 }
 
 int compare(const SortKey& a, const SortKey& b)

@@ -35,7 +35,6 @@ public:
 
     Status writable() const;
     void begin(bool adding);
-    void cancel();
     Status update();
     Status erase();
     void end();
@@ -47,6 +46,7 @@ private:
         : store_(std::move(store)), table_(&table)
     {}
 
+    void cancel();
     Status sort(const std::vector<Query::Order>& order);
     Status add();
     Status change();

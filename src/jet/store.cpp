@@ -40,6 +40,8 @@ std::optional<std::uint32_t> bitsOf(const Value& value)
     return static_cast<std::uint32_t>(static_cast<std::int64_t>(*number));
 }
 
+Status firstFault(const Status& first, const Status& second) { return first ? second : first; }
+
 std::filesystem::path withEnding(std::filesystem::path path, const char* ending)
 {
     path += ending;
@@ -107,9 +109,9 @@ Status Store::attach(std::unique_ptr<File> file, OpenOptions options)
     const auto header = readHeader(start, *size);
     if (!header) return header.failure();
     header_ = *header;
-    const auto pages =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(*size / header_.layout->pageSize, kPageBits));
-    pager_ = std::make_unique<Pager>(std::move(file), *header_.layout, pages);
+    const std::uint64_t pages = *size / header_.layout->pageSize;
+    if (pages > kMostPages) return Failure{"is longer than any Access database. Copy it again."};
+    pager_ = std::make_unique<Pager>(std::move(file), *header_.layout, static_cast<std::uint32_t>(pages));
     pager_->flushAtBarriers(options.durability == Durability::EachUpdate);
     return {};
 }
@@ -213,21 +215,20 @@ Result<std::vector<TableInfo>> Store::tables() const
 
 Status Store::settleTables()
 {
-    for (auto& [page, opened] : open_) {
-        if (auto settled = opened.table->settle(); !settled) return settled;
-    }
-    return {};
+    Status outcome;
+    for (auto& [page, opened] : open_)
+        outcome = firstFault(outcome, opened.table->settle());
+    return outcome;
 }
 
 Status Store::finish()
 {
     if (auto staged = stage(); !staged) return staged;
-    if (auto settled = settleTables(); !settled) return settled;
-    if (auto flushed = pager_->flush(); !flushed) return flushed;
-    if (readOnlyBecause_.empty()) {
-        if (auto synced = pager_->sync(); !synced) return synced;
-    }
-    if (temporary_.empty()) return {};
+    // A count that cannot be written must not keep the rows from the disk.
+    Status outcome = settleTables();
+    outcome = firstFault(outcome, pager_->flush());
+    if (readOnlyBecause_.empty()) outcome = firstFault(outcome, pager_->sync());
+    if (!outcome || temporary_.empty()) return outcome;
     auto published = files_->publish(temporary_, path_);
     if (published) temporary_.clear();
     return published;

@@ -116,9 +116,11 @@ Result<ByteVector> Table::movedRow(std::uint32_t pointer)
         const auto bytes = pager_->read(number);
         if (!bytes) return bytes.failure();
         const auto page = DataPage::of(*bytes, pager_->layout());
-        if (!page || number == 0 || pointerSlot(pointer) >= page->slots()) break;
+        if (!page || page->owner() != page_ || pointerSlot(pointer) >= page->slots()) break;
         const auto row = page->row(pointerSlot(pointer));
-        if ((page->slot(pointerSlot(pointer)) & kMovedSlot) == 0) return ByteVector(row.begin(), row.end());
+        const auto state = page->slot(pointerSlot(pointer)) & kDeletedSlot;
+        if (state == kDeletedSlot) break;
+        if ((state & kMovedSlot) == 0) return ByteVector(row.begin(), row.end());
         if (row.size() < 4) break;
         pointer = get32(row, 0);
     }

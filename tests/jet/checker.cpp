@@ -93,7 +93,8 @@ private:
         return set;
     }
 
-    void checkIndex(std::uint32_t table, std::uint32_t root, std::uint32_t mapPointer, std::size_t rows)
+    void checkIndex(std::uint32_t table, std::uint32_t root, std::uint32_t mapPointer, std::size_t rows,
+                    std::uint32_t distinctKeys)
     {
         claim(root, "an index of table " + std::to_string(table));
         if (map(mapPointer, false) != std::set<std::uint32_t>{root}) fault("the map of an index is wrong");
@@ -102,6 +103,7 @@ private:
         std::size_t begin = 0x1E0;
         std::size_t entries = 0;
         Bytes before;
+        std::set<ByteVector> keys;
         for (std::size_t bit = 1; bit <= kPageSize - 0x1E0; ++bit) {
             if ((bytes[0x1B + bit / 8] >> (bit % 8) & 1) == 0) continue;
             const auto entry = part(bytes, begin, 0x1E0 + bit - begin);
@@ -109,10 +111,13 @@ private:
                 fault("an index is out of order");
             }
             before = entry;
+            keys.emplace(entry.begin(), entry.end() - 4); // without its row pointer
             begin = 0x1E0 + bit;
             ++entries;
         }
         if (get16(bytes, 2) != kPageSize - begin) fault("the free bytes of an index leaf are wrong");
+        if (keys.size() != distinctKeys)
+            fault("an index of table " + std::to_string(table) + " miscounts its keys");
         if (entries != rows) fault("an index of table " + std::to_string(table) + " misses rows");
     }
 
@@ -150,7 +155,8 @@ private:
         for (std::size_t i = 0; i < get16(bytes, 0x2D); ++i)
             at += 2U + get16(bytes, at);
         for (std::size_t i = 0; i < indexes; ++i, at += 52) {
-            checkIndex(table, get32(bytes, at + 38), get32(bytes, at + 34), rows);
+            checkIndex(table, get32(bytes, at + 38), get32(bytes, at + 34), rows,
+                       get32(bytes, 0x3F + 12 * i + 4));
         }
     }
 

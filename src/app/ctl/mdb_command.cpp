@@ -75,14 +75,19 @@ std::string csvRow(jet::Recordset& rows, bool names)
     return line;
 }
 
-/// Printed rows reach stdout in large pieces: a line at a time is slow through a pipe.
+/// Printed rows reach stdout in large pieces: a line at a time is slow through a pipe. Rows that cannot be read are
+/// left out and counted.
 jet::Status printRows(jet::Recordset& rows, bool json)
 {
     std::cout << (json ? "[" : csvRow(rows, true) + "\n");
     const char* between = "\n";
-    jet::Status read = rows.MoveFirst();
-    for (; !rows.Eof() && read; read = rows.MoveNext()) {
-        if (json) {
+    int unread = 0;
+    jet::Status last;
+    for (auto read = rows.MoveFirst(); !rows.Eof(); read = rows.MoveNext()) {
+        if (!read) {
+            ++unread;
+            last = read;
+        } else if (json) {
             std::cout << between << jsonRow(rows);
             between = ",\n";
         } else {
@@ -90,7 +95,9 @@ jet::Status printRows(jet::Recordset& rows, bool json)
         }
     }
     if (json) std::cout << "\n]\n";
-    return read;
+    if (unread == 0) return {};
+    return jet::Failure{"Left out " + std::to_string(unread) + " of " + std::to_string(rows.RecordCount()) +
+                        " rows: " + last.error()};
 }
 
 void printTables(const std::vector<jet::TableInfo>& tables, bool json)
