@@ -1,24 +1,10 @@
 #include "jet/fixture.h"
 
-#include <sstream>
-
 namespace quorvel::jet::testing {
 namespace {
 
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-
-/// The x column as mdb-export prints it.
-std::vector<double> exported(const std::filesystem::path& path)
-{
-    std::istringstream lines(outputOf("mdb-export -H '" + path.string() + "' data"));
-    std::vector<double> values;
-    for (std::string line; std::getline(lines, line);) {
-        const auto x = line.substr(line.find(',') + 1);
-        values.push_back(std::stod(x));
-    }
-    return values;
-}
 
 /// Appends one row to a copy of `before`, killed after `writes` page writes. @return the disk as it was left.
 Disk killedAfter(const Disk& before, int writes, int x, bool& finished)
@@ -338,6 +324,25 @@ TEST(Crash, IncompleteLastPageIsCutOffBeforeWriting)
     fill(disk, 5, 300);
     EXPECT_EQ(valuesOf(disk), countTo(300));
     EXPECT_THAT(faultsOf(disk.files[kPath.string()]), IsEmpty());
+}
+
+TEST(Crash, RowsReachTheDiskEvenWhenTheirCountCannotBeWritten)
+{
+    Disk disk;
+    makeFile(disk);
+    fill(disk, 0, 1);
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.files = &files});
+    auto rows = opened->OpenRecordset("data");
+    disk.writesLeft = 1;
+    EXPECT_TRUE(addRow(*rows, 1));
+    disk.syncs = 0;
+    const auto closed = opened->Close();
+    ASSERT_FALSE(closed);
+    EXPECT_THAT(closed.error(), HasSubstr("could not be written"));
+    EXPECT_EQ(disk.syncs, 1);
+    disk.writesLeft = -1;
+    EXPECT_EQ(valuesOf(disk), countTo(2));
 }
 
 TEST(Crash, EachUpdateIsFlushedWhenAskedFor)

@@ -4,12 +4,14 @@
 #include "jet/database.h"
 #include "jet/memory_file.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 
 /// What the tests of database files share.
@@ -126,11 +128,33 @@ inline std::string outputOf(const std::string& command)
     return output;
 }
 
+/// Pages of zeros become holes of the file: some files are long and nearly empty.
 inline void save(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path)
 {
-    std::ofstream stream(path, std::ios::binary);
-    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    ASSERT_TRUE(stream.good());
+    {
+        std::ofstream stream(path, std::ios::binary);
+        for (std::size_t at = 0; at < bytes.size(); at += kPageSize) {
+            const auto page = part(bytes, at, kPageSize);
+            if (std::all_of(page.begin(), page.end(), [](std::uint8_t byte) { return byte == 0; })) continue;
+            stream.seekp(static_cast<std::streamoff>(at));
+            stream.write(reinterpret_cast<const char*>(page.data()),
+                         static_cast<std::streamsize>(page.size()));
+        }
+        ASSERT_TRUE(stream.good());
+    }
+    std::filesystem::resize_file(path, bytes.size());
+}
+
+/// The x column as mdb-export prints it.
+inline std::vector<double> exported(const std::filesystem::path& path)
+{
+    std::istringstream lines(outputOf("mdb-export -H '" + path.string() + "' data"));
+    std::vector<double> values;
+    for (std::string line; std::getline(lines, line);) {
+        const auto x = line.substr(line.find(',') + 1);
+        values.push_back(std::stod(x));
+    }
+    return values;
 }
 
 } // namespace quorvel::jet::testing

@@ -110,6 +110,7 @@ int formsOf(const Disk& disk) { return freeMapType(disk) + ownedMapType(disk); }
 /// Adds row `x` to a copy of `before`, killed after each number of page writes.
 void killEverywhere(const Disk& before, int x)
 {
+    const Folder folder;
     bool finished = false;
     for (int writes = 0; !finished; ++writes) {
         Disk disk = before;
@@ -122,7 +123,10 @@ void killEverywhere(const Disk& before, int x)
         }
         finished = disk.writesLeft > 0;
         disk.writesLeft = -1;
+        save(disk.files[kPath.string()], folder / "t.mdb");
+        const auto strangers = exported(folder / "t.mdb");
         const auto seen = valuesOf(disk, Access::ReadWrite);
+        EXPECT_EQ(seen, strangers) << "after write " << writes;
         EXPECT_EQ(seen, countTo(seen.size() == static_cast<std::size_t>(x) + 1 ? x + 1 : x));
         int leaked = 0;
         EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty()) << "after write " << writes;

@@ -18,31 +18,46 @@ namespace {
 using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 
-TEST(SecurityIds, KeyStreamsOfKnownFiles)
-{
-    EXPECT_THAT(rc4Stream(0x75FF76EA, 9),
-                ElementsAreArray({0xa5, 0x32, 0x12, 0x55, 0xa2, 0x13, 0x65, 0x6a, 0xcc}));
-    EXPECT_THAT(rc4Stream(0x2D4FAE92, 9),
-                ElementsAreArray({0xdb, 0x33, 0x3d, 0x19, 0x38, 0xe3, 0xd1, 0x04, 0x7a}));
-    EXPECT_THAT(rc4Stream(0x3853837E, 2), ElementsAreArray({0x67, 0x8a}));
-}
+struct KnownFile {
+    std::uint8_t stamp[8];
+    std::uint32_t build, key;
+    ByteVector stream;
+};
 
-TEST(SecurityIds, KeyComesFromStampAndBuild)
+const KnownFile kKnownFiles[] = {
+    {{0xbc, 0x72, 0x1f, 0x7d, 0xf1, 0x9f, 0xe2, 0x40},
+     0x21AA,
+     0x75FF76EA,
+     {0xa5, 0x32, 0x12, 0x55, 0xa2, 0x13, 0x65, 0x6a, 0xcc}},
+    {{0x1b, 0xa9, 0x1f, 0x2b, 0x2d, 0x09, 0xe3, 0x40},
+     0x2341,
+     0x2D4FAE92,
+     {0xdb, 0x33, 0x3d, 0x19, 0x38, 0xe3, 0xd1, 0x04, 0x7a}},
+    {{0x5d, 0xfe, 0x1c, 0x7c, 0xbc, 0x98, 0xe3, 0x40},
+     0x2527,
+     0x7C2CFBD0,
+     {0x91, 0x69, 0x05, 0xe6, 0x00, 0xa2, 0xdc, 0xa4, 0xdc}},
+    {{0xab, 0x7e, 0xcd, 0x69, 0xe2, 0x5c, 0xe2, 0x40},
+     0x184A,
+     0x6F2D7B02,
+     {0xa8, 0x3e, 0x83, 0x50, 0x75, 0xda, 0xea, 0x14, 0x48}},
+    {{0xb8, 0x79, 0x6d, 0x72, 0x1e, 0xd6, 0xe3, 0x40},
+     0x11A6,
+     0x7A4D7EBA,
+     {0xac, 0xdb, 0xde, 0x79, 0xcf, 0x8f, 0x0d, 0x76, 0xe5}},
+    {{0x3e, 0x85, 0xd3, 0x3b, 0x3e, 0xab, 0xe4, 0x40}, 0x261C, 0x3853837E, {0x67, 0x8a}},
+    {{0x81, 0xaf, 0xd4, 0x6b, 0x4f, 0xec, 0xe4, 0x40}, 0x11A6, 0x63F4A8B4, {0x04, 0xe9}},
+};
+
+TEST(SecurityIds, KeyComesFromStampAndBuildAndGivesTheStream)
 {
-    struct Known {
-        std::uint8_t stamp[8];
-        std::uint32_t build, key;
-    };
-    const Known rows[] = {{{0xbc, 0x72, 0x1f, 0x7d, 0xf1, 0x9f, 0xe2, 0x40}, 0x21AA, 0x75FF76EA},
-                          {{0x5d, 0xfe, 0x1c, 0x7c, 0xbc, 0x98, 0xe3, 0x40}, 0x2527, 0x7C2CFBD0},
-                          {{0xb8, 0x79, 0x6d, 0x72, 0x1e, 0xd6, 0xe3, 0x40}, 0x11A6, 0x7A4D7EBA},
-                          {{0x3e, 0x85, 0xd3, 0x3b, 0x3e, 0xab, 0xe4, 0x40}, 0x261C, 0x3853837E}};
-    for (const auto& row : rows) {
+    for (const auto& file : kKnownFiles) {
         Page header{};
-        putBytes(header, 0x72, row.stamp);
-        put32(header, 0x6A, row.build);
+        putBytes(header, 0x72, file.stamp);
+        put32(header, 0x6A, file.build);
         put32(header, 0x6E, 0x0409);
-        EXPECT_EQ(securityKey(header), row.key);
+        EXPECT_EQ(securityKey(header), file.key);
+        EXPECT_EQ(rc4Stream(file.key, file.stream.size()), file.stream);
     }
 }
 
@@ -200,7 +215,12 @@ TEST_F(Surface, NamesAndTypesAreCheckedWhenATableIsAppended)
 {
     auto made = CreateDatabase("new.mdb", kGeneralLocale, &files_);
     ASSERT_TRUE(made);
-    EXPECT_FALSE(made->Append(tableOf("a.b", {{"x", FieldType::Long}})));
+    for (const auto& name : {std::string("a.b"), std::string(" a"), std::string("a "), std::string(),
+                             std::string(65, 'a'), std::string("\xC0\x80")}) {
+        EXPECT_FALSE(made->Append(tableOf(name, {{"x", FieldType::Long}}))) << name;
+        EXPECT_FALSE(made->Append(tableOf("t", {{name, FieldType::Long}}))) << name;
+    }
+    EXPECT_TRUE(made->Append(tableOf(std::string(64, 'a'), {{std::string(64, 'x'), FieldType::Long}})));
     EXPECT_FALSE(made->Append(tableOf("a", {})));
     EXPECT_FALSE(made->Append(tableOf("a", {{"x", FieldType::Text}})));
     EXPECT_FALSE(made->Append(tableOf("a", {{"x", FieldType::Long}, {"X", FieldType::Long}})));
@@ -276,6 +296,19 @@ Status creating(const std::filesystem::path& path)
     if (!made) return made.failure();
     if (auto appended = made->Append(readings()); !appended) return appended;
     return made->Close();
+}
+
+TEST(OnTheDisk, FileBeyondTwoGigabytesIsRefusedAndKeepsItsLength)
+{
+    const Folder folder;
+    const auto path = folder / "t.mdb";
+    ASSERT_TRUE(creating(path));
+    const std::uintmax_t beyond = std::uintmax_t{64} << 30U | 1000;
+    std::filesystem::resize_file(path, beyond);
+    const auto opened = OpenDatabase(path);
+    ASSERT_FALSE(opened);
+    EXPECT_THAT(opened.error(), HasSubstr("is longer than any Access database"));
+    EXPECT_EQ(std::filesystem::file_size(path), beyond);
 }
 
 TEST(OnTheDisk, LeftOverThatIsTheSecondNameOfAFinishedFileLosesOnlyTheName)
