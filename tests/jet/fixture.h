@@ -4,9 +4,9 @@
 #include "jet/database.h"
 #include "jet/memory_file.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -132,10 +132,11 @@ inline std::string outputOf(const std::string& command)
 inline void save(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path)
 {
     {
+        constexpr Page kZeros{};
         std::ofstream stream(path, std::ios::binary);
         for (std::size_t at = 0; at < bytes.size(); at += kPageSize) {
             const auto page = part(bytes, at, kPageSize);
-            if (std::all_of(page.begin(), page.end(), [](std::uint8_t byte) { return byte == 0; })) continue;
+            if (std::memcmp(page.data(), kZeros.data(), page.size()) == 0) continue;
             stream.seekp(static_cast<std::streamoff>(at));
             stream.write(reinterpret_cast<const char*>(page.data()),
                          static_cast<std::streamsize>(page.size()));
