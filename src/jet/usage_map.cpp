@@ -133,7 +133,7 @@ void setBitmap(Page& page, std::uint32_t bit, bool on)
 
 Result<Bytes> readBitmap(Pager& pager, std::uint32_t number)
 {
-    const auto bytes = pager.read(number);
+    auto bytes = pager.read(number);
     if (bytes && (number == 0 || get8(*bytes, 0) != kBitmapPageType)) return damagedMap();
     return bytes;
 }
