@@ -18,6 +18,7 @@ MSComm::~MSComm()
 
 QString MSComm::setPortOpen(bool open)
 {
+    lostReason_.clear();
     if (device_) {
         device_->disconnect(this);
         device_->close();
@@ -42,13 +43,13 @@ void MSComm::drop()
 {
     if (!device_) return;
     device_->disconnect(this);
-    const auto reason = tr("%1 is gone (%2). Check the adapter and the cable, then press OpenComm again.")
-                            .arg(name_, device_->errorString());
+    lostReason_ = tr("%1 is gone (%2). Check the adapter and the cable, then press OpenComm again.")
+                      .arg(name_, device_->errorString());
     // The device is in the middle of telling us; it may go only afterwards.
     auto* gone = device_.release();
     gone->close();
     gone->deleteLater();
-    Q_EMIT lost(reason);
+    Q_EMIT lost(lostReason_);
 }
 
 void MSComm::Output(std::string_view characters)

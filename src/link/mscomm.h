@@ -38,6 +38,8 @@ public:
     QString setPortOpen(bool open);
     /// The name of the open device; empty while closed.
     QString deviceName() const { return PortOpen() ? name_ : QString(); }
+    /// What lost() told when the device vanished, kept until setPortOpen() is called; otherwise empty.
+    const QString& lostReason() const { return lostReason_; }
 
     /// Writes the characters at once. Dropped while the port is closed.
     void Output(std::string_view characters);
@@ -61,6 +63,7 @@ private:
     Opener opener_;
     std::unique_ptr<QIODevice> device_;
     QString name_;
+    QString lostReason_;
     int commPort_ = 1;
     std::string settings_ = "9600,n,8,1";
     bool rts_ = false;

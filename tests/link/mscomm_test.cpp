@@ -93,5 +93,18 @@ TEST_F(MSCommOnAFakeDevice, ADeviceThatVanishesClosesThePortAndSaysWhy)
     EXPECT_TRUE(comm.PortOpen());
 }
 
+TEST_F(MSCommOnAFakeDevice, TheReasonOfALossIsKeptUntilThePortIsOpenedOrClosed)
+{
+    for (const bool open : {true, false}) {
+        comm.setPortOpen(true);
+        EXPECT_EQ(comm.lostReason(), "");
+        device->vanish();
+        EXPECT_TRUE(comm.lostReason().startsWith("/dev/ttyFirst is gone (pulled)."))
+            << qPrintable(comm.lostReason());
+        comm.setPortOpen(open);
+        EXPECT_EQ(comm.lostReason(), "");
+    }
+}
+
 } // namespace
 } // namespace quorvel::link
