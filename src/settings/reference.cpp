@@ -25,6 +25,9 @@ Exchange offsetWrite(const ReferenceRow& row, const std::string& address, std::s
     return exchange;
 }
 
+/// Without the noise that a difference of binary numbers has: 12.3 - 12 is 0.3.
+double toFiveDecimals(double value) { return text::Val(text::format(value, "0.00000")); }
+
 /// Takes the current reading into the run.
 bool readCurrent(link::Module1& module1, const link::Bench& bench, const ReferenceRow& row, ReferenceRun& run)
 {
@@ -70,7 +73,7 @@ ReferenceRun queryReference(link::Module1& module1, const link::Bench& bench, co
     run.offset = offsetOf(row.direction, module1.ReplyText());
     received(run.offset);
     run.complete = readCurrent(module1, bench, row, run);
-    run.realValue = text::Val(run.reading) - text::Val(run.offset);
+    run.realValue = toFiveDecimals(text::Val(run.reading) - text::Val(run.offset));
     return run;
 }
 

@@ -42,7 +42,7 @@ struct ReferenceRun {
     bool zeroed = false;    ///< the old offset is gone
     std::string offset;     ///< eight characters: written by a set, received by a query
     std::string reading;    ///< the current reading as received
-    double realValue = 0;   ///< of a query: the reading without the offset
+    double realValue = 0;   ///< of a query: the reading without the offset, to five decimals as both have
     Exchange last;          ///< the command sent last
 };
 

@@ -145,6 +145,16 @@ TEST_F(Reference, QueryOfYHasItsOwnWords)
     EXPECT_EQ(realValueText(kReferenceY, run.realValue), "The real value without corrention is 0.2!");
 }
 
+TEST_F(Reference, RealValueHasNoMoreDecimalsThanItsOperands)
+{
+    answerWith({":0172+12.0000FF\r\n", values("+12.3000", "+0.30000")});
+    EXPECT_EQ(query(kReferenceX).realValue, 0.3);
+    answerWith({":0172+0.00001FF\r\n", values("+0.00003", "+0.30000")});
+    EXPECT_EQ(query(kReferenceX).realValue, 0.00002);
+    answerWith({":0172+999.999FF\r\n", values("-999.999", "+0.30000")});
+    EXPECT_EQ(query(kReferenceX).realValue, -1999.998);
+}
+
 TEST_F(Reference, QueryOfZReadsItsOwnReply)
 {
     answerWith({":017806-0.50000FF\r\n", values("+3.00000", "+9.00000", "2102")});
