@@ -43,13 +43,14 @@ void MSComm::drop()
 {
     if (!device_) return;
     device_->disconnect(this);
-    lostReason_ = tr("%1 is gone (%2). Check the adapter and the cable, then press OpenComm again.")
-                      .arg(name_, device_->errorString());
+    const auto reason = tr("%1 is gone (%2). Check the adapter and the cable, then press OpenComm again.")
+                            .arg(name_, device_->errorString());
+    lostReason_ = reason;
     // The device is in the middle of telling us; it may go only afterwards.
     auto* gone = device_.release();
     gone->close();
     gone->deleteLater();
-    Q_EMIT lost(lostReason_);
+    Q_EMIT lost(reason);
 }
 
 void MSComm::Output(std::string_view characters)

@@ -1,5 +1,6 @@
 #include "settings/exchange.h"
 
+#include "link/bytes.h"
 #include "link/module1.h"
 #include "text/reply.h"
 
@@ -23,15 +24,23 @@ bool confirms(const Exchange& exchange, std::string_view reply)
     return text::echoes(exchange.frame, reply, exchange.echoLength);
 }
 
-std::string whyFailed(const Exchange& exchange, std::string_view reply)
+QString whyFailed(const Exchange& exchange, std::string_view reply)
 {
     const auto arrived = static_cast<int>(reply.size());
-    if (arrived == 0) return "The readout did not answer.";
+    if (arrived == 0) return QStringLiteral("The readout did not answer.");
     if (arrived < exchange.replyLength) {
-        return "Only " + std::to_string(arrived) + " of " + std::to_string(exchange.replyLength) +
-               " characters of the answer arrived.";
+        return QStringLiteral("Only %1 of %2 characters of the answer arrived.")
+            .arg(arrived)
+            .arg(exchange.replyLength);
     }
-    return "The readout answered \"" + inOneLine(reply) + "\" to \"" + inOneLine(exchange.frame) + "\".";
+    return QStringLiteral("The readout answered \"%1\" to \"%2\".")
+        .arg(link::shown(inOneLine(reply)), link::shown(inOneLine(exchange.frame)));
+}
+
+QString whyFailed(const Exchange& exchange, std::string_view reply, const link::MSComm& port)
+{
+    if (port.PortOpen()) return whyFailed(exchange, reply);
+    return port.lostReason().isEmpty() ? QStringLiteral("The port is closed.") : port.lostReason();
 }
 
 std::string inOneLine(std::string_view reply)

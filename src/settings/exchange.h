@@ -1,11 +1,14 @@
 #pragma once
 
+#include <QString>
+
 #include <string>
 #include <string_view>
 
 namespace quorvel::link {
 class Module1;
-}
+class MSComm;
+} // namespace quorvel::link
 
 /// Sensor settings: one command group per window, and the reset of all of them.
 namespace quorvel::settings {
@@ -34,7 +37,9 @@ bool confirms(const Exchange& exchange, std::string_view reply);
 
 /// Why a command that was not confirmed failed, in one sentence for the operator.
 /// @param reply  what arrived, any number of any characters.
-std::string whyFailed(const Exchange& exchange, std::string_view reply);
+QString whyFailed(const Exchange& exchange, std::string_view reply);
+/// The same for a command sent through `port`: one that is closed by now is the reason, whatever arrived.
+QString whyFailed(const Exchange& exchange, std::string_view reply, const link::MSComm& port);
 
 /// A reply as it can stand in a sentence: without its line end, other control characters as "?".
 std::string inOneLine(std::string_view reply);

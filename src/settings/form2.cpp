@@ -40,8 +40,9 @@ void Form2::Command1_Click()
     module1_.WaitForInput(kAddressAnswerTime, 0);
     const auto received = module1_.takeInput();
     if (addressChanged(frame, received)) {
-        status(tr("The main window still addresses readout %1. Search again, or type the new address there.")
-                   .arg(bench_.currentAddress));
+        addStatus(
+            tr("The main window still addresses readout %1. Search again, or type the new address there.")
+                .arg(bench_.currentAddress));
         say(kAddressChanged);
         return;
     }

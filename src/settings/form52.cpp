@@ -10,12 +10,6 @@ namespace quorvel {
 using link::shown;
 using namespace settings;
 
-namespace {
-
-constexpr auto kOffsetLost = "The former offset was overwritten with zero and is lost.";
-
-} // namespace
-
 Form52::Form52(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
                QWidget* parent)
     : DirectionDialog(bench, module1, gate, messages, parent)
@@ -41,35 +35,35 @@ void Form52::queryDirection(std::size_t index, QLineEdit& box)
 
 void Form52::setDirection(std::size_t index, QLineEdit& box)
 {
-    const auto run = setReference(module1_, bench_, kReferences[index], text::Val(link::bytes(box.text())),
-                                  [this] { status(tr("Waiting 2 seconds for the readout to settle ...")); });
-    status({});
-    if (!run.complete) {
-        failed(run);
-        return;
-    }
+    const auto run =
+        setReference(module1_, bench_, kReferences[index], text::Val(link::bytes(box.text())),
+                     [this] { addStatus(tr("Waiting 2 seconds for the readout to settle ...")); });
+    clearStatus();
+    if (!run.offset.empty()) warnOfOffset(run);
     if (run.confirmed) {
-        warnIfNoNumber(run);
-        warnIfTooLong(run.offset);
         say(shown(referenceSetText(run)));
-        return;
+    } else {
+        failed(run);
     }
-    explain(run.last);
-    addStatus(kOffsetLost);
-    say(kSetFailed);
 }
 
 void Form52::failed(const ReferenceRun& run)
 {
     explain(run.last);
     if (run.zeroed) addStatus(kOffsetLost);
-    say(kCommError);
-    enableFeatureQuery();
+    say(run.complete ? kSetFailed : kCommError);
+    if (!run.complete) enableFeatureQuery();
+}
+
+void Form52::warnOfOffset(const ReferenceRun& run)
+{
+    warnIfNoNumber(run);
+    warnIfTooLong(run.offset);
 }
 
 void Form52::warnIfNoNumber(const ReferenceRun& run)
 {
-    if (!text::isNumber(run.reading)) status(tr("The readout gave no reading; it was counted as 0."));
+    if (!text::isNumber(run.reading)) addStatus(kCountedAsZero);
 }
 
 } // namespace quorvel

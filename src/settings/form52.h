@@ -19,6 +19,8 @@ protected:
 
 private:
     void failed(const settings::ReferenceRun& run);
+    /// What is worth knowing of an offset that was sent, whatever became of it.
+    void warnOfOffset(const settings::ReferenceRun& run);
     void warnIfNoNumber(const settings::ReferenceRun& run);
 };
 

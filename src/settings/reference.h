@@ -35,6 +35,9 @@ inline constexpr ReferenceRow kReferences[] = {
 
 inline constexpr float kSettlingTime = 2; ///< s, in which the readout measures without offset
 
+inline constexpr auto kOffsetLost = "The former offset was overwritten with zero and is lost.";
+inline constexpr auto kCountedAsZero = "The readout gave no reading; it was counted as 0.";
+
 /// How a run went, as far as it got.
 struct ReferenceRun {
     bool complete = false;  ///< every reply arrived whole

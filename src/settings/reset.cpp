@@ -80,7 +80,7 @@ ResetRun runReset(link::Module1& module1, const link::Bench& bench,
         auto exchange = steps[i].make(bench.addressDigits(), module1.clock().now());
         exchange.drains = true;
         if (!perform(module1, exchange) || !confirms(exchange, module1.ReplyText()))
-            return {false, where, whyFailed(exchange, module1.ReplyText())};
+            return {false, where, whyFailed(exchange, module1.ReplyText(), module1.port())};
     }
     return {true, {}, {}};
 }

@@ -42,7 +42,7 @@ std::vector<ResetStep> resetSteps(link::InstrumentType type);
 struct ResetRun {
     bool ok = false;
     std::string where; ///< "step 3 of 10 (X offset to zero)": the step that failed
-    std::string why;   ///< one sentence
+    QString why;       ///< for the operator
 };
 
 /// Runs the steps on the readout of `bench` and ends at the first that fails; those before it stay in force.

@@ -27,7 +27,7 @@ void reset(link::Bench& bench, link::Module1& module1, Messages& messages, QWidg
     });
     status(run.ok ? tr("Readout %1 is reset.").arg(bench.currentAddress)
                   : tr("The reset of readout %1 failed at %2. %3 The steps before it stay in force.")
-                        .arg(bench.currentAddress, shown(run.where), shown(run.why)));
+                        .arg(bench.currentAddress, shown(run.where), run.why));
     messages.say(parent, run.ok ? kResetOk : kResetFailed);
 }
 

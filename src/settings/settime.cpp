@@ -30,9 +30,9 @@ void SetTime::Command1_Click()
 {
     const auto address = link::AddressToHex(link::bytes(ui_->Text1->text()));
     if (!perform(clockQuery(address))) return;
-    if (!clockOf(module1_.ReplyText())) status(tr("The readout's clock shows no date and time."));
+    if (!clockOf(module1_.ReplyText())) addStatus(tr("The readout's clock shows no date and time."));
     if (!messages_.ask(this, shown(clockQuestion(module1_.ReplyText())))) return;
-    status({});
+    clearStatus();
     // The time is taken when the operator has answered, not when the question was asked.
     if (perform(clockSet(address, module1_.clock().now()), kClockNotSet)) say(kClockSet);
 }

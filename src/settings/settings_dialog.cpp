@@ -1,7 +1,5 @@
 #include "settings/settings_dialog.h"
 
-#include "link/bytes.h"
-
 #include <QEvent>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -18,7 +16,7 @@ SettingsDialog::SettingsDialog(link::Bench& bench, link::Module1& module1, link:
                                Messages& messages, QWidget* parent)
     : QDialog(parent), bench_(bench), module1_(module1), gate_(gate), messages_(messages)
 {
-    connect(&module1_.port(), &link::MSComm::lost, this, &SettingsDialog::status);
+    connect(&module1_.port(), &link::MSComm::lost, this, &SettingsDialog::addStatus);
 }
 
 void SettingsDialog::addStatusLine()
@@ -36,7 +34,7 @@ void SettingsDialog::onClick(QPushButton* button, const std::function<void()>& h
 {
     connect(button, &QPushButton::clicked, this, [this, handler] {
         gate_.run([this, &handler] {
-            status({});
+            clearStatus();
             handler();
         });
     });
@@ -59,12 +57,13 @@ bool SettingsDialog::eventFilter(QObject* watched, QEvent* event)
 
 void SettingsDialog::addStatus(const QString& sentence)
 {
+    if (status_.text().contains(sentence)) return;
     status_.setText((status_.text() + u' ' + sentence).trimmed());
 }
 
 void SettingsDialog::explain(const settings::Exchange& exchange, const std::string& received)
 {
-    if (module1_.port().PortOpen()) addStatus(link::shown(settings::whyFailed(exchange, received)));
+    addStatus(settings::whyFailed(exchange, received, module1_.port()));
 }
 
 bool SettingsDialog::perform(const settings::Exchange& exchange, const char* failedText)

@@ -41,11 +41,11 @@ protected:
     void enterPresses(QWidget* field, QPushButton* button);
 
     void say(const QString& text) { messages_.say(this, text); }
-    /// Shows a text in the status line until the next handler starts.
-    void status(const QString& text) { status_.setText(text); }
-    /// Adds a sentence to what the status line shows.
+    /// Adds a sentence to the status line, which keeps all of them until the next handler starts. One that
+    /// stands there already is not added.
     void addStatus(const QString& sentence);
-    /// addStatus() with the reason why a command was not confirmed; a port that vanished has given its own.
+    void clearStatus() { status_.clear(); }
+    /// addStatus() with the reason why a command was not confirmed.
     void explain(const settings::Exchange& exchange) { explain(exchange, module1_.ReplyText()); }
     void explain(const settings::Exchange& exchange, const std::string& received);
 

@@ -48,8 +48,8 @@ void SetWire::Command3_Click()
     if (!perform(wireQuery(addressDigits()))) return;
     const auto wire = wireOf(module1_.ReplyText());
     if (!wire) {
-        status(tr("The answer \"%1\" holds no numbers where the diameter and the permitted error belong.")
-                   .arg(shown(inOneLine(module1_.ReplyText()))));
+        addStatus(tr("The answer \"%1\" holds no numbers where the diameter and the permitted error belong.")
+                      .arg(shown(inOneLine(module1_.ReplyText()))));
         return;
     }
     say(shown(wireText(*wire, bench_.isUserEdition())));
@@ -70,7 +70,7 @@ void SetWire::Command1_Click()
     const WireParameters wire{tenthsOf(diameter), tenthsOf(permittedError),
                               ui_->Combo1->currentIndex() == kYes};
     if (!fitsWireField(wire.diameterTenthsMm) || !fitsWireField(wire.errorTenthsMm))
-        status(tr("The frame is longer than the readout expects: lengths from 0 to 9.9 mm fit."));
+        addStatus(tr("The frame is longer than the readout expects: lengths from 0 to 9.9 mm fit."));
     if (perform(wireSet(addressDigits(), wire))) say(kWireSet);
 }
 

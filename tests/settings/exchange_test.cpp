@@ -1,5 +1,7 @@
 #include "settings/exchange.h"
 
+#include "support/bench_by_hand.h"
+
 #include <gtest/gtest.h>
 
 namespace quorvel::settings {
@@ -46,6 +48,18 @@ TEST(Exchange, ReasonNamesSilenceLossAndDifference)
     EXPECT_EQ(whyFailed(kExchange, ":0171"), "Only 5 of 17 characters of the answer arrived.");
     EXPECT_EQ(whyFailed(kExchange, ":0171+2.50000FF\r\n"),
               "The readout answered \":0171+2.50000FF\" to \":0171+1.50000FF\".");
+}
+
+class ExchangeByHand : public test::BenchByHand {};
+
+TEST_F(ExchangeByHand, ClosedPortIsTheReasonWhateverArrived)
+{
+    EXPECT_EQ(whyFailed(kExchange, "", mscomm1), "The readout did not answer.");
+    device->vanish();
+    for (const auto* reply : {"", ":0171", ":0171+2.50000FF\r\n"})
+        EXPECT_EQ(whyFailed(kExchange, reply, mscomm1), mscomm1.lostReason());
+    mscomm1.setPortOpen(false);
+    EXPECT_EQ(whyFailed(kExchange, "", mscomm1), "The port is closed.");
 }
 
 TEST(Exchange, ControlCharactersDoNotReachASentence)

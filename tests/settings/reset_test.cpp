@@ -104,7 +104,7 @@ TEST_F(Reset, EveryStepThatStaysShortEndsIt)
         EXPECT_FALSE(done.ok) << step;
         EXPECT_EQ(frames.size(), step);
         EXPECT_TRUE(done.where.starts_with("step " + std::to_string(step) + " of 12 ")) << done.where;
-        EXPECT_TRUE(done.why.starts_with("Only ")) << done.why;
+        EXPECT_TRUE(done.why.startsWith("Only ")) << qPrintable(done.why);
     }
 }
 
@@ -118,6 +118,16 @@ TEST_F(Reset, EveryEchoThatDiffersEndsIt)
         EXPECT_FALSE(done.ok) << step;
         EXPECT_EQ(frames.size(), step);
     }
+}
+
+TEST_F(Reset, PortThatVanishesIsTheReason)
+{
+    const auto done = run(link::TypeC, [this](std::string&) {
+        if (frames.size() == 3) device->vanish();
+    });
+    EXPECT_FALSE(done.ok);
+    EXPECT_EQ(done.where, "step 3 of 12 (X offset to zero)");
+    EXPECT_TRUE(done.why.startsWith("by hand is gone (pulled).")) << qPrintable(done.why);
 }
 
 TEST_F(Reset, LateCharactersAreDrainedBeforeEachStep)

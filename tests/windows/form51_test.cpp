@@ -113,7 +113,7 @@ TEST_F(Form51OnTheBus, LongOffsetIsSentAndWarnedOf)
     box("Text2").setText("1000");
     press("Command4");
     EXPECT_EQ(bus.frames(), QStringList(":0C71+1000.000FF"));
-    EXPECT_TRUE(status().startsWith("The frame is longer than the readout expects")) << qPrintable(status());
+    EXPECT_EQ(status(), kLongFrame + " The readout did not answer.");
 }
 
 TEST_F(Form51OnTheBus, FeatureIsSetAndQueried)

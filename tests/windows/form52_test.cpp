@@ -6,6 +6,7 @@ namespace quorvel::test {
 namespace {
 
 constexpr auto kLost = "The former offset was overwritten with zero and is lost.";
+const QString kNoReading = QStringLiteral("The readout gave no reading; it was counted as 0.");
 
 class Form52OnTheBus : public SettingsOnTheBus<Form52> {
 protected:
@@ -83,6 +84,25 @@ TEST_F(Form52OnTheBus, EchoThatDiffersLeavesTheOffsetLost)
     EXPECT_TRUE(status().endsWith(kLost)) << qPrintable(status());
 }
 
+TEST_F(Form52OnTheBus, LongOffsetIsSentAndWarnedOfAlthoughItIsNotAnswered)
+{
+    bus.command("set 12 offsetx +1.00000");
+    bus.command("set 12 x 2.5");
+    box("Text2").setText("1002.5");
+    EXPECT_EQ(press("Command4"), QStringList("Comm Error"));
+    EXPECT_EQ(bus.frames().last(), ":0C71+1000.000FF");
+    EXPECT_EQ(status(), kLongFrame + " The readout did not answer. " + kLost);
+    EXPECT_EQ(state("offsets", 12).value("X").toString(), "+0.00000");
+}
+
+TEST_F(Form52OnTheBus, RealValueHasNoNoise)
+{
+    bus.command("set 12 x 0.3");
+    bus.command("set 12 offsetx +12.0000");
+    EXPECT_EQ(press("Command3"), QStringList("The reference of X-Direction is +12.0000!\n"
+                                             "The current value without reference is 0.3!"));
+}
+
 /// The same window where only time passes.
 class Form52ByHand : public SettingsWindow<Form52, BenchByHand> {
 protected:
@@ -130,6 +150,43 @@ TEST_F(Form52ByHand, ReadingThatFailsCountsAsZeroAndIsWarnedOf)
     EXPECT_EQ(press("Command4"),
               QStringList("Set OK!The current value is Error, the Internal Offset Value is +10.0000."));
     EXPECT_EQ(status(), "The readout gave no reading; it was counted as 0.");
+}
+
+TEST_F(Form52ByHand, EveryWarningOfALongOffsetIsShownTogether)
+{
+    struct {
+        const char* echo;
+        QString message, status;
+    } const rows[] = {
+        {":0171+1000.000FF\r", "Set OK!The current value is Error, the Internal Offset Value is +1000.000.",
+         kNoReading + ' ' + kLongFrame},
+        {":0171+9999.000FF\r", "Set Failed!",
+         kNoReading + ' ' + kLongFrame +
+             " The readout answered \":0171+9999.000FF\" to \":0171+1000.000FF\". " + kLost},
+        {":0171", "Comm Error",
+         kNoReading + ' ' + kLongFrame + " Only 5 of 17 characters of the answer arrived. " + kLost},
+    };
+    box("Text2").setText("1000");
+    for (const auto& row : rows) {
+        answerWith({":0171+0.00000FF\r\n", "", row.echo});
+        EXPECT_EQ(press("Command4"), QStringList(row.message));
+        EXPECT_EQ(status(), row.status);
+    }
+}
+
+TEST_F(Form52ByHand, PortThatVanishesInAnyStepIsTheReason)
+{
+    for (const std::size_t step : {1U, 2U, 3U}) {
+        mscomm1.setPortOpen(true);
+        frames.clear();
+        answerWith({":0171+0.00000FF\r\n", ":012101+2.50000+1.0000000FF\r\n", ":0171-2.50000FF\r\n"});
+        onFrame = [this, step] {
+            if (frames.size() == step) device->vanish();
+        };
+        EXPECT_EQ(press("Command4"), QStringList("Comm Error")) << step;
+        EXPECT_TRUE(status().contains("by hand is gone (pulled).")) << qPrintable(status());
+        EXPECT_EQ(status().contains(kLost), step > 1) << qPrintable(status());
+    }
 }
 
 TEST_F(Form52ByHand, WindowShowsThatItWaits)

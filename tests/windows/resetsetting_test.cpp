@@ -91,6 +91,9 @@ TEST_F(ResetOnTheBus, AdapterPulledInMidResetEndsIt)
     bus.fault("hangup@71");
     EXPECT_EQ(reset({true, true}).last(), "Reset Failed!");
     EXPECT_FALSE(mscomm1.PortOpen());
+    EXPECT_EQ(statuses.last(), "The reset of readout 5 failed at step 3 of 10 (X offset to zero). " +
+                                   mscomm1.lostReason() + " The steps before it stay in force.");
+    EXPECT_TRUE(mscomm1.lostReason().startsWith(bus.device() + " is gone")) << qPrintable(statuses.last());
 }
 
 TEST_F(ResetOnTheBus, WhileAHandlerRunsItDoesNotStart)

@@ -91,6 +91,18 @@ TEST_F(SetTimeByHand, ClockThatIsNoneIsShownAsReceivedAndStillAsked)
     EXPECT_EQ(beside, "The readout's clock shows no date and time.");
 }
 
+TEST_F(SetTimeByHand, PortThatVanishesBehindTheQuestionIsTheReason)
+{
+    answerWith({":0104240517090530FF\r\n"});
+    messages.answers = {true};
+    messages.onShow = [this](const QString& text) {
+        if (text.startsWith("Current time")) device->vanish();
+    };
+    EXPECT_EQ(press("Command1").last(), "Set Error");
+    EXPECT_EQ(status(), mscomm1.lostReason());
+    EXPECT_TRUE(status().startsWith("by hand is gone (pulled).")) << qPrintable(status());
+}
+
 TEST_F(SetTimeByHand, EmptyAddressIsSentAsItStands)
 {
     box("Text1").clear();

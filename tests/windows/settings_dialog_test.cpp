@@ -89,8 +89,36 @@ TEST_F(SettingsByHand, PortThatVanishesGivesItsReasonAndEndsTheCommand)
         if (device) device->vanish();
     });
     EXPECT_EQ(press("Command4"), QStringList("Comm Error"));
-    EXPECT_TRUE(status().contains("is gone (pulled)")) << qPrintable(status());
-    EXPECT_EQ(press("Command3"), QStringList("Comm Error"));
+    EXPECT_TRUE(status().startsWith("by hand is gone (pulled).")) << qPrintable(status());
+    EXPECT_EQ(status(), mscomm1.lostReason());
+}
+
+TEST_F(SettingsByHand, EveryPressAfterALossGivesItsReason)
+{
+    device->vanish();
+    EXPECT_EQ(status(), mscomm1.lostReason());
+    for (const auto* name :
+         {"Command1", "Command2", "Command3", "Command4", "Command5", "Command6", "Command7", "Command8"}) {
+        EXPECT_EQ(press(name), QStringList("Comm Error")) << name;
+        EXPECT_EQ(status(), mscomm1.lostReason()) << name;
+    }
+}
+
+TEST_F(SettingsByHand, WarningStaysBesideTheReasonOfALoss)
+{
+    box("Text2").setText("1000");
+    meanwhile([this] {
+        if (device) device->vanish();
+    });
+    press("Command4");
+    EXPECT_EQ(status(), kLongFrame + (' ' + mscomm1.lostReason()));
+}
+
+TEST_F(SettingsByHand, PortThatIsClosedByHandIsNamed)
+{
+    mscomm1.setPortOpen(false);
+    EXPECT_EQ(press("Command4"), QStringList("Comm Error"));
+    EXPECT_EQ(status(), "The port is closed.");
 }
 
 TEST_F(SettingsByHand, EndOfTheProgramEndsTheCommand)

@@ -11,6 +11,10 @@
 
 namespace quorvel::test {
 
+/// The warning of an offset that makes its frame too long.
+inline const QString kLongFrame =
+    QStringLiteral("The frame is longer than the readout expects: values between -1000 and 1000 fit.");
+
 /// A settings window on a bench with an open port: one by hand, or one before a real simulated bus.
 template<class Window, class Bench>
 class SettingsWindow : public Bench {

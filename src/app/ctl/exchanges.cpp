@@ -1,7 +1,6 @@
 #include "app/ctl/exchanges.h"
 
 #include "app/ctl/console.h"
-#include "link/bytes.h"
 #include "main/messages.h"
 
 namespace quorvel::ctl {
@@ -27,8 +26,11 @@ bool order(Console& console, const settings::Exchange& exchange)
 
 void failed(Console& console, const char* text, const settings::Exchange& exchange)
 {
-    const auto reason = link::shown(settings::whyFailed(exchange, console.module1().ReplyText()));
-    console.fail(kNotAnswered, QString::fromUtf8(text) + u' ' + reason);
+    auto words = QString::fromUtf8(text);
+    // A port that vanished has been told already.
+    if (console.module1().port().PortOpen())
+        words += u' ' + settings::whyFailed(exchange, console.module1().ReplyText());
+    console.fail(kNotAnswered, words);
 }
 
 } // namespace quorvel::ctl

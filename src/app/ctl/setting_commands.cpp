@@ -228,7 +228,7 @@ void reset(Console& console, const Arguments& given)
     if (run.ok) {
         console.answer(kResetOk, {{"reset", true}});
     } else {
-        console.fail(kNotAnswered, kResetFailed + shown(" At " + run.where + ": " + run.why));
+        console.fail(kNotAnswered, kResetFailed + shown(" At " + run.where + ": ") + run.why);
     }
 }
 
