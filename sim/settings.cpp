@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 namespace quorvelsim {
 
@@ -23,7 +24,8 @@ std::optional<double> plainNumber(std::string_view text)
     double value = 0;
     const auto* end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, value, std::chars_format::fixed);
-    return result.ec == std::errc{} && result.ptr == end ? std::optional(value) : std::nullopt;
+    const bool isNumber = result.ec == std::errc{} && result.ptr == end && std::isfinite(value);
+    return isNumber ? std::optional(value) : std::nullopt;
 }
 
 std::optional<bool> onOff(std::string_view text)
