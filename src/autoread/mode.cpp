@@ -16,6 +16,12 @@ AutoMode readMode(std::string_view reply)
     return {field(6), {field(8), field(10), field(12), field(14)}};
 }
 
+bool isPlainModeReply(std::string_view reply)
+{
+    return reply.size() == kModeReplyLength && reply.front() == ':' && text::mid(reply, 4, 2) == "06" &&
+           text::allDigits(text::mid(reply, 6, 10));
+}
+
 std::string modeText(const AutoMode& mode)
 {
     const auto value = [&mode](std::size_t index) { return text::general(mode.values[index]); };
@@ -31,7 +37,12 @@ std::string modeQuestion(const AutoMode& mode) { return modeText(mode) + "\r\n" 
 std::string intervalFrame(std::string_view addressDigits, int position)
 {
     const bool selected = position >= 0 && position < static_cast<int>(std::size(kIntervals));
-    return commandFrame(addressDigits, "0501" + std::string(selected ? kIntervals[position].code : ""));
+    return intervalFrame(addressDigits, selected ? kIntervals[position].code : std::string_view());
+}
+
+std::string intervalFrame(std::string_view addressDigits, std::string_view code)
+{
+    return commandFrame(addressDigits, std::string("0501").append(code));
 }
 
 } // namespace quorvel::autoread

@@ -51,6 +51,9 @@ std::string modeFrame(std::string_view addressDigits);
 /// What a reply says; fields that are missing or no number are 0.
 AutoMode readMode(std::string_view reply);
 
+/// True when a reply has its length, its head and digits in all fields, so that it can be relied on.
+bool isPlainModeReply(std::string_view reply);
+
 /// The sentence on the present mode, numbers without leading zeros.
 std::string modeText(const AutoMode& mode);
 
@@ -60,5 +63,7 @@ std::string modeQuestion(const AutoMode& mode);
 /// The frame that sets interval mode.
 /// @param position  in kIntervals; outside of it the frame carries no interval code.
 std::string intervalFrame(std::string_view addressDigits, int position);
+/// @param code  as in IntervalRow, for an interval that is not among kIntervals.
+std::string intervalFrame(std::string_view addressDigits, std::string_view code);
 
 } // namespace quorvel::autoread

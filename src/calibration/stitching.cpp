@@ -8,7 +8,6 @@ namespace {
 
 constexpr std::size_t kLocationLength = 4;
 constexpr int kLocationPosition = 8;
-constexpr int kEchoLength = 11;
 
 } // namespace
 
@@ -31,7 +30,7 @@ std::string locationOf(std::string_view reply)
 
 bool locationTaken(std::string_view frame, std::string_view reply)
 {
-    return text::echoes(frame, reply, kEchoLength);
+    return text::echoes(frame, reply, kStitchingEchoLength);
 }
 
 } // namespace quorvel::calibration

@@ -10,6 +10,7 @@
 namespace quorvel::calibration {
 
 inline constexpr int kStitchingReplyLength = 15;
+inline constexpr int kStitchingEchoLength = 11; ///< up to the end of the location
 inline constexpr auto kLocationError = "Location input error, pls input 4 numbers";
 inline constexpr auto kLocationIs = "Y-Direction stitching location is ";
 inline constexpr auto kLocationSet = "SetOK!";

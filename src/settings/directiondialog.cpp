@@ -76,8 +76,7 @@ void DirectionDialog::enableFeatureQuery() { ui_->Command1->setEnabled(true); }
 
 void DirectionDialog::warnIfTooLong(const std::string& value)
 {
-    if (value.size() > kValueLength)
-        addStatus(tr("The frame is longer than the readout expects: values between -1000 and 1000 fit."));
+    if (value.size() > kValueLength) addStatus(kOffsetTooLong);
 }
 
 } // namespace quorvel

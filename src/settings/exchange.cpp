@@ -24,6 +24,14 @@ bool confirms(const Exchange& exchange, std::string_view reply)
     return text::echoes(exchange.frame, reply, exchange.echoLength);
 }
 
+std::optional<bool> flagAt(std::string_view reply, int position)
+{
+    const auto state = text::mid(reply, position, 2);
+    if (state == "01") return true;
+    if (state == "00") return false;
+    return std::nullopt;
+}
+
 QString whyFailed(const Exchange& exchange, std::string_view reply)
 {
     const auto arrived = static_cast<int>(reply.size());

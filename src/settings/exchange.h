@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,9 @@ bool perform(link::Module1& module1, const Exchange& exchange);
 
 /// True when a complete reply repeats as much of the frame as this command asks for.
 bool confirms(const Exchange& exchange, std::string_view reply);
+
+/// A state that a reply holds as two digits from this 1-based position on: "01" is on, "00" off, all else nothing.
+std::optional<bool> flagAt(std::string_view reply, int position);
 
 /// Why a command that was not confirmed failed, in one sentence for the operator.
 /// @param reply  what arrived, any number of any characters.

@@ -1,7 +1,5 @@
 #include "settings/feature.h"
 
-#include "text/reply.h"
-
 namespace quorvel::settings {
 
 namespace {
@@ -26,6 +24,8 @@ Exchange featureQuery(std::string_view addressDigits)
     return {.frame = frameOf(addressDigits, "76FF"), .replyLength = kFeatureReply, .drains = false};
 }
 
-bool featureIsOn(std::string_view reply) { return text::mid(reply, kFeaturePosition, 2) != "00"; }
+bool featureIsOn(std::string_view reply) { return featureStateOf(reply) != false; }
+
+std::optional<bool> featureStateOf(std::string_view reply) { return flagAt(reply, kFeaturePosition); }
 
 } // namespace quorvel::settings

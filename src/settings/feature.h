@@ -2,6 +2,7 @@
 
 #include "settings/exchange.h"
 
+#include <optional>
 #include <string_view>
 
 /// The talk of the reference feature: whether a readout corrects its readings with a stored reference.
@@ -17,7 +18,9 @@ inline constexpr auto kReferenceNotUsed = "Not Use Reference to Correct!";
 Exchange featureSet(std::string_view addressDigits, bool on);
 Exchange featureQuery(std::string_view addressDigits);
 
-/// The state in the answer to the query: off for "00", on for anything else.
+/// The state in the answer to the query as the windows take it: off for "00", on for anything else.
 bool featureIsOn(std::string_view reply);
+/// The same for what is kept or handed on: nothing when it is neither "00" nor "01".
+std::optional<bool> featureStateOf(std::string_view reply);
 
 } // namespace quorvel::settings

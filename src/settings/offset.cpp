@@ -34,6 +34,13 @@ std::string signedValue(const Direction& direction, double value)
     return written;
 }
 
+bool isSignedValue(std::string_view text)
+{
+    const bool isSigned = text.starts_with('+') || text.starts_with('-');
+    const bool isPlain = text.find_first_not_of("0123456789.", 1) == std::string_view::npos;
+    return text.size() == kValueLength && isSigned && isPlain && text::isNumber(text);
+}
+
 Exchange offsetSet(const Direction& direction, std::string_view addressDigits, std::string_view value)
 {
     const auto command = std::string(direction.setCode).append(value).append("FF");

@@ -49,6 +49,11 @@ inline bool hasZ(link::InstrumentType type) { return hasDirection(type, kZ); }
 std::string signedValue(const Direction& direction, double value);
 
 inline constexpr int kValueLength = 8;
+inline constexpr auto kOffsetTooLong =
+    "The frame is longer than the readout expects: values between -1000 and 1000 fit.";
+
+/// True for a sign and seven places, digits and at most one point: what a readout holds as an offset.
+bool isSignedValue(std::string_view text);
 
 /// Sets the offset to a value that signedValue() wrote.
 Exchange offsetSet(const Direction& direction, std::string_view addressDigits, std::string_view value);

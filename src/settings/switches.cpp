@@ -1,7 +1,5 @@
 #include "settings/switches.h"
 
-#include "text/reply.h"
-
 namespace quorvel::settings {
 
 namespace {
@@ -23,12 +21,6 @@ Exchange switchQuery(const SwitchRow& row, std::string_view addressDigits)
     return {.frame = frameOf(addressDigits, row.queryCommand), .replyLength = kSwitchReply};
 }
 
-std::optional<bool> switchStateOf(std::string_view reply)
-{
-    const auto state = text::mid(reply, kSwitchPosition, 2);
-    if (state == "01") return true;
-    if (state == "00") return false;
-    return std::nullopt;
-}
+std::optional<bool> switchStateOf(std::string_view reply) { return flagAt(reply, kSwitchPosition); }
 
 } // namespace quorvel::settings

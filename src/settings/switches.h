@@ -34,9 +34,6 @@ inline constexpr SwitchRow kSwitches[] = {
 };
 /// Places in kSwitches, where a number is needed rather than a row.
 enum SwitchNumber { kInvertXRow, kInvertYRow, kInvertZRow, kSwapRow };
-inline constexpr const SwitchRow& kInvertX = kSwitches[kInvertXRow];
-inline constexpr const SwitchRow& kInvertY = kSwitches[kInvertYRow];
-inline constexpr const SwitchRow& kInvertZ = kSwitches[kInvertZRow];
 inline constexpr const SwitchRow& kSwap = kSwitches[kSwapRow];
 
 Exchange switchSet(const SwitchRow& row, std::string_view addressDigits, bool on);

@@ -65,6 +65,12 @@ std::optional<WireParameters> wireOf(std::string_view reply)
                           field(reply, kSelfCalibrationPosition) == "01"};
 }
 
+bool isPlainWireReply(std::string_view reply)
+{
+    return text::allDigits(field(reply, kDiameterPosition)) &&
+           text::allDigits(field(reply, kErrorPosition)) && flagAt(reply, kSelfCalibrationPosition);
+}
+
 std::string wireText(const WireParameters& wire, bool userEdition)
 {
     auto lengths = "Diameter and permitted Error is set as " + millimetres(wire.diameterTenthsMm) + ", " +

@@ -44,6 +44,9 @@ Exchange wireQuery(std::string_view addressDigits);
 /// @return nothing when a length is no number.
 std::optional<WireParameters> wireOf(std::string_view reply);
 
+/// True when the answer holds digits in both lengths and a state behind them, so that it can be relied on.
+bool isPlainWireReply(std::string_view reply);
+
 /// What a query shows. The user edition does not speak of self-calibration.
 std::string wireText(const WireParameters& wire, bool userEdition);
 

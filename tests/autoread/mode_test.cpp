@@ -21,6 +21,16 @@ TEST(AutoMode, FixedTimesReplyIsTold)
               "Current AutoReading Mode is fixed time every day at 8,12,16,20 o'clock.");
 }
 
+TEST(AutoMode, OnlyAWholeReplyOfDigitsIsPlain)
+{
+    EXPECT_TRUE(isPlainModeReply(":01060101000000FF\r\n"));
+    EXPECT_TRUE(isPlainModeReply(":01060008121620FF\r\n"));
+    for (const auto* reply :
+         {"", ":0106", ":01060101000000FF\r", ":01060101000000FF\r\n:", "~01060101000000FF\r\n",
+          ":01220101000000FF\r\n", ":01060101 00000FF\r\n", ":0106010100000~FF\r\n"})
+        EXPECT_FALSE(isPlainModeReply(reply)) << reply;
+}
+
 TEST(AutoMode, QuestionFollowsOnALineOfItsOwn)
 {
     EXPECT_EQ(modeQuestion(readMode(":01060101000000FF\r\n")),
@@ -82,6 +92,8 @@ TEST(Interval, FrameCarriesNoCodeWhenNothingIsSelected)
     EXPECT_EQ(intervalFrame("0A", -1), ":0A0501FF\r\n");
     EXPECT_EQ(intervalFrame("0A", 8), ":0A0501FF\r\n");
 }
+
+TEST(Interval, AnyCodeCanBeSent) { EXPECT_EQ(intervalFrame("01", "02034500"), ":01050102034500FF\r\n"); }
 
 } // namespace
 

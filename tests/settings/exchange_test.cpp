@@ -50,6 +50,15 @@ TEST(Exchange, ReasonNamesSilenceLossAndDifference)
               "The readout answered \":0171+2.50000FF\" to \":0171+1.50000FF\".");
 }
 
+TEST(Exchange, FlagIsZeroOneOrNothing)
+{
+    EXPECT_EQ(flagAt(":017600FF\r\n", 6), false);
+    EXPECT_EQ(flagAt(":017601FF\r\n", 6), true);
+    EXPECT_EQ(flagAt(":017602FF\r\n", 6), std::nullopt);
+    EXPECT_EQ(flagAt(":01760", 6), std::nullopt);
+    EXPECT_EQ(flagAt("", 6), std::nullopt);
+}
+
 class ExchangeByHand : public test::BenchByHand {};
 
 TEST_F(ExchangeByHand, ClosedPortIsTheReasonWhateverArrived)

@@ -37,5 +37,12 @@ TEST(Feature, OnlyTwoZerosAreOff)
     EXPECT_TRUE(featureIsOn(""));
 }
 
+TEST(Feature, StateIsZeroOneOrNothing)
+{
+    EXPECT_EQ(featureStateOf(":017600FF\r\n"), false);
+    EXPECT_EQ(featureStateOf(":017601FF\r\n"), true);
+    EXPECT_EQ(featureStateOf(":0176XYFF\r\n"), std::nullopt);
+}
+
 } // namespace
 } // namespace quorvel::settings

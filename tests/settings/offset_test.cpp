@@ -95,6 +95,16 @@ TEST(Offset, ValueOfAReplyStandsBehindTheCommandDigits)
     EXPECT_EQ(offsetOf(kZ, ":0178"), "");
 }
 
+TEST(Offset, SignedValueIsASignAndSevenPlaces)
+{
+    for (const auto* good : {"+1.50000", "-12.5000", "+999.999", "-0000000"})
+        EXPECT_TRUE(isSignedValue(good)) << good;
+    for (const auto* bad : {"", "+", "1.500000", "+1.5000", "+1.500000", " +1.5000", "+ 1.5000", "+1.5000 ",
+                            "+1.50.00", "+1E+0005", "++1.5000", "+.......", "+1,50000", "~~~~~~~~"})
+        EXPECT_FALSE(isSignedValue(bad)) << bad;
+    EXPECT_FALSE(isSignedValue("+1.500\r\n"));
+}
+
 TEST(Offset, QueryTexts)
 {
     EXPECT_EQ(offsetText(kX, "+1.50000"), "The reference of X-Direction is +1.50000!");

@@ -7,27 +7,27 @@ namespace {
 
 TEST(Switches, SetFrames)
 {
-    EXPECT_EQ(switchSet(kInvertX, "01", true).frame, ":01770301FF\r\n");
-    EXPECT_EQ(switchSet(kInvertX, "01", false).frame, ":01770300FF\r\n");
-    EXPECT_EQ(switchSet(kInvertY, "01", true).frame, ":01770501FF\r\n");
-    EXPECT_EQ(switchSet(kInvertY, "01", false).frame, ":01770500FF\r\n");
-    EXPECT_EQ(switchSet(kInvertZ, "01", true).frame, ":01770701FF\r\n");
-    EXPECT_EQ(switchSet(kInvertZ, "01", false).frame, ":01770700FF\r\n");
+    EXPECT_EQ(switchSet(kSwitches[kInvertXRow], "01", true).frame, ":01770301FF\r\n");
+    EXPECT_EQ(switchSet(kSwitches[kInvertXRow], "01", false).frame, ":01770300FF\r\n");
+    EXPECT_EQ(switchSet(kSwitches[kInvertYRow], "01", true).frame, ":01770501FF\r\n");
+    EXPECT_EQ(switchSet(kSwitches[kInvertYRow], "01", false).frame, ":01770500FF\r\n");
+    EXPECT_EQ(switchSet(kSwitches[kInvertZRow], "01", true).frame, ":01770701FF\r\n");
+    EXPECT_EQ(switchSet(kSwitches[kInvertZRow], "01", false).frame, ":01770700FF\r\n");
     EXPECT_EQ(switchSet(kSwap, "01", true).frame, ":01770101FF\r\n");
     EXPECT_EQ(switchSet(kSwap, "01", false).frame, ":01770100FF\r\n");
 }
 
 TEST(Switches, QueryFrames)
 {
-    EXPECT_EQ(switchQuery(kInvertX, "01").frame, ":017704FF\r\n");
-    EXPECT_EQ(switchQuery(kInvertY, "01").frame, ":017706FF\r\n");
-    EXPECT_EQ(switchQuery(kInvertZ, "01").frame, ":017708FF\r\n");
+    EXPECT_EQ(switchQuery(kSwitches[kInvertXRow], "01").frame, ":017704FF\r\n");
+    EXPECT_EQ(switchQuery(kSwitches[kInvertYRow], "01").frame, ":017706FF\r\n");
+    EXPECT_EQ(switchQuery(kSwitches[kInvertZRow], "01").frame, ":017708FF\r\n");
     EXPECT_EQ(switchQuery(kSwap, "01").frame, ":017702FF\r\n");
 }
 
 TEST(Switches, NineCharactersOfTheEchoCount)
 {
-    const auto exchange = switchSet(kInvertX, "01", true);
+    const auto exchange = switchSet(kSwitches[kInvertXRow], "01", true);
     EXPECT_EQ(exchange.replyLength, 13);
     EXPECT_TRUE(confirms(exchange, ":01770301FF\r\n"));
     EXPECT_TRUE(confirms(exchange, ":01770301~~~~"));
@@ -45,12 +45,12 @@ TEST(Switches, StateIsZeroOneOrNothing)
 
 TEST(Switches, QueryTextsWithTheirOddities)
 {
-    EXPECT_STREQ(kInvertX.offText, "X direction invert function closed!");
-    EXPECT_STREQ(kInvertX.onText, "X direction invert function opened!");
-    EXPECT_STREQ(kInvertY.offText, "Y direction invert function closed!");
-    EXPECT_STREQ(kInvertY.onText, "Z direction invert function opened!");
-    EXPECT_STREQ(kInvertZ.offText, "Z direction invert function closed!");
-    EXPECT_STREQ(kInvertZ.onText, "Z direction invert function opened!");
+    EXPECT_STREQ(kSwitches[kInvertXRow].offText, "X direction invert function closed!");
+    EXPECT_STREQ(kSwitches[kInvertXRow].onText, "X direction invert function opened!");
+    EXPECT_STREQ(kSwitches[kInvertYRow].offText, "Y direction invert function closed!");
+    EXPECT_STREQ(kSwitches[kInvertYRow].onText, "Z direction invert function opened!");
+    EXPECT_STREQ(kSwitches[kInvertZRow].offText, "Z direction invert function closed!");
+    EXPECT_STREQ(kSwitches[kInvertZRow].onText, "Z direction invert function opened!");
     EXPECT_STREQ(kSwap.offText, "X and Y isn't swaped!");
     EXPECT_STREQ(kSwap.onText, "X and Y has swaped!");
 }

@@ -100,5 +100,14 @@ TEST(Wire, ReplyWithoutNumbersHoldsNoParameters)
     EXPECT_FALSE(wireOf(std::string(40, '\xff')));
 }
 
+TEST(Wire, OnlyDigitsAndAStateArePlain)
+{
+    EXPECT_TRUE(isPlainWireReply(":01681503010000FF\r\n"));
+    EXPECT_TRUE(isPlainWireReply(":01681503000000FF\r\n"));
+    for (const auto* reply : {"", ":016815", ":0168-503010000FF\r\n", ":01681.03010000FF\r\n",
+                              ":016815 3010000FF\r\n", ":01681503020000FF\r\n", ":016815030"})
+        EXPECT_FALSE(isPlainWireReply(reply)) << reply;
+}
+
 } // namespace
 } // namespace quorvel::settings
