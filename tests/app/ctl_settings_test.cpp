@@ -111,11 +111,21 @@ TEST_F(QuorvelctlSettings, ExistingFileIsOnlyOverwrittenWhenAsked)
 
 TEST_F(QuorvelctlSettings, NothingIsSavedWhenASettingCannotBeRead)
 {
-    bus.fault("badnumber@72");
-    const auto save = runC({"settings", "save", path("a.json")});
-    EXPECT_EQ(save.status, 1);
-    EXPECT_FALSE(QFile::exists(path("a.json")));
-    EXPECT_TRUE(save.err.contains("offsetX: not read.")) << qPrintable(save.err);
+    struct {
+        const char* command;
+        const char* setting;
+    } const rows[] = {{"68", "wire"},       {"72", "offsetX"}, {"76", "referenceFeature"},
+                      {"7704", "invertX"},  {"7702", "swap"},  {"06", "autoReading"},
+                      {"7822", "stitching"}};
+    for (const auto& row : rows) {
+        bus.clearFaults();
+        bus.fault(QString("garbled@") + row.command);
+        const auto save = run({"--address", "12", "--type", "B", "settings", "save", path("a.json")});
+        EXPECT_EQ(save.status, 1) << row.setting;
+        EXPECT_FALSE(QFile::exists(path("a.json"))) << row.setting;
+        EXPECT_TRUE(save.err.contains(QString(row.setting) + ": not read.")) << qPrintable(save.err);
+        EXPECT_TRUE(save.err.endsWith("Nothing was saved.\n")) << qPrintable(save.err);
+    }
 }
 
 TEST_F(QuorvelctlSettings, SilentReadoutIsGivenUpAtOnce)
@@ -153,10 +163,61 @@ TEST_F(QuorvelctlSettings, WrongValuesInAFileAreNotSent)
         "referenceFeature":[], "autoReading":{"mode":"interval","hours":100,"minutes":-1},
         "clock":"2031-02-03T04:05:06", "invertZ":{}, "stitching":"1234", "nonsense":1}})");
     const auto restore = runC({"settings", "restore", path("a.json"), "--yes"});
+    EXPECT_EQ(restore.status, 1);
     EXPECT_TRUE(bus.frames().isEmpty());
-    EXPECT_EQ(restore.out.count("left as it is"), 11) << qPrintable(restore.out);
+    EXPECT_EQ(restore.out.count(": not set; "), 10) << qPrintable(restore.out);
+    EXPECT_TRUE(restore.out.contains("offsetY: not set; +1.5000? is no value of it\n"))
+        << qPrintable(restore.out);
+    EXPECT_TRUE(restore.out.contains("swap: not set; nothing is no value of it\n"))
+        << qPrintable(restore.out);
+    EXPECT_EQ(restore.out.count("clock: left as it is; "), 1) << qPrintable(restore.out);
     EXPECT_TRUE(restore.err.contains("nonsense: a readout of type C has no such setting."));
     EXPECT_TRUE(restore.err.contains("stitching: a readout of type C has no such setting."));
+}
+
+TEST_F(QuorvelctlSettings, EachThingThatIsNotRestoredIsAFailureButClockAndFixedHours)
+{
+    struct {
+        const char* settings;
+        int status;
+    } const rows[] = {{R"("swap":true)", 0},
+                      {R"("clock":"2031-02-03T04:05:06")", 0},
+                      {R"("autoReading":{"mode":"fixed","hoursOfDay":[8,12,16,20]})", 0},
+                      {R"("swap":"on")", 1},
+                      {R"("offsetX":"+123 456")", 1},
+                      {R"("autoReading":{"mode":"never"})", 1},
+                      {R"("stitching":"1234")", 1},
+                      {R"("non\nsense":1)", 1}};
+    for (const auto& row : rows) {
+        write("a.json", QByteArray(R"({"format":"quorvel-settings","settings":{)") + row.settings + "}}");
+        const auto restore = runC({"settings", "restore", path("a.json"), "--yes"});
+        EXPECT_EQ(restore.status, row.status) << row.settings;
+        EXPECT_FALSE(restore.err.contains("non\nsense"));
+    }
+}
+
+TEST_F(QuorvelctlSettings, ClockThatShowsNoDateIsSavedAsReceived)
+{
+    bus.fault("baddate@04");
+    const auto save = runC({"settings", "save", path("a.json")});
+    EXPECT_EQ(save.status, 0) << qPrintable(save.err);
+    const auto clock = saved("a.json").value("settings").toObject().value("clock").toString();
+    EXPECT_TRUE(clock.startsWith("2024-13-32  ")) << qPrintable(clock);
+    const auto restore = runC({"settings", "restore", path("a.json"), "--yes"});
+    EXPECT_EQ(restore.status, 0) << qPrintable(restore.err);
+}
+
+TEST_F(QuorvelctlSettings, StitchingLocationWithABlankComesBack)
+{
+    const auto runB = [this](const QStringList& arguments) {
+        return run(QStringList({"--address", "12", "--type", "B"}) + arguments);
+    };
+    bus.command("set 12 stitching 3 65");
+    EXPECT_EQ(runB({"settings", "save", path("a.json")}).status, 0);
+    bus.command("set 12 stitching 1234");
+    const auto restore = runB({"settings", "restore", path("a.json"), "--yes"});
+    EXPECT_EQ(restore.status, 0) << qPrintable(restore.out);
+    EXPECT_EQ(bus.state(12).value("stitching").toString(), "3 65");
 }
 
 TEST_F(QuorvelctlSettings, FileThatHoldsNoSettingsIsRefused)
@@ -192,6 +253,62 @@ TEST_F(QuorvelctlSettings, ReferenceIsSetAndPrinted)
         set.err.contains("Set OK!The current value is +2.50000, the Internal Offset Value is +7.50000."))
         << qPrintable(set.err);
     EXPECT_EQ(runC({"reference", "X"}).out, "+7.50000  2.5\n");
+}
+
+TEST_F(QuorvelctlSettings, ReferenceHasNoNoise)
+{
+    bus.command("set 33 x 0.3");
+    bus.command("set 33 offsetx +12.0000");
+    EXPECT_EQ(runC({"reference", "X"}).out, "+12.0000  0.3\n");
+    EXPECT_EQ(runC({"reference", "X", "--json"}).out,
+              "{\"direction\":\"X\",\"offset\":\"+12.0000\",\"valueWithoutOffset\":0.3}\n");
+}
+
+TEST_F(QuorvelctlSettings, ReferenceWhoseOffsetIsTooLongIsWarnedOf)
+{
+    bus.command("set 33 x -2");
+    const auto set = runC({"reference", "X", "999"});
+    EXPECT_EQ(set.status, 1);
+    EXPECT_EQ(set.err, "Waiting 2 seconds for the readout to settle ...\n"
+                       "The frame is longer than the readout expects: values between -1000 and 1000 fit.\n"
+                       "Comm Error The readout did not answer.\n"
+                       "The former offset was overwritten with zero and is lost.\n");
+}
+
+TEST_F(QuorvelctlSettings, AnswersThatHoldNoValueAreFailures)
+{
+    struct {
+        QStringList arguments;
+        const char* command;
+        const char* answer; ///< \x1b is what would reach the terminal
+    } const rows[] = {{{"offset", "X"}, "72", ":2172+1.\x1b[2JFF"},
+                      {{"offset", "Z"}, "7806", ":217806~~~~~~~~FF"},
+                      {{"reference", "X"}, "72", ":2172\x1b~~~~~~~FF"},
+                      {{"reference", "X"}, "2101", ":212101\x1b~~~~~~~+1.0000000FF"},
+                      {{"feature"}, "76", ":217602FF"},
+                      {{"invert", "X"}, "7704", ":217704\x1b~FF"},
+                      {{"wire"}, "68", ":21681503020000FF"},
+                      {{"clock"}, "04", ":2104\x1b[2J~~~~~~~~FF"}};
+    for (const auto& row : rows) {
+        const auto name = row.arguments.join(' ') + ' ' + row.command;
+        bus.command(QString("reply 33 %1 %2").arg(row.command, row.answer));
+        const auto ended = runC(row.arguments);
+        EXPECT_EQ(ended.status, 1) << qPrintable(name);
+        EXPECT_EQ(ended.out, "") << qPrintable(name);
+        EXPECT_FALSE(ended.err.isEmpty()) << qPrintable(name);
+        EXPECT_FALSE(ended.err.contains('\x1b')) << qPrintable(name);
+        bus.command(QString("reply 33 %1").arg(row.command));
+    }
+}
+
+TEST_F(QuorvelctlSettings, PulledAdapterIsToldOnce)
+{
+    bus.fault("hangup@72");
+    const auto ended = runC({"offset", "X"});
+    EXPECT_EQ(ended.status, 1);
+    ASSERT_EQ(ended.err.count('\n'), 2) << qPrintable(ended.err);
+    EXPECT_TRUE(ended.err.startsWith(bus.device() + " is gone (")) << qPrintable(ended.err);
+    EXPECT_TRUE(ended.err.endsWith("\nComm Error\n")) << qPrintable(ended.err);
 }
 
 TEST_F(QuorvelctlSettings, SwitchesAreSetAndPrinted)
@@ -251,6 +368,8 @@ TEST_F(QuorvelctlSettings, WrongUsageIsExitStatus2)
                                    {"wire", "--diameter", "12.3", "--error", "1"},
                                    {"address"},
                                    {"address", "250"},
+                                   {"address", "12.6"},
+                                   {"address", "+34"},
                                    {"address", "33"},
                                    {"reset"},
                                    {"settings", "save"}};

@@ -1,8 +1,8 @@
 #include "app/ctl/commands.h"
 #include "app/ctl/console.h"
 #include "app/ctl/exchanges.h"
+#include "app/ctl/snapshot.h"
 #include "link/bytes.h"
-#include "settings/snapshot.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -15,9 +15,6 @@
 namespace quorvel::ctl {
 
 namespace {
-
-using settings::inWords;
-using settings::Setting;
 
 constexpr auto kFormat = "quorvel-settings";
 constexpr auto kUnreadable = "The answer \"%1\" is not understood.";
@@ -45,7 +42,7 @@ QJsonValue query(Console& console, const Setting& setting)
 QJsonObject queryAll(Console& console)
 {
     QJsonObject values;
-    for (const auto& setting : settings::settingsOf(console.bench().instrumentType)) {
+    for (const auto& setting : settingsOf(console.bench().instrumentType)) {
         const auto value = query(console, setting);
         if (!value.isNull()) {
             values.insert(setting.name, value);
@@ -72,7 +69,7 @@ void printSettings(Console& console)
     const auto values = queryAll(console);
     if (values.isEmpty()) return;
     QStringList lines;
-    for (const auto& setting : settings::settingsOf(console.bench().instrumentType)) {
+    for (const auto& setting : settingsOf(console.bench().instrumentType)) {
         if (values.contains(setting.name))
             lines << QString(setting.name).leftJustified(18) + inWords(values.value(setting.name));
     }
@@ -137,11 +134,14 @@ void restoreOne(Console& console, const Setting& setting, const QJsonValue& want
         console.answer(QStringLiteral("%1: %2").arg(setting.name, words), result);
     };
     const auto command = setting.write(console.bench().addressDigits(), wanted);
-    if (!command) {
-        report(QStringLiteral("left as it is; %1 cannot be restored").arg(inWords(wanted)));
+    if (const auto* why = std::get_if<NotSent>(&command)) {
+        if (*why == NotSent::Malformed) console.status = kNotAnswered;
+        report((*why == NotSent::Malformed ? QStringLiteral("not set; %1 is no value of it")
+                                           : QStringLiteral("left as it is; %1 cannot be restored"))
+                   .arg(inWords(wanted)));
         return;
     }
-    if (!order(console, *command)) {
+    if (!order(console, std::get<settings::Exchange>(command))) {
         report(QStringLiteral("failed"));
         return;
     }
@@ -164,13 +164,13 @@ void restore(Console& console, const FileOptions& options)
         return;
     }
     auto left = wanted.keys();
-    for (const auto& setting : settings::settingsOf(console.bench().instrumentType)) {
+    for (const auto& setting : settingsOf(console.bench().instrumentType)) {
         if (!left.removeOne(setting.name)) continue;
         restoreOne(console, setting, wanted.value(setting.name));
     }
     for (const auto& name : left) {
-        console.tell(QStringLiteral("%1: a readout of type %2 has no such setting.")
-                         .arg(name, QString::fromStdString(console.options.type)));
+        console.fail(kNotAnswered, QStringLiteral("%1: a readout of type %2 has no such setting.")
+                                       .arg(inWords(name), QString::fromStdString(console.options.type)));
     }
 }
 

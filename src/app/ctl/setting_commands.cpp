@@ -1,6 +1,7 @@
 #include "app/ctl/commands.h"
 #include "app/ctl/console.h"
 #include "app/ctl/exchanges.h"
+#include "link/address.h"
 #include "link/bytes.h"
 #include "main/messages.h"
 #include "settings/change_address.h"
@@ -13,6 +14,10 @@
 #include "text/number.h"
 
 #include <CLI/CLI.hpp>
+
+#include <cmath>
+#include <functional>
+#include <optional>
 
 namespace quorvel::ctl {
 
@@ -53,14 +58,25 @@ void answerOffset(const Console& console, const std::string& direction, const st
     console.answer(shown(offset), {{"direction", shown(direction)}, {"offset", shown(offset)}});
 }
 
+void queryOffset(Console& console, const settings::Direction& direction)
+{
+    const auto query = offsetQuery(direction, console.bench().addressDigits());
+    if (!ask(console, query)) return;
+    const auto held = offsetOf(direction, console.module1().ReplyText());
+    if (isSignedValue(held)) {
+        answerOffset(console, std::string(1, direction.name), held);
+    } else {
+        failed(console, kCommError, query);
+    }
+}
+
 void offset(Console& console, const Arguments& given)
 {
     if (!openDirection(console, given.direction)) return;
     const auto& direction = settings::kDirections[indexOf(given.direction)];
     const auto address = console.bench().addressDigits();
     if (given.value.empty()) {
-        if (ask(console, offsetQuery(direction, address)))
-            answerOffset(console, given.direction, offsetOf(direction, console.module1().ReplyText()));
+        queryOffset(console, direction);
         return;
     }
     const auto value = signedValue(direction, text::Val(given.value));
@@ -73,16 +89,15 @@ void setReference(Console& console, const ReferenceRow& row, const Arguments& gi
         setReference(console.module1(), console.bench(), row, text::Val(given.value), [&console] {
             console.tell(QStringLiteral("Waiting 2 seconds for the readout to settle ..."));
         });
+    if (run.offset.size() > kValueLength) console.tell(kOffsetTooLong);
     if (!run.confirmed) {
         failed(console, run.complete ? kSetFailed : kCommError, run.last);
-        if (run.zeroed)
-            console.tell(QStringLiteral("The former offset was overwritten with zero and is lost."));
+        if (run.zeroed) console.tell(kOffsetLost);
         return;
     }
-    console.tell(shown(referenceSetText(run)));
+    console.tell(shown(inOneLine(referenceSetText(run))));
     answerOffset(console, given.direction, run.offset);
-    if (!text::isNumber(run.reading))
-        console.fail(kNotAnswered, QStringLiteral("The readout gave no reading; it was counted as 0."));
+    if (!text::isNumber(run.reading)) console.fail(kNotAnswered, kCountedAsZero);
 }
 
 void queryReference(Console& console, const ReferenceRow& row, const Arguments& given)
@@ -93,8 +108,10 @@ void queryReference(Console& console, const ReferenceRow& row, const Arguments& 
         failed(console, kCommError, run.last);
         return;
     }
-    if (!text::isNumber(run.reading)) {
-        console.fail(kNotAnswered, QStringLiteral("The readout gave no reading."));
+    if (!isSignedValue(run.offset) || !text::isNumber(run.reading)) {
+        console.fail(kNotAnswered,
+                     QStringLiteral("The readout gave no numbers: the offset \"%1\", the reading \"%2\".")
+                         .arg(shown(inOneLine(run.offset)), shown(inOneLine(run.reading))));
         return;
     }
     console.answer(shown(run.offset + "  " + text::general(run.realValue)),
@@ -110,33 +127,41 @@ void reference(Console& console, const Arguments& given)
     (given.value.empty() ? queryReference : setReference)(console, row, given);
 }
 
+/// Sets something that is on or off, or prints its state.
+void flipOrQuery(Console& console, const QString& name, const Arguments& given,
+                 const std::function<Exchange(bool)>& set, const Exchange& query,
+                 std::optional<bool> (*stateOf)(std::string_view reply))
+{
+    std::optional<bool> state;
+    if (!given.value.empty()) {
+        if (!order(console, set(isOn(given.value)))) return;
+        state = isOn(given.value);
+    } else {
+        if (!ask(console, query)) return;
+        state = stateOf(console.module1().ReplyText());
+    }
+    if (state) {
+        console.answer(onOff(*state), {{name, *state}});
+    } else {
+        failed(console, kCommError, query);
+    }
+}
+
 void feature(Console& console, const Arguments& given)
 {
     if (!console.openReadout()) return;
     const auto address = console.bench().addressDigits();
-    const bool sets = !given.value.empty();
-    if (sets ? !order(console, featureSet(address, isOn(given.value))) : !ask(console, featureQuery(address)))
-        return;
-    const bool on = sets ? isOn(given.value) : featureIsOn(console.module1().ReplyText());
-    console.answer(onOff(on), {{"referenceFeature", on}});
+    flipOrQuery(
+        console, QStringLiteral("referenceFeature"), given, [&](bool on) { return featureSet(address, on); },
+        featureQuery(address), featureStateOf);
 }
 
 void switchOne(Console& console, const SwitchRow& row, const QString& name, const Arguments& given)
 {
     const auto address = console.bench().addressDigits();
-    std::optional<bool> state;
-    if (!given.value.empty()) {
-        if (!order(console, switchSet(row, address, isOn(given.value)))) return;
-        state = isOn(given.value);
-    } else {
-        if (!ask(console, switchQuery(row, address))) return;
-        state = switchStateOf(console.module1().ReplyText());
-    }
-    if (state) {
-        console.answer(onOff(*state), {{name, *state}});
-    } else {
-        failed(console, kCommError, switchQuery(row, address));
-    }
+    flipOrQuery(
+        console, name, given, [&](bool on) { return switchSet(row, address, on); }, switchQuery(row, address),
+        switchStateOf);
 }
 
 void invert(Console& console, const Arguments& given)
@@ -153,10 +178,12 @@ void swap(Console& console, const Arguments& given)
 
 void queryWire(Console& console)
 {
-    if (!ask(console, wireQuery(console.bench().addressDigits()))) return;
-    const auto wire = wireOf(console.module1().ReplyText());
-    if (!wire) {
-        console.fail(kNotAnswered, QStringLiteral("The answer holds no numbers."));
+    const auto query = wireQuery(console.bench().addressDigits());
+    if (!ask(console, query)) return;
+    const auto& reply = console.module1().ReplyText();
+    const auto wire = wireOf(reply);
+    if (!wire || !isPlainWireReply(reply)) {
+        failed(console, kCommError, query);
         return;
     }
     QJsonObject object{{"diameterMm", static_cast<double>(wire->diameterTenthsMm) / 10},
@@ -187,9 +214,14 @@ void clock(Console& console, const Arguments& given)
     const auto address = console.bench().addressDigits();
     if (given.yes && !order(console, clockSet(address, console.module1().clock().now()))) return;
     if (!ask(console, clockQuery(address))) return;
-    const auto text = shown(clockText(console.module1().ReplyText()));
-    const auto time = clockOf(console.module1().ReplyText());
-    console.answer(text, {{"clock", time ? QJsonValue(time->toString(Qt::ISODate)) : QJsonValue(text)}});
+    const auto& reply = console.module1().ReplyText();
+    const auto text = shown(inOneLine(clockText(reply)));
+    if (const auto time = clockOf(reply)) {
+        console.answer(text, {{"clock", time->toString(Qt::ISODate)}});
+    } else {
+        console.fail(kNotAnswered,
+                     QStringLiteral("The readout's clock shows no date and time: \"%1\".").arg(text));
+    }
 }
 
 void address(Console& console, const Arguments& given)
@@ -272,6 +304,16 @@ CLI::Validator number()
             "NUMBER"};
 }
 
+CLI::Validator busAddress()
+{
+    return {[](std::string& text) {
+                return text::allDigits(text) && link::isAddress(text::integerOf(text))
+                           ? std::string()
+                           : "\"" + text + "\" is no address from 1 to 249";
+            },
+            "ADDRESS"};
+}
+
 void addWireOptions(CLI::App& command, Arguments& given, bool userEdition)
 {
     auto* diameter =
@@ -296,7 +338,7 @@ void addOptions(CLI::App& command, Arguments& given, unsigned takes, bool userEd
     if (takes & kNumber) command.add_option("VALUE", given.value, "Millimetres to set")->check(number());
     if (takes & kOnOff)
         command.add_option("STATE", given.value, "on or off")->check(CLI::IsMember({"on", "off"}));
-    if (takes & kAddress) command.add_option("NEW", given.value, "1 to 249")->required()->check(number());
+    if (takes & kAddress) command.add_option("NEW", given.value, "1 to 249")->required()->check(busAddress());
     if (takes & kWire) addWireOptions(command, given, userEdition);
     if (takes & kYes) command.add_flag("--yes", given.yes, "Really do it");
     if (takes & kSet) command.add_flag("--set", given.yes, "Set it");
