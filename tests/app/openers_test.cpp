@@ -1,0 +1,130 @@
+#include "app/edition.h"
+#include "app/openers.h"
+#include "app/workplace.h"
+#include "support/bench_on_the_bus.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+namespace quorvel {
+
+// The edition is a constant of each program.
+const char* const kEdition = "FACTORY";
+
+namespace test {
+namespace {
+
+/// A menu item, and the window that it opens.
+struct Item {
+    const char* action;
+    const char* type; ///< option button of the instrument type that shows the item
+    const char* window;
+    const char* title;
+    const char* grayscale;   ///< direction that the bench names while the window is open
+    const char* calibration; ///< the same for a calibration
+};
+
+const Item kItems[] = {
+    {"ChangeAddress", "Option1", "quorvel::Form2", "Change Address", "", ""},
+    {"WireSetting", "Option1", "quorvel::SetWire", "Set Wire and Calibration Parameter", "", ""},
+    {"offset", "Option1", "quorvel::Form51", "Offset Setting", "", ""},
+    {"OS", "Option1", "quorvel::Form52", "Reference Setting", "", ""},
+    {"fz", "Option1", "quorvel::Form4", "Invert and Swap", "", ""},
+    {"ClockSetting", "Option1", "quorvel::SetTime", "Set Clock", "", ""},
+    {"ResetSetting", "Option1", "QMessageBox", "QUORVEL", "", ""},
+    {"AutomaticReading", "Option1", "quorvel::SetAuto", "Set AutoReading", "", ""},
+    {"X_GrayScale_Data", "Option1", "quorvel::GrayScaleChart", "Gray Scale Graph", "X", ""},
+    {"Y_GrayScale_Data", "Option1", "quorvel::GrayScaleChart", "Gray Scale Graph", "Y", ""},
+    {"Z1_GrayScale_Data", "Option3", "quorvel::GrayScaleChart", "Gray Scale Graph", "Z1", ""},
+    {"Z2_GrayScale_Data", "Option3", "quorvel::GrayScaleChart", "Gray Scale Graph", "Z2", ""},
+    {"XD", "Option1", "quorvel::calibration::Celebration1", "X向标定", "", "X"},
+    {"YD", "Option1", "quorvel::calibration::Celebration1", "Y向标定", "", "Y"},
+    {"ZD", "Option3", "quorvel::calibration::Celebration1", "Z向标定", "", "Z"},
+    {"SL", "Option2", "quorvel::calibration::Form6", "Y-Direction Stitching", "", ""},
+};
+
+/// What was found open, and what the bench named then.
+struct Opened {
+    QString window;
+    QString title;
+    QString grayscale;
+    QString calibration;
+};
+
+/// All that the program consists of, its port open to a bus with one readout, of type C.
+class Menus : public ::testing::TestWithParam<Item> {
+protected:
+    Menus()
+    {
+        openAutoread(workplace);
+        openSettings(workplace);
+        openCalibration(workplace);
+        openGrayscale(workplace);
+        workplace.form1.show();
+        child<QLineEdit>(workplace.form1, "TestNo")->setText("12");
+        child<QPushButton>(workplace.form1, "Command1")->click();
+        EXPECT_TRUE(workplace.mscomm1.PortOpen());
+    }
+
+    /// Chooses the item, looks at the modal window that comes up, and closes it.
+    Opened choose(const QString& action)
+    {
+        Opened opened;
+        QTimer watcher;
+        QObject::connect(&watcher, &QTimer::timeout, &workplace.form1, [&] {
+            auto* window = QApplication::activeModalWidget();
+            if (!window || (workplace.gate.busy() && !workplace.gate.boxOpen())) return;
+            opened = {window->metaObject()->className(), window->windowTitle(),
+                      workplace.bench.GrayscaleDirection, workplace.bench.CalibrationDirection};
+            window->close();
+        });
+        watcher.start(10);
+        child<QAction>(workplace.form1, action)->trigger();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !opened.window.isEmpty(); }, 20'000)) << "nothing opened";
+        return opened;
+    }
+
+    QTemporaryDir folder;
+    SimulatedBus bus{{"--fast", "--seed", "1", "--readout", "12:C"}};
+    Workplace workplace{{bus.device()}, folder.path().toStdString(), kEdition};
+};
+
+TEST_P(Menus, ItemOpensItsWindow)
+{
+    const auto& item = GetParam();
+    child<QRadioButton>(workplace.form1, item.type)->click();
+    EXPECT_TRUE(child<QAction>(workplace.form1, item.action)->isVisible());
+    const auto opened = choose(item.action);
+    EXPECT_EQ(opened.window, item.window);
+    EXPECT_EQ(opened.title, item.title);
+    EXPECT_EQ(opened.grayscale, item.grayscale);
+    EXPECT_EQ(opened.calibration, item.calibration);
+    EXPECT_FALSE(workplace.gate.busy());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Menus, ::testing::ValuesIn(kItems),
+                         [](const auto& instance) { return instance.param.action; });
+
+TEST_F(Menus, HaveNoOtherItems)
+{
+    std::vector<QString> shown;
+    for (const auto* menu : {"Settings", "Readings", "cal"})
+        for (const auto* action : child<QMenu>(workplace.form1, menu)->actions())
+            shown.push_back(action->objectName());
+    std::vector<QString> expected{"ImmediateReading"};
+    for (const auto& item : kItems)
+        expected.emplace_back(item.action);
+    EXPECT_THAT(shown, ::testing::UnorderedElementsAreArray(expected));
+}
+
+} // namespace
+} // namespace test
+} // namespace quorvel
