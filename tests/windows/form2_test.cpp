@@ -1,4 +1,5 @@
 #include "settings/form2.h"
+#include "support/bench_by_hand.h"
 #include "windows/settings_on_the_bus.h"
 
 namespace quorvel::test {
@@ -77,6 +78,20 @@ TEST_F(Form2OnTheBus, CancelCloses)
 {
     button("Command2").click();
     EXPECT_FALSE(form->isVisible());
+}
+
+/// The same window where only time passes.
+class Form2ByHand : public SettingsWindow<Form2, BenchByHand> {};
+
+TEST_F(Form2ByHand, WhatWaitsBeforeTheAnswerIsReadWithIt)
+{
+    open();
+    box("Text2").setText("33");
+    device->receive("~");
+    answerWith({":010221FF\r\n"});
+    EXPECT_EQ(press("Command1"), QStringList("New Address Setting Failed"));
+    answerWith({":010221FF\r\n"});
+    EXPECT_EQ(press("Command1"), QStringList("New Address Setting Successfully"));
 }
 
 } // namespace

@@ -88,6 +88,30 @@ TEST_P(Form4OnTheBus, StateThatIsNoneIsSilentAndChangesNothing)
     EXPECT_EQ(switchList().currentText(), "True");
 }
 
+TEST_P(Form4OnTheBus, SilenceAndShortAnswersAreCommErrors)
+{
+    switchList().setCurrentIndex(0);
+    for (auto* pressed : {&query(), &set()}) {
+        bus.clearFaults();
+        bus.fault("silent@77");
+        EXPECT_EQ(press(*pressed), QStringList("Comm Error"));
+        EXPECT_EQ(status(), "The readout did not answer.");
+        bus.clearFaults();
+        bus.fault("short@77");
+        EXPECT_EQ(press(*pressed), QStringList("Comm Error"));
+        EXPECT_EQ(status(), "Only 12 of 13 characters of the answer arrived.");
+    }
+    EXPECT_EQ(switchList().currentText(), "True");
+}
+
+TEST_P(Form4OnTheBus, LateCharactersAreDrainedBeforeQueryAndSet)
+{
+    bus.fault("long=5@77");
+    EXPECT_EQ(press(query()), QStringList(GetParam().offText));
+    EXPECT_EQ(press(set()), QStringList("Set OK!"));
+    EXPECT_EQ(press(query()), QStringList(GetParam().offText));
+}
+
 TEST_P(Form4OnTheBus, NoSelectionSendsOff)
 {
     switchList().setCurrentIndex(-1);
@@ -98,19 +122,9 @@ TEST_P(Form4OnTheBus, NoSelectionSendsOff)
 INSTANTIATE_TEST_SUITE_P(All, Form4OnTheBus, ::testing::ValuesIn(kCases),
                          [](const auto& instance) { return instance.param.name; });
 
-class Form4Failures : public SettingsOnTheBus<Form4> {};
+class Form4OfAllTypes : public SettingsOnTheBus<Form4> {};
 
-TEST_F(Form4Failures, SilenceAndShortAnswersAreCommErrors)
-{
-    open(link::TypeD);
-    bus.fault("silent@7702");
-    EXPECT_EQ(press("Command3"), QStringList("Comm Error"));
-    bus.fault("short@7701");
-    EXPECT_EQ(press("Command4"), QStringList("Comm Error"));
-    EXPECT_EQ(status(), "Only 12 of 13 characters of the answer arrived.");
-}
-
-TEST_F(Form4Failures, EveryTypeKeepsAllFourRows)
+TEST_F(Form4OfAllTypes, EveryTypeKeepsAllFourRows)
 {
     for (const auto type : {link::TypeA, link::TypeB, link::TypeC, link::TypeD}) {
         open(type);

@@ -138,28 +138,63 @@ TEST_F(Form51OnTheBus, AnotherFlagThanZeroIsUse)
     EXPECT_EQ(list("Combo1").currentText(), "True");
 }
 
+TEST_F(Form51OnTheBus, EchoOfTheFeatureCountsUpToItsSeventhCharacter)
+{
+    bus.command("reply 12 75 :0C7501~~");
+    EXPECT_EQ(press("Command2"), QStringList("Set OK!"));
+    bus.command("reply 12 75 :0C7502FF");
+    EXPECT_EQ(press("Command2"), QStringList("Set Failed!"));
+}
+
 TEST_F(Form51OnTheBus, EchoOfTheFeatureThatDiffersIsSaid)
 {
     bus.fault("echo@75");
     EXPECT_EQ(press("Command2"), QStringList("Set Failed!"));
 }
 
-TEST_F(Form51OnTheBus, SilentReadoutIsACommErrorAndChangesNothing)
+/// A button, and the length of the reply that it awaits.
+struct ButtonCase {
+    const char* button;
+    const char* command;
+    int replyLength;
+};
+
+const ButtonCase kButtons[] = {{"Command1", "76", 11},   {"Command2", "75", 11},  {"Command3", "72", 17},
+                               {"Command4", "71", 17},   {"Command5", "74", 17},  {"Command6", "73", 17},
+                               {"Command7", "7806", 19}, {"Command8", "7805", 19}};
+
+class Form51Button : public Form51OnTheBus, public ::testing::WithParamInterface<ButtonCase> {
+protected:
+    /// A press whose answer is incomplete. Only the query of the feature does not enable itself.
+    void pressInVain(const QString& fault)
+    {
+        const bool isFeatureQuery = GetParam().button == std::string("Command1");
+        bus.clearFaults();
+        bus.fault(fault + '@' + GetParam().command);
+        button("Command1").setEnabled(isFeatureQuery);
+        EXPECT_EQ(press(GetParam().button), QStringList("Comm Error"));
+        EXPECT_TRUE(button("Command1").isEnabled());
+    }
+};
+
+TEST_P(Form51Button, IncompleteReplyIsACommErrorAndChangesNoEntry)
 {
-    bus.fault("silent@72");
-    box("Text2").setText("7");
-    EXPECT_EQ(press("Command3"), QStringList("Comm Error"));
+    list("Combo1").setCurrentIndex(1);
+    for (const auto& row : kCases)
+        box(row.box).setText("7");
+    pressInVain("silent");
     EXPECT_EQ(status(), "The readout did not answer.");
-    EXPECT_EQ(box("Text2").text(), "7");
-    EXPECT_TRUE(button("Command1").isEnabled());
+    pressInVain("short");
+    EXPECT_EQ(status(), QString("Only %1 of %2 characters of the answer arrived.")
+                            .arg(GetParam().replyLength - 1)
+                            .arg(GetParam().replyLength));
+    for (const auto& row : kCases)
+        EXPECT_EQ(box(row.box).text(), "7");
+    EXPECT_EQ(list("Combo1").currentText(), "False");
 }
 
-TEST_F(Form51OnTheBus, ShortEchoIsACommError)
-{
-    bus.fault("short@7805");
-    EXPECT_EQ(press("Command8"), QStringList("Comm Error"));
-    EXPECT_EQ(status(), "Only 18 of 19 characters of the answer arrived.");
-}
+INSTANTIATE_TEST_SUITE_P(All, Form51Button, ::testing::ValuesIn(kButtons),
+                         [](const auto& instance) { return instance.param.button; });
 
 } // namespace
 } // namespace quorvel::test

@@ -76,14 +76,6 @@ TEST_F(Form52OnTheBus, RowsFollowTheInstrumentType)
     EXPECT_FALSE(shows("Frame1"));
 }
 
-TEST_F(Form52OnTheBus, EchoThatDiffersLeavesTheOffsetLost)
-{
-    bus.fault("echo@73:1+1");
-    EXPECT_EQ(press("Command6"), QStringList("Set Failed!"));
-    EXPECT_TRUE(status().startsWith("The readout answered ")) << qPrintable(status());
-    EXPECT_TRUE(status().endsWith(kLost)) << qPrintable(status());
-}
-
 TEST_F(Form52OnTheBus, LongOffsetIsSentAndWarnedOfAlthoughItIsNotAnswered)
 {
     bus.command("set 12 offsetx +1.00000");
@@ -119,12 +111,130 @@ TEST_F(Form52ByHand, SilenceToTheZeroingIsACommError)
     }
 }
 
-TEST_F(Form52ByHand, SilenceToTheWritingLeavesTheOffsetLost)
+/// A run that sets a reference of 10: what goes out, and what comes back.
+struct RunCase {
+    const char* name;
+    const char* box;
+    const char* set;
+    std::vector<std::string> frames; ///< the zeroing first, the new offset last
+    std::string reading;             ///< the answer to the frame before the last
+    int replyLength;
+};
+
+const RunCase kRuns[] = {
+    {"X",
+     "Text2",
+     "Command4",
+     {":0171+0.00000FF", ":012101FF", ":0171+7.50000FF"},
+     ":012101+2.50000+1.0000000FF\r\n",
+     17},
+    {"Y",
+     "Text3",
+     "Command6",
+     {":0173+0.00000FF", ":012101FF", ":0173+9.00000FF"},
+     ":012101+2.50000+1.0000000FF\r\n",
+     17},
+    {"Z",
+     "Text4",
+     "Command8",
+     {":017805+0.00000FF", ":012102FF", ":017805+7.00000FF"},
+     ":012102+3.00000+9.0000000FF\r\n",
+     19},
+};
+
+class Form52Run : public Form52ByHand, public ::testing::WithParamInterface<RunCase> {
+protected:
+    Form52Run()
+    {
+        // X and Y are read with one command; type C would be asked for Z besides.
+        open(GetParam().name == std::string("Z") ? link::TypeC : link::TypeA);
+        box(GetParam().box).setText("10");
+    }
+
+    /// Sets the reference; `echo` answers the new offset.
+    QStringList set(const std::string& echo)
+    {
+        frames.clear();
+        button("Command1").setEnabled(false);
+        answerWith({GetParam().frames.front() + "\r\n", GetParam().reading, echo});
+        return press(GetParam().set);
+    }
+};
+
+TEST_P(Form52Run, IncompleteReplyToTheWritingLeavesTheOffsetLost)
+{
+    const auto echo = GetParam().frames.back() + "\r\n";
+    struct {
+        std::string echo;
+        QString reason;
+    } const rows[] = {
+        {"", "The readout did not answer. "},
+        {echo.substr(0, echo.size() - 1), QString("Only %1 of %2 characters of the answer arrived. ")
+                                              .arg(GetParam().replyLength - 1)
+                                              .arg(GetParam().replyLength)}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(set(row.echo), QStringList("Comm Error"));
+        EXPECT_EQ(status(), row.reason + kLost);
+        EXPECT_TRUE(button("Command1").isEnabled());
+        EXPECT_EQ(frames, GetParam().frames);
+    }
+}
+
+TEST_P(Form52Run, EchoThatDiffersIsSaidAndNothingRestoresTheOffset)
+{
+    auto echo = GetParam().frames.back() + "\r\n";
+    echo[3] = '~';
+    EXPECT_EQ(set(echo), QStringList("Set Failed!"));
+    EXPECT_TRUE(status().startsWith("The readout answered ")) << qPrintable(status());
+    EXPECT_TRUE(status().endsWith(kLost)) << qPrintable(status());
+    EXPECT_FALSE(button("Command1").isEnabled());
+    EXPECT_EQ(frames, GetParam().frames);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Form52Run, ::testing::ValuesIn(kRuns),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST_F(Form52ByHand, SetOfXAndYTakesWhatWaitsAsTheAnswer)
 {
     open(link::TypeA);
-    answerWith({":0171+0.00000FF\r\n", ":012101+2.50000+1.0000000FF\r\n", ":0171+7.5"});
-    EXPECT_EQ(press("Command4"), QStringList("Comm Error"));
-    EXPECT_EQ(status(), QString("Only 9 of 17 characters of the answer arrived. ") + kLost);
+    for (const auto* name : {"Command4", "Command6"}) {
+        const std::string code = name == std::string("Command4") ? "71" : "73";
+        device->receive("17 that wait here");
+        answerWith({"", ":012101+0.00000+0.0000000FF\r\n", ":01" + code + "+0.00000FF\r\n"});
+        EXPECT_TRUE(press(name).first().startsWith("Set OK!")) << name;
+    }
+}
+
+TEST_F(Form52ByHand, SetOfZDrainsBeforeEachOfItsTwoSets)
+{
+    device->receive("19 waiting already.");
+    answerWith({"", ":012102+0.00000+0.0000000FF\r\n", ":017805+0.00000FF\r\n"});
+    EXPECT_EQ(press("Command8"), QStringList("Comm Error"));
+
+    onFrame = [this] {
+        if (frames.back() == ":012102FF") clock.plan(0.5, [this] { device->receive("late"); });
+    };
+    answerWith({":017805+0.00000FF\r\n", ":012102+0.00000+0.0000000FF\r\n", ":017805+0.00000FF\r\n"});
+    EXPECT_TRUE(press("Command8").first().startsWith("Set OK!"));
+}
+
+TEST_F(Form52ByHand, IncompleteReplyToAFlagButtonIsACommError)
+{
+    for (const auto* answer : {"", ":017"}) {
+        answerWith({answer});
+        EXPECT_EQ(press("Command1"), QStringList("Comm Error"));
+        button("Command1").setEnabled(false);
+        answerWith({answer});
+        EXPECT_EQ(press("Command2"), QStringList("Comm Error"));
+        EXPECT_TRUE(button("Command1").isEnabled());
+    }
+}
+
+TEST_F(Form52ByHand, EchoOfTheFlagThatDiffersIsSaid)
+{
+    answerWith({":017500FF\r\n"});
+    EXPECT_EQ(press("Command2"), QStringList("Set Failed!"));
+    EXPECT_TRUE(status().startsWith("The readout answered ")) << qPrintable(status());
 }
 
 TEST_F(Form52ByHand, SilenceToTheReadingOfZIsACommError)

@@ -35,18 +35,28 @@ TEST_F(SetTimeOnTheBus, NoSendsNothing)
     EXPECT_EQ(bus.frames(), QStringList(":0504FF"));
 }
 
-TEST_F(SetTimeOnTheBus, SilenceToTheQueryIsACommError)
+TEST_F(SetTimeOnTheBus, IncompleteAnswersHaveTheirMessageAndReason)
 {
-    bus.fault("silent@04");
-    EXPECT_EQ(press("Command1"), QStringList("Comm Error"));
-}
-
-TEST_F(SetTimeOnTheBus, ShortAnswerToTheSettingIsASetError)
-{
-    bus.fault("short@03");
-    messages.answers = {true};
-    EXPECT_EQ(press("Command1").last(), "Set Error");
-    EXPECT_EQ(status(), "Only 20 of 21 characters of the answer arrived.");
+    struct {
+        const char* fault;
+        int boxes; ///< the question among them
+        const char* message;
+        const char* reason;
+    } const rows[] = {
+        {"silent@04", 1, "Comm Error", "The readout did not answer."},
+        {"short@04", 1, "Comm Error", "Only 20 of 21 characters of the answer arrived."},
+        {"silent@03", 2, "Set Error", "The readout did not answer."},
+        {"short@03", 2, "Set Error", "Only 20 of 21 characters of the answer arrived."},
+    };
+    for (const auto& row : rows) {
+        bus.clearFaults();
+        bus.fault(row.fault);
+        messages.answers = {true};
+        const auto shown = press("Command1");
+        EXPECT_EQ(shown.size(), row.boxes) << row.fault;
+        EXPECT_EQ(shown.last(), row.message) << row.fault;
+        EXPECT_EQ(status(), row.reason) << row.fault;
+    }
 }
 
 TEST_F(SetTimeOnTheBus, EchoThatDiffersIsNoFailure)
@@ -101,6 +111,18 @@ TEST_F(SetTimeByHand, PortThatVanishesBehindTheQuestionIsTheReason)
     EXPECT_EQ(press("Command1").last(), "Set Error");
     EXPECT_EQ(status(), mscomm1.lostReason());
     EXPECT_TRUE(status().startsWith("by hand is gone (pulled).")) << qPrintable(status());
+}
+
+TEST_F(SetTimeByHand, WhatWaitsIsTakenAsTheAnswer)
+{
+    device->receive(":0104310203040506FF\r\n");
+    EXPECT_TRUE(press("Command1").first().startsWith("Current time is 2031-02-03  04:05:06."));
+    messages.answers = {true};
+    messages.onShow = [this](const QString& text) {
+        if (text.startsWith("Current time")) device->receive("21 characters waiting");
+    };
+    answerWith({":0104310203040506FF\r\n"});
+    EXPECT_EQ(press("Command1").last(), "Set OK");
 }
 
 TEST_F(SetTimeByHand, EmptyAddressIsSentAsItStands)

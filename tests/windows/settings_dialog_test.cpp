@@ -3,6 +3,7 @@
 #include "settings/form2.h"
 #include "settings/form4.h"
 #include "settings/form51.h"
+#include "settings/form52.h"
 #include "settings/settime.h"
 #include "settings/setwire.h"
 #include "support/bench_by_hand.h"
@@ -44,18 +45,6 @@ TEST_F(SettingsByHand, EnterPressesSetOfItsRow)
         ASSERT_EQ(frames.size(), 1U) << row.field;
         EXPECT_TRUE(frames[0].starts_with(std::string(":01") + row.code)) << frames[0];
     }
-}
-
-TEST_F(SettingsByHand, TabGoesThroughTheFieldsInOrder)
-{
-    QStringList order;
-    form->findChild<QWidget*>("Combo1")->setFocus();
-    for (int i = 0; i < 12; ++i) {
-        order << QApplication::focusWidget()->objectName();
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    }
-    EXPECT_EQ(order, QStringList({"Combo1", "Command1", "Command2", "Text2", "Command3", "Command4", "Text3",
-                                  "Command5", "Command6", "Text4", "Command7", "Command8"}));
 }
 
 TEST_F(SettingsByHand, EscapeCloses)
@@ -146,6 +135,74 @@ TEST_F(SettingsByHand, NoiseOfAnyLengthIsHandled)
         EXPECT_EQ(press(name).size(), 1) << name;
     }
 }
+
+/// Each window: the fields as Tab goes through them, round to the first.
+struct TabCase {
+    const char* name;
+    std::unique_ptr<QDialog> (*make)(link::Bench&, link::Module1&, link::Gate&, Messages&);
+    link::InstrumentType type;
+    const char* edition;
+    QStringList order;
+};
+
+template<class Window>
+std::unique_ptr<QDialog> make(link::Bench& bench, link::Module1& module1, link::Gate& gate,
+                              Messages& messages)
+{
+    return std::make_unique<Window>(bench, module1, gate, messages);
+}
+
+const QStringList kX{"Combo1", "Command1", "Command2", "Text2", "Command3", "Command4"};
+const QStringList kY{"Text3", "Command5", "Command6"};
+const QStringList kZ{"Text4", "Command7", "Command8"};
+
+const TabCase kTabs[] = {
+    {"Form2", make<Form2>, link::TypeA, "USER", {"Text1", "Text2", "Command1", "Command2"}},
+    {"Form4",
+     make<Form4>,
+     link::TypeA,
+     "USER",
+     {"Combo1", "Command1", "Command2", "Combo2", "Command1", "Command2", "Combo3", "Command1", "Command2",
+      "Combo4", "Command3", "Command4"}},
+    {"Form51TypeA", make<Form51>, link::TypeA, "USER", kX + kY},
+    {"Form51TypeC", make<Form51>, link::TypeC, "USER", kX + kY + kZ},
+    {"Form51TypeD", make<Form51>, link::TypeD, "USER", kX},
+    {"Form52TypeC", make<Form52>, link::TypeC, "USER", kX + kY + kZ},
+    {"SetTime", make<SetTime>, link::TypeA, "USER", {"Text1", "Command1", "Command2"}},
+    {"SetWire",
+     make<SetWire>,
+     link::TypeA,
+     "USER",
+     {"Dia", "Dia_error", "SensorNo", "Command1", "Command3", "Command2"}},
+    {"SetWireFactory",
+     make<SetWire>,
+     link::TypeA,
+     "FACTORY",
+     {"Dia", "Dia_error", "SensorNo", "Combo1", "Command1", "Command3", "Command2"}},
+};
+
+class TabIn : public BenchByHand, public ::testing::WithParamInterface<TabCase> {};
+
+TEST_P(TabIn, GoesThroughTheFieldsAsTheyAreShown)
+{
+    const auto& row = GetParam();
+    bench.instrumentType = row.type;
+    bench.edition = row.edition;
+    const auto window = row.make(bench, module1, gate, messages);
+    window->show();
+    QApplication::setActiveWindow(window.get());
+    child<QWidget>(*window, row.order.first())->setFocus();
+    QStringList order;
+    for (qsizetype i = 0; i < row.order.size(); ++i) {
+        order << QApplication::focusWidget()->objectName();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    EXPECT_EQ(order, row.order);
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), row.order.first());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, TabIn, ::testing::ValuesIn(kTabs),
+                         [](const auto& instance) { return instance.param.name; });
 
 /// Each window: in which field Enter sends what.
 template<class Window>

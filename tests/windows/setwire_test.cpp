@@ -1,4 +1,5 @@
 #include "settings/setwire.h"
+#include "support/bench_by_hand.h"
 #include "windows/settings_on_the_bus.h"
 
 namespace quorvel::test {
@@ -89,18 +90,21 @@ TEST_F(SetWireOnTheBus, LongDiameterIsSentAndWarnedOf)
     EXPECT_TRUE(status().startsWith("The frame is longer than the readout expects")) << qPrintable(status());
 }
 
-TEST_F(SetWireOnTheBus, SilentReadoutIsACommError)
+TEST_F(SetWireOnTheBus, SilenceAndShortAnswersAreCommErrors)
 {
-    bus.fault("silent@67");
-    EXPECT_EQ(set("1.5", "0.3"), QStringList("Comm Error"));
-    EXPECT_EQ(status(), "The readout did not answer.");
-}
-
-TEST_F(SetWireOnTheBus, ShortAnswerIsACommError)
-{
-    bus.fault("short@68");
-    EXPECT_EQ(press("Command3"), QStringList("Comm Error"));
-    EXPECT_EQ(status(), "Only 18 of 19 characters of the answer arrived.");
+    set("2.5", "0.4");
+    for (const auto* name : {"Command1", "Command3"}) {
+        bus.clearFaults();
+        bus.fault("silent@6");
+        EXPECT_EQ(press(name), QStringList("Comm Error"));
+        EXPECT_EQ(status(), "The readout did not answer.");
+        bus.clearFaults();
+        bus.fault("short@6");
+        EXPECT_EQ(press(name), QStringList("Comm Error"));
+        EXPECT_EQ(status(), "Only 18 of 19 characters of the answer arrived.");
+    }
+    EXPECT_EQ(box("Dia").text(), "2.5");
+    EXPECT_EQ(box("Dia_error").text(), "0.4");
 }
 
 TEST_F(SetWireOnTheBus, EchoThatDiffersIsNoFailure)
@@ -120,6 +124,20 @@ TEST_F(SetWireOnTheBus, ExitCloses)
 {
     button("Command2").click();
     EXPECT_FALSE(form->isVisible());
+}
+
+/// The same window where only time passes.
+class SetWireByHand : public SettingsWindow<SetWire, BenchByHand> {};
+
+TEST_F(SetWireByHand, WhatWaitsIsTakenAsTheAnswer)
+{
+    open();
+    box("Dia").setText("1.5");
+    box("Dia_error").setText("0.3");
+    device->receive("19 waiting already.");
+    EXPECT_EQ(press("Command1"), QStringList("Diameter Parameters Setted OK"));
+    device->receive(":01682504010000FF\r\n");
+    EXPECT_EQ(press("Command3"), QStringList("Diameter and permitted Error is set as 2.5mm, 0.4mm\r\n"));
 }
 
 } // namespace
