@@ -77,8 +77,7 @@ void Celebration1::Form_Load()
 
 bool Celebration1::createMissing()
 {
-    std::error_code error;
-    if (std::filesystem::exists(std::filesystem::symlink_status(CalibrationDatabasePath, error))) return true;
+    if (isThere(CalibrationDatabasePath)) return true;
     const auto created = CreateCalibrationDatabase(CalibrationDatabasePath);
     if (!created) tell(created.error());
     return static_cast<bool>(created);

@@ -15,14 +15,15 @@ using jet::FieldDef;
 using jet::FieldType;
 using std::filesystem::path;
 
-/// The ten characters that precede the last four of a path.
-std::string directionName(const path& file)
+/// The direction that a path names in the ten characters before its last four; null for none.
+const Direction* directionNamed(const path& file)
 {
     const auto text = file.generic_string();
     constexpr std::size_t kName = 10;
     constexpr std::size_t kEndingLength = 4;
-    return text.size() < kName + kEndingLength ? text
-                                               : text.substr(text.size() - kName - kEndingLength, kName);
+    if (text.size() < kName + kEndingLength) return nullptr;
+    const auto name = text.substr(text.size() - kName - kEndingLength, kName);
+    return name.ends_with("Direction") ? directionOf(QString(QLatin1Char(name.front()))) : nullptr;
 }
 
 jet::TableDef newTable(const path& file)
@@ -30,10 +31,7 @@ jet::TableDef newTable(const path& file)
     auto table = jet::Database::CreateTableDef(std::string(kTable));
     table.Append(table.CreateField(std::string(kNumberName), FieldType::Integer));
     table.Append(table.CreateField(std::string(kDialName), FieldType::Single));
-    const auto name = directionName(file);
-    const auto* direction =
-        name.ends_with("Direction") ? directionOf(QString(QLatin1Char(name.front()))) : nullptr;
-    if (direction) {
+    if (const auto* direction = directionNamed(file)) {
         for (const auto& reading : direction->readings) {
             table.Append(table.CreateField(std::string(reading.column), FieldType::Single));
         }
@@ -184,7 +182,7 @@ jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working
     const auto fields = checkCalibrationFile(chosen);
     if (!fields) return fields.failure();
     std::string words = lacking(*fields, direction, chosen);
-    if (std::filesystem::exists(working)) {
+    if (isThere(working)) {
         if (const auto readable = checkCalibrationFile(working); !readable) {
             const auto kept = keepAside(working, "unreadable");
             if (!kept) return kept.failure();

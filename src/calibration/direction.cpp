@@ -1,5 +1,6 @@
 #include "calibration/direction.h"
 
+#include "jet/text_coding.h"
 #include "link/values.h"
 
 #include <algorithm>
@@ -39,7 +40,7 @@ const Direction* directionOf(const QString& letter)
 bool isReadingColumn(std::string_view column)
 {
     return std::any_of(std::begin(kReadings), std::end(kReadings),
-                       [&](const Reading& row) { return row.column == column; });
+                       [&](const Reading& row) { return jet::sameName(row.column, column); });
 }
 
 } // namespace quorvel::calibration

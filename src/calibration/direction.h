@@ -31,7 +31,7 @@ struct Direction {
 /// @return the direction of "X", "Y" or "Z"; null for any other text.
 const Direction* directionOf(const QString& letter);
 
-/// True when some direction has readings in a column of this name.
+/// True when some direction has readings in a column of this name, in any case.
 bool isReadingColumn(std::string_view column);
 
 } // namespace quorvel::calibration

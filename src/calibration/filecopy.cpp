@@ -27,6 +27,12 @@ bool copyBytes(QFile& source, QSaveFile& target)
 
 } // namespace
 
+bool isThere(const std::filesystem::path& path)
+{
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, error));
+}
+
 jet::Status copyWhole(const std::filesystem::path& from, const std::filesystem::path& to)
 {
     if (auto may = jet::replaceable(to); !may) return may;
@@ -47,11 +53,11 @@ jet::Result<std::filesystem::path> keepAside(const std::filesystem::path& path, 
 {
     auto aside = path;
     int number = 0;
-    std::error_code error;
     do {
         const auto count = ++number == 1 ? std::string() : "-" + std::to_string(number);
         aside.replace_filename(path.stem().concat("." + mark + count).concat(path.extension().native()));
-    } while (std::filesystem::exists(std::filesystem::symlink_status(aside, error)));
+    } while (isThere(aside));
+    std::error_code error;
     std::filesystem::create_hard_link(path, aside, error);
     // Not every file system knows second names.
     if (error) {

@@ -8,6 +8,9 @@
 /// Whole files, copied so that a failure at any moment leaves what was there before.
 namespace quorvel::calibration {
 
+/// True when something has this name, even a link that leads nowhere. False also for what cannot be looked at.
+bool isThere(const std::filesystem::path& path);
+
 /// Copies `from` over `to`: into a temporary file of the same folder first, which then takes the name.
 /// A file that another program has open is not replaced.
 jet::Status copyWhole(const std::filesystem::path& from, const std::filesystem::path& to);

@@ -1,18 +1,13 @@
 #include "calibration/records.h"
 
+#include "jet/text_coding.h"
+
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 
 namespace quorvel::calibration {
 
 namespace {
-
-bool sameName(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
-}
 
 std::optional<float> single(const jet::Value& value)
 {
@@ -26,7 +21,7 @@ std::optional<float> single(const jet::Value& value)
 int columnOf(const std::vector<jet::FieldDef>& fields, std::string_view name)
 {
     const auto found = std::find_if(fields.begin(), fields.end(),
-                                    [&](const jet::FieldDef& field) { return sameName(field.name, name); });
+                                    [&](const jet::FieldDef& field) { return jet::sameName(field.name, name); });
     return found == fields.end() ? -1 : static_cast<int>(found - fields.begin());
 }
 

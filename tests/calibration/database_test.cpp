@@ -78,6 +78,33 @@ TEST_F(CalibrationFile, IsNotCreatedOverAnother)
     EXPECT_EQ(contentOf(at("XDirection.mdb")), "mine");
 }
 
+/// Works in a folder for its lifetime.
+class WorkingIn {
+public:
+    explicit WorkingIn(const std::filesystem::path& folder) : before_(std::filesystem::current_path())
+    {
+        std::filesystem::current_path(folder);
+    }
+    ~WorkingIn() { std::filesystem::current_path(before_); }
+    WorkingIn(const WorkingIn&) = delete;
+    WorkingIn& operator=(const WorkingIn&) = delete;
+
+private:
+    std::filesystem::path before_;
+};
+
+TEST_F(CalibrationFile, NamesItsDirectionAlsoWithoutAFolder)
+{
+    const WorkingIn folder(at(""));
+    for (const auto* name : {"YDirection.mdb", "XDirection", "X Direction", "ZDirection.md"}) {
+        ASSERT_TRUE(CreateCalibrationDatabase(name)) << name;
+    }
+    EXPECT_EQ(namedFields("YDirection.mdb"), (Names{"SN:Integer", "Rule_Data:Single", "Y_Data:Single"}));
+    for (const auto* name : {"XDirection", "X Direction", "ZDirection.md"}) {
+        EXPECT_EQ(namedFields(name), (Names{"SN:Integer", "Rule_Data:Single"})) << name;
+    }
+}
+
 TEST_F(CalibrationFile, OfOursIsReadByAnotherProgram)
 {
     ASSERT_TRUE(CreateCalibrationDatabase(at("ZDirection.mdb")));
@@ -104,7 +131,7 @@ TEST_F(CalibrationFile, IsTakenWithMoreColumnsBehind)
     makeFile(at("more.mdb"), fields, {0, 1}, 1);
     EXPECT_EQ(refusal(at("more.mdb")), "");
     makeFile(at("double.mdb"),
-             {{"sn", FieldType::Long}, {"RULE_DATA", FieldType::Double}, {"Z1_Data", FieldType::Double}}, {0},
+             {{"sn", FieldType::Long}, {"RULE_DATA", FieldType::Double}, {"z1_DATA", FieldType::Double}}, {0},
              1);
     EXPECT_EQ(refusal(at("double.mdb")), "");
 }
@@ -205,6 +232,16 @@ TEST_F(Loading, KeepsAWorkingFileThatCannotBeRead)
     ASSERT_TRUE(loaded) << loaded.error();
     EXPECT_NE(loaded->find("XDirection.unreadable.mdb"), std::string::npos) << *loaded;
     EXPECT_EQ(contentOf(at("XDirection.unreadable.mdb")), "years of work, garbled");
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), contentOf(at("saved.mdb")));
+}
+
+TEST_F(Loading, KeepsALinkThatLeadsInCircles)
+{
+    std::filesystem::remove(at("XDirection.mdb"));
+    std::filesystem::create_symlink("XDirection.mdb", at("XDirection.mdb"));
+    const auto loaded = load("saved.mdb");
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_NE(loaded->find("XDirection.unreadable.mdb"), std::string::npos) << *loaded;
     EXPECT_EQ(contentOf(at("XDirection.mdb")), contentOf(at("saved.mdb")));
 }
 

@@ -4,6 +4,7 @@
 #include "calibration/database.h"
 #include "calibration/datacontrol.h"
 #include "calibration/download.h"
+#include "calibration/filecopy.h"
 #include "calibration/fit.h"
 #include "calibration/measurement.h"
 #include "calibration/stitching.h"
@@ -122,7 +123,7 @@ void Calibrating::measurePoint()
         console_.fail(kWrongUsage, QStringLiteral("--dial takes a number."));
         return;
     }
-    if (!std::filesystem::exists(data_.DatabaseName())) {
+    if (!isThere(data_.DatabaseName())) {
         const auto created = CreateCalibrationDatabase(data_.DatabaseName());
         if (!created) return console_.fail(kNotAnswered, words(created.error()));
     }
