@@ -31,11 +31,16 @@ int CalibrationModel::columnCount(const QModelIndex& parent) const
     return parent.isValid() ? 0 : static_cast<int>(records_.fields().size());
 }
 
+const jet::FieldDef& CalibrationModel::field(int column) const
+{
+    return records_.fields()[static_cast<std::size_t>(column)];
+}
+
 const std::optional<double>* CalibrationModel::unwrittenAt(const QModelIndex& index) const
 {
     const auto row = unwritten_.find(index.row());
     if (row == unwritten_.end()) return nullptr;
-    const auto found = row->second.find(index.column());
+    const auto found = row->second.find(field(index.column()).name);
     return found == row->second.end() ? nullptr : &found->second;
 }
 
@@ -76,12 +81,12 @@ QVariant CalibrationModel::headerData(int section, Qt::Orientation orientation, 
     if (role != Qt::DisplayRole || orientation != Qt::Horizontal || !known) {
         return QAbstractTableModel::headerData(section, orientation, role);
     }
-    return QString::fromStdString(records_.fields()[static_cast<std::size_t>(section)].name);
+    return QString::fromStdString(field(section).name);
 }
 
 bool CalibrationModel::takesNumbers(int column) const
 {
-    const auto type = records_.fields()[static_cast<std::size_t>(column)].type;
+    const auto type = field(column).type;
     return records_.readOnlyBecause().empty() && column != kNumberColumn &&
            (type == jet::FieldType::Single || type == jet::FieldType::Double);
 }
@@ -124,7 +129,7 @@ bool CalibrationModel::setData(const QModelIndex& index, const QVariant& value, 
         number = text::Val(typed);
         if (!text::isNumber(typed) || !std::isfinite(static_cast<float>(*number))) return refuse(index, text);
     }
-    unwritten_[index.row()][index.column()] = number;
+    unwritten_[index.row()][field(index.column()).name] = number;
     Q_EMIT dataChanged(index, index);
     submit();
     return true;

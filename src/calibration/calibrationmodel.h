@@ -42,6 +42,7 @@ Q_SIGNALS:
     void told(const QString& words);
 
 private:
+    const jet::FieldDef& field(int column) const;
     bool takesNumbers(int column) const;
     bool refuse(const QModelIndex& index, const QString& text);
     bool writeAll();

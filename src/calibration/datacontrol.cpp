@@ -88,17 +88,12 @@ jet::Status DataControl::prepareWriting()
 
 jet::Status DataControl::write(int row, const Changes& changes)
 {
-    // By name: a file that is written anew may lose columns.
-    std::map<std::string, jet::Value> values;
-    for (const auto& [column, number] : changes) {
-        values[fields_.at(static_cast<std::size_t>(column)).name] = number ? jet::Value(*number) : jet::kNull;
-    }
     if (auto ready = prepareWriting(); !ready) return ready;
     auto& held = rows_.at(static_cast<std::size_t>(row));
     if (auto found = recordset_->SetBookmark(held.bookmark); !found) return found;
     recordset_->Edit();
-    for (const auto& [name, value] : values) {
-        recordset_->Fields(name).SetValue(value);
+    for (const auto& [name, number] : changes) {
+        recordset_->Fields(name).SetValue(number ? jet::Value(*number) : jet::kNull);
     }
     if (auto written = recordset_->Update(); !written) return written;
     held.values = currentValues();

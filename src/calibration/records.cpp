@@ -20,8 +20,9 @@ std::optional<float> single(const jet::Value& value)
 
 int columnOf(const std::vector<jet::FieldDef>& fields, std::string_view name)
 {
-    const auto found = std::find_if(fields.begin(), fields.end(),
-                                    [&](const jet::FieldDef& field) { return jet::sameName(field.name, name); });
+    const auto found = std::find_if(fields.begin(), fields.end(), [&](const jet::FieldDef& field) {
+        return jet::sameName(field.name, name);
+    });
     return found == fields.end() ? -1 : static_cast<int>(found - fields.begin());
 }
 

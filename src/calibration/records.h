@@ -14,8 +14,8 @@ namespace quorvel::calibration {
 /// The rows of a calibration table in the order of their numbers, as the grid shows and changes them.
 class Records {
 public:
-    /// New values by column; nothing is Null.
-    using Changes = std::map<int, std::optional<double>>;
+    /// New values by the names of the columns, since write() may move columns; nothing is Null.
+    using Changes = std::map<std::string, std::optional<double>>;
 
     Records() = default;
     Records(const Records&) = delete;
@@ -29,8 +29,8 @@ public:
     virtual const jet::Value& value(int row, int column) const = 0;
     /// Why nothing can be written; empty when it can.
     virtual const std::string& readOnlyBecause() const = 0;
-    /// Changes a row, all columns at once. When it returns true the row is on the disk; when it fails, nothing
-    /// has changed.
+    /// Changes a row, all columns at once. When it returns true the row is on the disk; when it fails, the row has
+    /// not changed. Either way there may be fewer columns afterwards.
     virtual jet::Status write(int row, const Changes& changes) = 0;
 };
 

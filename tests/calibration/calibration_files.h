@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calibration/database.h"
+#include "jet/bytes.h"
 #include "jet/database.h"
 
 #include <QTemporaryDir>
@@ -92,6 +93,27 @@ inline void makeFile(const std::filesystem::path& path, const std::vector<jet::F
     }
     done = made->Close();
     ASSERT_TRUE(done) << done.error();
+}
+
+/// Adds an index to the one table of a file of ours, as a key set in another program does: a block of counts in front of
+/// the columns, and one of the index behind their names.
+inline void addIndex(const std::filesystem::path& path)
+{
+    constexpr std::ptrdiff_t kPage = 4096;
+    constexpr std::ptrdiff_t kDefinition = 16 * kPage; // the page after those of a new file
+    constexpr std::ptrdiff_t kCounts = 12;
+    constexpr std::ptrdiff_t kIndex = 52;
+    const auto content = contentOf(path);
+    jet::ByteVector file(content.begin(), content.end());
+    ASSERT_EQ(file.at(kDefinition), 2) << "a table begins here";
+    const std::ptrdiff_t end = jet::get32(file, kDefinition + 8);
+    jet::put32(file, kDefinition + 0x33, 1);
+    file.insert(file.begin() + kDefinition + end - 2, kIndex, std::uint8_t{0});
+    file.insert(file.begin() + kDefinition + 0x3F, kCounts, std::uint8_t{0});
+    const auto next = file.begin() + kDefinition + kPage;
+    file.erase(next, next + kCounts + kIndex);
+    jet::put32(file, kDefinition + 8, static_cast<std::uint32_t>(end + kCounts + kIndex));
+    put(path, {file.begin(), file.end()});
 }
 
 inline std::vector<jet::FieldDef> columnsOf(const std::vector<std::string>& readings)

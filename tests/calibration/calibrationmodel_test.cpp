@@ -10,7 +10,14 @@ using jet::FieldType;
 /// Rows in memory, on a disk that can be full.
 class RowsInMemory final : public Records {
 public:
-    RowsInMemory() { rows.resize(3, std::vector<jet::Value>(columns.size())); }
+    RowsInMemory() { setColumns(columns); }
+
+    /// Three empty rows of these columns.
+    void setColumns(const std::vector<jet::FieldDef>& names)
+    {
+        columns = names;
+        rows.assign(3, std::vector<jet::Value>(columns.size()));
+    }
 
     const std::vector<jet::FieldDef>& fields() const override { return columns; }
     int rowCount() const override { return static_cast<int>(rows.size()); }
@@ -20,11 +27,24 @@ public:
     {
         ++writes;
         if (full) return jet::Failure{"disk full"};
-        for (const auto& [column, number] : changes) {
-            const_cast<jet::Value&>(cell(row, column)) =
+        if (dropsTexts) drop();
+        for (const auto& [name, number] : changes) {
+            const_cast<jet::Value&>(cell(row, columnOf(columns, name))) =
                 number ? jet::Value(static_cast<float>(*number)) : jet::kNull;
         }
         return {};
+    }
+    /// Columns of texts leave the table, as they do when a file is written anew.
+    void drop()
+    {
+        for (auto column = columns.size(); column-- > 0;) {
+            if (columns[column].type != FieldType::Text) continue;
+            const auto at = static_cast<std::ptrdiff_t>(column);
+            columns.erase(columns.begin() + at);
+            for (auto& row : rows) {
+                row.erase(row.begin() + at);
+            }
+        }
     }
     const jet::Value& cell(int row, int column) const
     {
@@ -36,6 +56,7 @@ public:
     std::vector<std::vector<jet::Value>> rows;
     std::string readOnly;
     bool full = false;
+    bool dropsTexts = false;
     int writes = 0;
 };
 
@@ -138,6 +159,27 @@ TEST_F(Model, KeepsWhatCannotBeWrittenAndTriesAgain)
     EXPECT_EQ(records.cell(0, 1), jet::Value(1.5F));
     EXPECT_EQ(records.cell(2, 1), jet::Value(2.5F));
     EXPECT_EQ(told, "");
+}
+
+TEST_F(Model, WritesToTheRightColumnsWhenOthersAreDroppedMeanwhile)
+{
+    records.setColumns({{"SN", FieldType::Integer},
+                        {"Rule_Data", FieldType::Single},
+                        {"Z1_Data", FieldType::Single},
+                        {"Note", FieldType::Text},
+                        {"Z2_Data", FieldType::Single}});
+    records.full = true;
+    enter(0, 4, "1.5");
+    enter(1, 2, "2.5");
+    enter(1, 4, "3.5");
+    records.full = false;
+    records.dropsTexts = true;
+    EXPECT_TRUE(model.submit());
+    ASSERT_EQ(model.columnCount(), 4);
+    EXPECT_EQ(model.headerData(3, Qt::Horizontal, Qt::DisplayRole).toString(), "Z2_Data");
+    EXPECT_EQ(text(0, 3), "1.5");
+    EXPECT_EQ(text(1, 2), "2.5");
+    EXPECT_EQ(text(1, 3), "3.5");
 }
 
 TEST_F(Model, TakesNothingForAFileThatCanOnlyBeRead)

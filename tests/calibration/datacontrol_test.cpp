@@ -36,11 +36,11 @@ TEST_F(Data, WritesToTheFileAtOnce)
 {
     create();
     refresh();
-    const auto written = data.write(3, {{1, 0.25}, {2, -1.5}});
+    const auto written = data.write(3, {{"Rule_Data", 0.25}, {"X_Data", -1.5}});
     ASSERT_TRUE(written) << written.error();
     EXPECT_EQ(data.value(3, 1).text(), "0.25");
     EXPECT_EQ(rowsOf(at("XDirection.mdb"))[3], "3 0.25 -1.5");
-    ASSERT_TRUE(data.write(3, {{1, std::nullopt}}));
+    ASSERT_TRUE(data.write(3, {{"Rule_Data", std::nullopt}}));
     EXPECT_EQ(rowsOf(at("XDirection.mdb"))[3], "3 - -1.5");
 }
 
@@ -48,13 +48,13 @@ TEST_F(Data, GivesElevenPointsWhenAllCellsAreFilled)
 {
     makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, 0.5);
     refresh();
-    ASSERT_TRUE(data.write(11, {{1, 99.0}}));
+    ASSERT_TRUE(data.write(11, {{"Rule_Data", 99.0}}));
     const auto points = pointsOf(data, 2);
     ASSERT_TRUE(points);
     EXPECT_EQ(points->back().dial, 0.5F) << "the twelfth row has no part in it";
     EXPECT_FALSE(pointsOf(data, 3));
     EXPECT_FALSE(pointsOf(data, -1));
-    ASSERT_TRUE(data.write(10, {{2, std::nullopt}}));
+    ASSERT_TRUE(data.write(10, {{"X_Data", std::nullopt}}));
     EXPECT_FALSE(pointsOf(data, 2));
 }
 
@@ -114,7 +114,7 @@ TEST_F(Data, OnlyLooksAtAFileThatSomebodyElseWrites)
     refresh();
     EXPECT_EQ(data.rowCount(), 11);
     EXPECT_NE(data.readOnlyBecause().find("another program"), std::string::npos) << data.readOnlyBecause();
-    EXPECT_FALSE(data.write(0, {{1, 1.0}}));
+    EXPECT_FALSE(data.write(0, {{"Rule_Data", 1.0}}));
 }
 
 TEST_F(Data, KeepsOtherProgramsFromWritingWhileItIsOpen)
@@ -146,7 +146,7 @@ TEST_F(OlderFile, IsShownWithoutBeingTouched)
 TEST_F(OlderFile, IsWrittenAnewWhenItIsFirstChanged)
 {
     refresh();
-    const auto written = data.write(4, {{2, 1.25}});
+    const auto written = data.write(4, {{"X_Data", 1.25}});
     ASSERT_TRUE(written) << written.error();
     EXPECT_EQ(data.olderKeptAs(), at("XDirection.older.mdb"));
     EXPECT_EQ(contentOf(at("XDirection.older.mdb")), older);
@@ -154,7 +154,7 @@ TEST_F(OlderFile, IsWrittenAnewWhenItIsFirstChanged)
     ASSERT_EQ(rows.size(), 11U);
     EXPECT_EQ(rows[4], "4 4 1.25");
     EXPECT_EQ(rows[5], "5 5 -");
-    ASSERT_TRUE(data.write(5, {{2, 2.25}}));
+    ASSERT_TRUE(data.write(5, {{"X_Data", 2.25}}));
     EXPECT_EQ(rowsOf(at("XDirection.mdb"))[5], "5 5 2.25");
     EXPECT_EQ(names(), (Names{"XDirection.mdb", "XDirection.older.mdb"}));
 }
@@ -171,12 +171,47 @@ TEST_F(OlderFile, StaysWholeWhenItCannotBeWrittenAnew)
 {
     refresh();
     std::filesystem::create_directories(at("XDirection.new.mdb") / "in the way");
-    const auto written = data.write(4, {{2, 1.25}});
+    const auto written = data.write(4, {{"X_Data", 1.25}});
     EXPECT_FALSE(written);
     EXPECT_EQ(data.rowCount(), 11) << "it is shown as before";
     EXPECT_EQ(contentOf(at("XDirection.mdb")), older);
     std::filesystem::remove_all(at("XDirection.new.mdb"));
-    EXPECT_TRUE(data.write(4, {{2, 1.25}}));
+    EXPECT_TRUE(data.write(4, {{"X_Data", 1.25}}));
+}
+
+TEST_F(Data, OlderFileOfTextsKeepsTheNumbersWhenItIsWrittenAnew)
+{
+    put(at("XDirection.mdb"), olderFileOfZ());
+    refresh();
+    ASSERT_EQ(data.fields().size(), 6U);
+    EXPECT_EQ(data.value(0, 3).text(), "morning");
+    const auto written = data.write(1, {{"Z1_Data", 5.5}, {"Z2_Data", 6.5}});
+    ASSERT_TRUE(written) << written.error();
+    Names columns;
+    for (const auto& field : data.fields()) {
+        columns.push_back(field.name + ":" + std::string(jet::typeName(field.type)));
+    }
+    EXPECT_EQ(columns,
+              (Names{"SN:Integer", "Rule_Data:Single", "Z1_Data:Single", "Z2_Data:Single", "Small:Double"}));
+    const auto rows = rowsOf(at("XDirection.mdb"));
+    EXPECT_EQ(rows[0], "0 0.25 1.25 2.25 200");
+    EXPECT_EQ(rows[1], "1 1.25 5.5 6.5 200");
+}
+
+TEST_F(Data, FileWithAnIndexIsWrittenAnewAndTheOriginalKept)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {1, 0}, 0.5);
+    addIndex(at("XDirection.mdb"));
+    const auto indexed = contentOf(at("XDirection.mdb"));
+    refresh();
+    ASSERT_EQ(data.rowCount(), 2);
+    EXPECT_EQ(data.value(0, 0).text(), "0");
+    EXPECT_EQ(data.readOnlyBecause(), "") << "it can be written, if not as it is";
+    const auto written = data.write(0, {{"X_Data", 1.25}});
+    ASSERT_TRUE(written) << written.error();
+    EXPECT_EQ(rowsOf(at("XDirection.mdb")), (Names{"0 0.5 1.25", "1 0.5 0.5"}));
+    EXPECT_EQ(contentOf(at("XDirection.older.mdb")), indexed);
+    EXPECT_EQ(rowsOf(at("XDirection.older.mdb")), (Names{"0 0.5 0.5", "1 0.5 0.5"}));
 }
 
 } // namespace

@@ -101,7 +101,7 @@ bool Calibrating::store(int row)
         return false;
     }
     Records::Changes changes;
-    if (!options_.dial.empty()) changes[kDialColumn] = text::Val(options_.dial);
+    if (!options_.dial.empty()) changes[std::string(kDialName)] = text::Val(options_.dial);
     for (const auto& reading : direction_.readings) {
         const auto measured = reading.measured(reply);
         const int column = columnOf(data_.fields(), reading.column);
@@ -110,7 +110,7 @@ bool Calibrating::store(int row)
                                             .arg(shown(measured), shown(reading.column)));
             return false;
         }
-        changes[column] = text::Val(measured);
+        changes[std::string(reading.column)] = text::Val(measured);
     }
     const auto written = data_.write(row, changes);
     if (!written) console_.fail(kNotAnswered, words(written.error()));
