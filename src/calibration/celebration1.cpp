@@ -42,16 +42,36 @@ Celebration1::Celebration1(link::Bench& bench, link::Module1& module1, link::Gat
     connect(&model_, &CalibrationModel::told, this, [this](const QString& words) { tell(words); });
     // A line that no longer belongs to the points would mislead.
     connect(&model_, &CalibrationModel::dataChanged, ui_->FitChart, &FitChart::clear);
-    connect(&model_, &CalibrationModel::modelReset, ui_->FitChart, &FitChart::clear);
-    connect(&model_, &CalibrationModel::dataChanged, this, &Celebration1::noteOlderFile);
+    connect(&model_, &CalibrationModel::dataChanged, this, [this] { tell(QString()); });
     connect(&module1_.port(), &link::MSComm::lost, this, [this](const QString& reason) { tell(reason); });
     Form_Load();
 }
 
 Celebration1::~Celebration1() { commitTyped(); }
 
-void Celebration1::tell(const QString& words) { ui_->Status->setText(words); }
+void Celebration1::tell(const QString& words) { ui_->Status->setText(words.isEmpty() ? standing() : words); }
+
 void Celebration1::tell(const std::string& words) { tell(QString::fromStdString(words)); }
+
+void Celebration1::tellNoColumn(const Reading& reading)
+{
+    tell("The file has no column " + std::string(reading.column) + ". Load another file.");
+}
+
+/// What is to be known of the file while there is nothing else to tell.
+QString Celebration1::standing() const
+{
+    if (!unreadableBecause_.empty()) return QString::fromStdString(unreadableBecause_);
+    if (!Data1.readOnlyBecause().empty()) {
+        return tr("The points can be looked at, not changed: %1")
+            .arg(QString::fromStdString(Data1.readOnlyBecause()));
+    }
+    if (Data1.olderKeptAs().empty()) return {};
+    return tr("The file was written anew, because its older format can only be read. The older file is kept "
+              "as "
+              "%1.")
+        .arg(QString::fromStdString(inWords(Data1.olderKeptAs())));
+}
 
 std::string Celebration1::addressDigits() const
 {
@@ -67,20 +87,17 @@ void Celebration1::Form_Load()
     CalibrationDatabasePath = bench_.programFolder / direction_->file;
     ui_->GridCaption->setText(direction_->gridCaption);
     ui_->Label2->setText(QString::fromUtf8(direction_->hint));
-    if (!createMissing()) return;
+    const auto created =
+        isThere(CalibrationDatabasePath) ? jet::Status() : CreateCalibrationDatabase(CalibrationDatabasePath);
     Data1.setDatabaseName(CalibrationDatabasePath);
     bind();
+    if (!created && !unreadableBecause_.empty()) {
+        unreadableBecause_ = created.error();
+        tell(QString());
+    }
     ui_->DBGrid1->setCellButton(kReadingColumn, tr("Measure"));
     ui_->DBGrid1->setCurrentIndex(model_.index(0, kDialColumn));
     ui_->DBGrid1->setFocus();
-}
-
-bool Celebration1::createMissing()
-{
-    if (isThere(CalibrationDatabasePath)) return true;
-    const auto created = CreateCalibrationDatabase(CalibrationDatabasePath);
-    if (!created) tell(created.error());
-    return static_cast<bool>(created);
 }
 
 bool Celebration1::bind()
@@ -88,31 +105,21 @@ bool Celebration1::bind()
     auto* grid = ui_->DBGrid1;
     const auto cell = grid->currentIndex();
     const auto opened = Data1.Refresh();
+    unreadableBecause_ = opened ? "" : opened.error();
+    if (!opened) ui_->FitChart->clear();
     model_.reset();
     grid->setCurrentIndex(
         model_.index(std::max(cell.row(), 0), cell.isValid() ? cell.column() : kDialColumn));
-    if (!opened) {
-        tell(opened.error());
-    } else if (!Data1.readOnlyBecause().empty()) {
-        tell(tr("The points can be looked at, not changed: %1")
-                 .arg(QString::fromStdString(Data1.readOnlyBecause())));
-    }
+    tell(QString());
     return opened && Data1.readOnlyBecause().empty();
 }
 
-void Celebration1::noteOlderFile()
-{
-    if (olderNoted_ || Data1.olderKeptAs().empty()) return;
-    olderNoted_ = true;
-    tell(tr("The file was written anew, because its older format can only be read. The older file is kept as "
-            "%1.")
-             .arg(QString::fromStdString(inWords(Data1.olderKeptAs()))));
-}
-
+/// @return false when something is not in the file; the status line says what.
 bool Celebration1::commitTyped()
 {
-    ui_->DBGrid1->commitTyped();
-    return model_.submit();
+    model_.submit();
+    const bool taken = ui_->DBGrid1->commitTyped();
+    return taken && !model_.hasUnwritten();
 }
 
 bool Celebration1::mayGoOn()
@@ -155,14 +162,16 @@ void Celebration1::takeMeasurement(const QModelIndex& first, const std::string& 
 {
     auto cell = first;
     for (const auto& reading : direction_->readings) {
+        if (!cell.isValid()) {
+            tellNoColumn(reading);
+            return;
+        }
         ui_->DBGrid1->setCurrentIndex(cell);
-        if (!cell.isValid() || !model_.setData(cell, link::shown(reading.measured(reply)))) return;
+        if (!model_.setData(cell, link::shown(reading.measured(reply)))) return;
         cell = cell.siblingAtColumn(cell.column() + 1);
     }
 }
 
-// All points are looked at before the first frame goes out: a readout must not be left with one new table and one
-// old.
 void Celebration1::Command1_Click()
 {
     if (!commitTyped()) return;
@@ -172,25 +181,38 @@ void Celebration1::Command1_Click()
     }
     if (!direction_) return;
     tell(QString());
+    const auto tables = pointsToSend();
+    // All that was begun is sent, also while the window waits to close: a readout must not be left with one new table
+    // and one old.
+    QStringList troubles;
+    for (std::size_t i = 0; i < tables.size() && module1_.port().PortOpen(); ++i) {
+        const auto trouble = download(direction_->readings[i], tables[i]);
+        if (!trouble.isEmpty()) troubles << trouble;
+    }
+    if (module1_.port().PortOpen() && !troubles.isEmpty()) tell(troubles.join(u'\n'));
+}
+
+/// The points of all readings; none when a single one is missing, which has been said then.
+std::vector<Points> Celebration1::pointsToSend()
+{
     std::vector<Points> tables;
     for (const auto& reading : direction_->readings) {
         const int column = columnOf(Data1.fields(), reading.column);
         const auto points = pointsOf(Data1, column);
-        if (column < 0)
-            tell("The file has no column " + std::string(reading.column) + ". Load another file.");
         if (!points) {
+            if (column < 0 && !Data1.fields().empty()) tellNoColumn(reading);
             messages_.say(this, kDataEmpty);
-            return;
+            return {};
         }
         tables.push_back(*points);
     }
-    for (std::size_t i = 0; i < tables.size() && !gate_.stopRequested(); ++i) {
-        download(direction_->readings[i], tables[i]);
-    }
+    return tables;
 }
 
-void Celebration1::download(const Reading& reading, const Points& points)
+/// @return why there is no verdict of the readout, for the status line; empty when there is one or the port is lost.
+QString Celebration1::download(const Reading& reading, const Points& points)
 {
+    const auto& port = module1_.port();
     const auto frame = downloadFrame(reading, addressDigits(), points);
     const int length = static_cast<int>(frame.size());
     const auto column = link::shown(reading.column);
@@ -200,27 +222,27 @@ void Celebration1::download(const Reading& reading, const Points& points)
     ui_->Progress->show();
     const auto echo = sendDownload(module1_, reading, frame, [&](int sent) {
         ui_->Progress->setValue(sent);
-        if (sent == length) tell(tr("Waiting up to 10 s for the echo of %1 ...").arg(column));
+        if (sent == length && port.PortOpen())
+            tell(tr("Waiting up to 10 s for the echo of %1 ...").arg(column));
     });
     ui_->Progress->hide();
-    if (!module1_.port().PortOpen()) return;
-    judgeEcho(reading, frame, echo);
+    return port.PortOpen() ? judgeEcho(reading, frame, echo) : QString();
 }
 
 // An echo of another length is passed over in silence, but for the status line.
-void Celebration1::judgeEcho(const Reading& reading, const std::string& frame, const std::string& echo)
+QString Celebration1::judgeEcho(const Reading& reading, const std::string& frame, const std::string& echo)
 {
-    if (static_cast<int>(echo.size()) != echoLength(reading)) {
-        tell(tr("%1: no complete echo, %2 characters came instead of %3. Check the address and download "
-                "again.")
-                 .arg(link::shown(reading.column))
-                 .arg(echo.size())
-                 .arg(echoLength(reading)));
-        return;
-    }
     tell(QString());
+    if (static_cast<int>(echo.size()) != echoLength(reading)) {
+        return tr("%1: no complete echo, %2 characters came instead of %3. Check the address and download "
+                  "again.")
+            .arg(link::shown(reading.column))
+            .arg(echo.size())
+            .arg(echoLength(reading));
+    }
     const bool taken = echoAgrees(reading, frame, echo);
     messages_.say(this, QString::fromUtf8(taken ? reading.downloaded : reading.notDownloaded));
+    return {};
 }
 
 void Celebration1::Command2_Click()
@@ -258,7 +280,10 @@ void Celebration1::Command3_Click()
     if (chosen.isEmpty()) return;
     Data1.Close();
     const auto loaded = loadWorkingFile(pathOf(chosen), CalibrationDatabasePath, *direction_);
-    Data1.setDatabaseName(CalibrationDatabasePath);
+    if (loaded) {
+        Data1.setDatabaseName(CalibrationDatabasePath);
+        ui_->FitChart->clear();
+    }
     const bool bound = bind();
     if (!loaded) {
         tell(loaded.error());
@@ -285,20 +310,21 @@ void Celebration1::Command4_Click()
 
 void Celebration1::AddCalibrationRow()
 {
-    commitTyped();
+    if (!commitTyped()) return;
     changed(Data1.AddCalibrationRow());
 }
 
 void Celebration1::DeleteLastCalibrationRow()
 {
-    commitTyped();
+    if (!commitTyped()) return;
     changed(Data1.DeleteLastCalibrationRow());
 }
 
 void Celebration1::changed(const jet::Status& done)
 {
     model_.reset();
-    if (!done) tell(done.error());
+    ui_->FitChart->clear();
+    tell(done ? std::string() : done.error());
 }
 
 } // namespace quorvel::calibration

@@ -41,9 +41,7 @@ public Q_SLOTS:
 
 private:
     void Form_Load();
-    bool createMissing();
     bool bind();
-    void noteOlderFile();
     bool commitTyped();
     bool mayGoOn();
 
@@ -51,8 +49,9 @@ private:
     void takeMeasurement(const QModelIndex& first, const std::string& reply);
 
     void Command1_Click();
-    void download(const Reading& reading, const Points& points);
-    void judgeEcho(const Reading& reading, const std::string& frame, const std::string& echo);
+    std::vector<Points> pointsToSend();
+    QString download(const Reading& reading, const Points& points);
+    QString judgeEcho(const Reading& reading, const std::string& frame, const std::string& echo);
 
     void Command2_Click();
     bool fit(int column);
@@ -64,6 +63,8 @@ private:
     std::string addressDigits() const;
     void tell(const QString& words);
     void tell(const std::string& words);
+    void tellNoColumn(const Reading& reading);
+    QString standing() const;
 
     std::unique_ptr<Ui::Celebration1> ui_;
     link::Bench& bench_;
@@ -74,7 +75,7 @@ private:
     std::filesystem::path CalibrationDatabasePath;
     DataControl Data1;
     CalibrationModel model_;
-    bool olderNoted_ = false;
+    std::string unreadableBecause_; ///< empty when the points are shown
 };
 
 } // namespace quorvel::calibration

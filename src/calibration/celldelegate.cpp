@@ -24,6 +24,7 @@ QWidget* CellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
     editor->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
     editor_ = editor;
+    taken_ = true;
     return editor;
 }
 

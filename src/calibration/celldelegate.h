@@ -15,7 +15,7 @@ public:
     void leaveRoom(int column, int width);
 
     QWidget* openEditor() const { return editor_; }
-    /// Whether the text edited last was taken by the model.
+    /// False when the text edited last was refused by the model.
     bool taken() const { return taken_; }
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,

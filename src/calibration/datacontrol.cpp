@@ -7,6 +7,12 @@
 
 namespace quorvel::calibration {
 
+void DataControl::setDatabaseName(std::filesystem::path path)
+{
+    databaseName_ = std::move(path);
+    olderKeptAs_.clear();
+}
+
 void DataControl::Close()
 {
     recordset_.reset();

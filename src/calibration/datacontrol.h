@@ -13,7 +13,8 @@ namespace quorvel::calibration {
 /// order of `SN`. While it holds the file, no other program can write it.
 class DataControl final : public Records {
 public:
-    void setDatabaseName(std::filesystem::path path) { databaseName_ = std::move(path); }
+    /// Names the file for the next Refresh().
+    void setDatabaseName(std::filesystem::path path);
     const std::filesystem::path& DatabaseName() const { return databaseName_; }
 
     /// Opens the file again and reads all rows. Fails when it is no readable calibration file; there are no
@@ -22,8 +23,8 @@ public:
     /// Lets go of the file. Columns and rows are empty until the next Refresh().
     void Close();
 
-    /// The name under which an older file is kept since write() had to write it in the present format; empty when it
-    /// did not.
+    /// The name under which an older file is kept since it had to be written in the present format; empty when that
+    /// was not needed since setDatabaseName().
     const std::filesystem::path& olderKeptAs() const { return olderKeptAs_; }
 
     /// Appends an empty row whose `SN` is the number of rows, itself included: 12 after the 11 of a new file.

@@ -6,6 +6,8 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 
+#include <utility>
+
 namespace quorvel::calibration {
 
 DBGrid::DBGrid(QWidget* parent) : QTableView(parent), delegate_(new CellDelegate(this))
@@ -32,7 +34,11 @@ void DBGrid::setCellButton(int column, const QString& name)
     button_->setFocusPolicy(Qt::TabFocus);
     button_->hide();
     setTabOrder(this, button_);
-    connect(button_, &QToolButton::clicked, this, &DBGrid::ButtonClick);
+    // The button goes away with its cell, and would hand the focus to the next box of the window.
+    connect(button_, &QToolButton::clicked, this, [this] {
+        setFocus();
+        Q_EMIT ButtonClick();
+    });
     delegate_->leaveRoom(column, verticalHeader()->defaultSectionSize());
     placeButton();
 }
@@ -49,12 +55,13 @@ void DBGrid::setModel(QAbstractItemModel* model)
     connect(model, &QAbstractItemModel::modelReset, this, &DBGrid::placeButton);
 }
 
-void DBGrid::commitTyped()
+bool DBGrid::commitTyped()
 {
-    QPointer<QWidget> editor = delegate_->openEditor();
-    if (!editor) return;
-    commitData(editor);
-    if (editor) QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
+    if (QPointer<QWidget> editor = delegate_->openEditor()) {
+        commitData(editor);
+        if (editor) closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
+    return !std::exchange(refused_, false);
 }
 
 bool DBGrid::onButtonCell() const { return button_ && currentIndex().column() == buttonColumn_; }
@@ -90,16 +97,18 @@ void DBGrid::goDown()
     if (index.row() + 1 < model()->rowCount()) setCurrentIndex(index.siblingAtRow(index.row() + 1));
 }
 
-// Return, and nothing else, ends an editor with this hint.
+// Return, and nothing else, ends an editor with SubmitModelCache; losing the focus ends it without a hint.
 void DBGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
 {
     QTableView::closeEditor(editor, hint);
+    refused_ = hint == QAbstractItemDelegate::NoHint && !delegate_->taken();
     if (hint == QAbstractItemDelegate::SubmitModelCache && delegate_->taken()) goDown();
 }
 
 void DBGrid::currentChanged(const QModelIndex& current, const QModelIndex& previous)
 {
     QTableView::currentChanged(current, previous);
+    refused_ = false;
     if (current.row() != previous.row() && model()) model()->submit();
     placeButton();
 }

@@ -26,7 +26,9 @@ public:
     void showRows(int count);
 
     /// Takes a text that is still being typed, as Return does.
-    void commitTyped();
+    /// @return false when it was refused; also, once, for a text whose cell is still the current one and that was
+    ///         refused when the focus left it, as it does for the button that is pressed.
+    bool commitTyped();
 
     void setModel(QAbstractItemModel* model) override;
 
@@ -51,6 +53,7 @@ private:
     CellDelegate* delegate_;
     QPointer<QToolButton> button_;
     int buttonColumn_ = -1;
+    bool refused_ = false;
 };
 
 } // namespace quorvel::calibration

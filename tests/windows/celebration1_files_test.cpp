@@ -3,7 +3,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTimer>
 
 namespace quorvel::test {
 namespace {
@@ -22,56 +21,7 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(content);
     }
-    void fill()
-    {
-        for (int row = 0; row < 11; ++row) {
-            for (const int column : {1, 2}) {
-                grid().model()->setData(grid().model()->index(row, column), QString::number(row));
-            }
-        }
-    }
 };
-
-TEST_F(Celebration1Files, DownloadAsksForTheOpenPortFirst)
-{
-    mscomm1.setPortOpen(false);
-    open("X");
-    button("Command1").click();
-    EXPECT_EQ(lastMessage(), "CommPort not Opened");
-}
-
-TEST_F(Celebration1Files, DownloadThatIsEchoedOtherwiseHasFailed)
-{
-    open("X");
-    fill();
-    bus.fault("echo@6111");
-    button("Command1").click();
-    EXPECT_EQ(lastMessage(), "X向标定参数下载失败！");
-}
-
-TEST_F(Celebration1Files, DownloadWithALongEchoEndsInSilence)
-{
-    open("X");
-    fill();
-    bus.fault("long@6111");
-    button("Command1").click();
-    EXPECT_TRUE(messages.shown.isEmpty());
-    EXPECT_TRUE(status().contains("188 characters came instead of 187")) << qPrintable(status());
-}
-
-// The one wait of ten seconds.
-TEST_F(Celebration1Files, SecondTransferOfZRunsAfterAFirstOneWithAShortEcho)
-{
-    bench.currentAddress = "33";
-    open("Z");
-    fill();
-    for (int row = 0; row < 11; ++row) {
-        grid().model()->setData(grid().model()->index(row, 3), QString::number(row));
-    }
-    bus.fault("short@780111");
-    button("Command1").click();
-    EXPECT_EQ(messages.shown, QStringList{"Z2向标定参数下载完毕！"});
-}
 
 TEST_F(Celebration1Files, SavingAppendsTheEndingAlways)
 {
@@ -125,7 +75,7 @@ TEST_F(Celebration1Files, LoadingWhatIsNoCalibrationFileSaysWhyInTheStatusLine)
 TEST_F(Celebration1Files, LoadingAnotherDirectionWarns)
 {
     open("Y");
-    fill();
+    fill({1, 2});
     open("X");
     messages.files = {inFolder("YDirection.mdb")};
     button("Command3").click();
@@ -159,7 +109,7 @@ TEST_F(Celebration1Files, OlderFileIsEditedAndTheOriginalKept)
     write(inFolder("XDirection.mdb"), older);
     open("X");
     EXPECT_EQ(cell(10, 1), "10");
-    fill();
+    fill({1, 2});
     EXPECT_TRUE(status().contains("XDirection.older.mdb")) << qPrintable(status());
     EXPECT_EQ(contentOf(inFolder("XDirection.older.mdb")), older);
     button("Command1").click();
@@ -188,31 +138,6 @@ TEST_F(Celebration1Files, ClosingAsksWhenWhatWasTypedCannotBeWritten)
     EXPECT_TRUE(messages.shown.isEmpty());
     window.reset();
     EXPECT_EQ(rowsOf(inFolder("XDirection.mdb"))[0], "0 1.5 -");
-}
-
-TEST_F(Celebration1Files, ClosesAfterARunningDownload)
-{
-    open("X");
-    fill();
-    QTimer::singleShot(300, window.get(), [&] {
-        EXPECT_TRUE(gate.busy());
-        window->close();
-        EXPECT_TRUE(window->isVisible()) << "the transaction ends first";
-    });
-    button("Command1").click();
-    EXPECT_EQ(lastMessage(), "X向标定参数下载完毕！");
-    EXPECT_FALSE(window->isVisible());
-}
-
-TEST_F(Celebration1Files, SurvivesAnAdapterThatIsPulledDuringADownload)
-{
-    open("X");
-    fill();
-    QTimer::singleShot(300, window.get(), [&] { bus.unplug(); });
-    button("Command1").click();
-    EXPECT_FALSE(mscomm1.PortOpen());
-    EXPECT_NE(status(), "");
-    EXPECT_TRUE(messages.shown.isEmpty());
 }
 
 } // namespace

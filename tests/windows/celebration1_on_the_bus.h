@@ -12,18 +12,19 @@
 
 namespace quorvel::test {
 
-/// The calibration window of the factory edition before readouts 5 (type A) and 33 (type C).
-class Celebration1OnTheBus : public BenchOnTheBus {
+/// Opens the calibration window on a bench and works in it.
+class Celebration1Hands {
 protected:
-    Celebration1OnTheBus() : BenchOnTheBus({"--fast", "--seed", "1", "--readout", "5:A", "--readout", "33:C"})
+    Celebration1Hands(link::Bench& bench, link::Module1& module1, link::Gate& gate, TestMessages& messages)
+        : bench_(bench), module1_(module1), gate_(gate), messages_(messages)
     {
         bench.edition = "FACTORY";
     }
 
     void open(const QString& direction)
     {
-        bench.CalibrationDirection = direction;
-        window = std::make_unique<calibration::Celebration1>(bench, module1, gate, messages);
+        bench_.CalibrationDirection = direction;
+        window = std::make_unique<calibration::Celebration1>(bench_, module1_, gate_, messages_);
         window->show();
     }
 
@@ -60,10 +61,14 @@ protected:
         goTo(row, 2);
         grid().cellButton()->click();
     }
-    /// The wire stands at `place` mm before a sensor of a readout.
-    void put(int address, const char* sensor, double place)
+    /// Fills columns of all points with the numbers of the points.
+    void fill(std::initializer_list<int> columns)
     {
-        bus.command(QStringLiteral("set %1 %2 %3").arg(address).arg(QLatin1String(sensor)).arg(place));
+        for (int row = 0; row < grid().model()->rowCount(); ++row) {
+            for (const int column : columns) {
+                grid().model()->setData(grid().model()->index(row, column), QString::number(row));
+            }
+        }
     }
     /// What is in a file, a row as "1 0.5 -", Null as "-".
     QStringList rowsOf(const QString& file)
@@ -83,9 +88,30 @@ protected:
         }
         return texts;
     }
-    QString inFolder(const QString& name) const { return folder.filePath(name); }
 
     std::unique_ptr<calibration::Celebration1> window;
+
+private:
+    link::Bench& bench_;
+    link::Module1& module1_;
+    link::Gate& gate_;
+    TestMessages& messages_;
+};
+
+/// The calibration window of the factory edition before readouts 5 (type A) and 33 (type C).
+class Celebration1OnTheBus : public BenchOnTheBus, protected Celebration1Hands {
+protected:
+    Celebration1OnTheBus()
+        : BenchOnTheBus({"--fast", "--seed", "1", "--readout", "5:A", "--readout", "33:C"}),
+          Celebration1Hands(bench, module1, gate, messages)
+    {}
+
+    /// The wire stands at `place` mm before a sensor of a readout.
+    void put(int address, const char* sensor, double place)
+    {
+        bus.command(QStringLiteral("set %1 %2 %3").arg(address).arg(QLatin1String(sensor)).arg(place));
+    }
+    QString inFolder(const QString& name) const { return folder.filePath(name); }
 };
 
 } // namespace quorvel::test

@@ -22,9 +22,27 @@ protected:
     void wipe()
     {
         for (int row = 0; row < 11; ++row) {
-            goTo(row, 1);
-            grid().model()->setData(grid().currentIndex(), "");
+            for (int column = 1; column < grid().model()->columnCount(); ++column) {
+                grid().model()->setData(grid().model()->index(row, column), "");
+            }
         }
+    }
+    /// @param working  the direction's file.
+    void saveWipeAndLoad(const char* working)
+    {
+        messages.files = {inFolder("cal1")};
+        button("Command4").click();
+        EXPECT_EQ(messages.lastChoice.filter, "*.mdb");
+        wipe();
+        EXPECT_EQ(rowsOf(inFolder(working))[10].count('-'), grid().model()->columnCount() - 1);
+        button("Command2").click();
+        EXPECT_EQ(lastMessage(), "Some Data is empty, Please check!");
+        messages.files = {inFolder("cal1.mdb")};
+        button("Command3").click();
+        EXPECT_EQ(messages.lastChoice.filter, "");
+        EXPECT_EQ(cell(10, 1), "2.5");
+        window.reset();
+        EXPECT_EQ(rowsOf(inFolder(working)), rowsOf(inFolder("cal1.mdb")));
     }
 };
 
@@ -93,18 +111,7 @@ TEST_F(Celebration1Window, CalibratesXFromFirstPointToDownload)
     EXPECT_EQ(frames[0].left(39), ":056111+010.000+000.000+010.500+000.250");
     EXPECT_NEAR(bus.state(5)["reading"].toObject()["X"].toDouble(), 2.5, 0.001) << "the readout corrects now";
 
-    messages.files = {inFolder("cal1")};
-    button("Command4").click();
-    EXPECT_EQ(messages.lastChoice.filter, "*.mdb");
-    wipe();
-    button("Command2").click();
-    EXPECT_EQ(lastMessage(), "Some Data is empty, Please check!");
-    messages.files = {inFolder("cal1.mdb")};
-    button("Command3").click();
-    EXPECT_EQ(messages.lastChoice.filter, "");
-    EXPECT_EQ(cell(10, 1), "2.5");
-    window.reset();
-    EXPECT_EQ(rowsOf(inFolder("XDirection.mdb")), rowsOf(inFolder("cal1.mdb")));
+    saveWipeAndLoad("XDirection.mdb");
 }
 
 TEST_F(Celebration1Window, CalibratesZWithBothItsSensors)
@@ -146,18 +153,38 @@ TEST_F(Celebration1Window, LeavesTheCellAloneWhenTheReplyIsNoMeasurement)
     open("X");
     put(5, "x", 7);
     measure(0);
-    for (const auto* fault : {"short@2101", "long@2101", "twice@2101", "badnumber@2101", "silent@2101"}) {
+    EXPECT_EQ(status(), "");
+    struct Row {
+        const char* fault;
+        const char* told;
+    };
+    for (const auto& [fault, told] : {Row{"short@2101", "28 characters came instead of 29"},
+                                      Row{"long@2101", "30 characters came instead of 29"},
+                                      Row{"twice@2101", "58 characters came instead of 29"},
+                                      Row{"badnumber@2101", "is no number and was not taken: 7 stays"},
+                                      Row{"silent@2101", "0 characters came instead of 29"}}) {
         bus.clearFaults();
         bus.fault(fault);
         put(5, "x", 8);
         measure(0);
         EXPECT_EQ(cell(0, 2), "7") << fault;
-        EXPECT_NE(status(), "") << fault;
+        EXPECT_TRUE(status().contains(told)) << fault << ": " << qPrintable(status());
     }
     mscomm1.setPortOpen(false);
     measure(0);
     EXPECT_EQ(cell(0, 2), "7");
     EXPECT_TRUE(status().contains("port is closed")) << qPrintable(status());
+    EXPECT_TRUE(messages.shown.isEmpty());
+}
+
+TEST_F(Celebration1Window, LeavesTheCellAloneWhenTheAdapterIsPulledWhileItMeasures)
+{
+    open("X");
+    bus.fault("hangup@2101");
+    measure(0);
+    EXPECT_EQ(cell(0, 2), "");
+    EXPECT_FALSE(mscomm1.PortOpen());
+    EXPECT_TRUE(status().contains("is gone")) << qPrintable(status());
     EXPECT_TRUE(messages.shown.isEmpty());
 }
 
@@ -266,11 +293,7 @@ TEST_F(Celebration1Window, FitsNoTableWithEqualDialReadings)
 TEST_F(Celebration1Window, FindsAnEmptyZ2OnlyAfterTheResultOfZ1)
 {
     open("Z");
-    for (int row = 0; row < 11; ++row) {
-        for (const int column : {1, 2}) {
-            grid().model()->setData(grid().model()->index(row, column), QString::number(row));
-        }
-    }
+    fill({1, 2});
     bus.frames();
     button("Command2").click();
     EXPECT_EQ(messages.shown,

@@ -1,0 +1,172 @@
+#include "support/bench_by_hand.h"
+#include "windows/celebration1_on_the_bus.h"
+
+#include <QProgressBar>
+#include <QTemporaryDir>
+#include <QTimer>
+
+namespace quorvel::test {
+namespace {
+
+class Celebration1Download : public Celebration1OnTheBus {};
+
+TEST_F(Celebration1Download, AsksForTheOpenPortFirst)
+{
+    mscomm1.setPortOpen(false);
+    open("X");
+    button("Command1").click();
+    EXPECT_EQ(lastMessage(), "CommPort not Opened");
+}
+
+TEST_F(Celebration1Download, ThatIsEchoedOtherwiseHasFailed)
+{
+    open("X");
+    fill({1, 2});
+    bus.fault("echo@6111");
+    button("Command1").click();
+    EXPECT_EQ(lastMessage(), "X向标定参数下载失败！");
+}
+
+TEST_F(Celebration1Download, WithALongEchoEndsInSilence)
+{
+    open("X");
+    fill({1, 2});
+    bus.fault("long@6111");
+    button("Command1").click();
+    EXPECT_TRUE(messages.shown.isEmpty());
+    EXPECT_TRUE(status().contains("188 characters came instead of 187")) << qPrintable(status());
+}
+
+TEST_F(Celebration1Download, ShowsHowManyCharactersAreOut)
+{
+    open("X");
+    fill({1, 2});
+    auto& bar = *child<QProgressBar>(*window, "Progress");
+    EXPECT_FALSE(bar.isVisible());
+    int early = 0;
+    QTimer::singleShot(300, window.get(), [&] {
+        EXPECT_TRUE(bar.isVisible());
+        EXPECT_EQ(bar.minimum(), 0);
+        EXPECT_EQ(bar.maximum(), 187);
+        EXPECT_TRUE(status().contains("Sending X_Data")) << qPrintable(status());
+        early = bar.value();
+    });
+    button("Command1").click();
+    EXPECT_GT(early, 0);
+    EXPECT_LT(early, 187);
+    EXPECT_EQ(bar.value(), 187);
+    EXPECT_FALSE(bar.isVisible());
+    EXPECT_EQ(status(), "");
+}
+
+TEST_F(Celebration1Download, EndsBeforeTheWindowCloses)
+{
+    open("X");
+    fill({1, 2});
+    QTimer::singleShot(300, window.get(), [&] {
+        EXPECT_TRUE(gate.busy());
+        window->close();
+        EXPECT_TRUE(window->isVisible()) << "the transaction ends first";
+    });
+    button("Command1").click();
+    EXPECT_EQ(lastMessage(), "X向标定参数下载完毕！");
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(Celebration1Download, OfZSendsBothTablesBeforeTheWindowCloses)
+{
+    bench.currentAddress = "33";
+    open("Z");
+    fill({1, 2, 3});
+    QTimer::singleShot(300, window.get(), [&] { window->close(); });
+    button("Command1").click();
+    EXPECT_EQ(messages.shown, (QStringList{"Z1向标定参数下载完毕！", "Z2向标定参数下载完毕！"}));
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(Celebration1Download, SurvivesAnAdapterThatIsPulled)
+{
+    bench.currentAddress = "33";
+    open("Z");
+    fill({1, 2, 3});
+    QTimer::singleShot(300, window.get(), [&] { bus.unplug(); });
+    button("Command1").click();
+    EXPECT_FALSE(mscomm1.PortOpen());
+    EXPECT_TRUE(status().contains("is gone")) << qPrintable(status());
+    EXPECT_TRUE(messages.shown.isEmpty());
+}
+
+/// The window before readout 1, whose answers are a list and for which waiting costs no time.
+class Celebration1ByHand : public BenchByHand, protected Celebration1Hands {
+protected:
+    Celebration1ByHand() : Celebration1Hands(bench, module1, gate, messages)
+    {
+        bench.programFolder = folder.path().toStdString();
+        onFrame = [this] {
+            if (!cut.empty()) answers.push_back((frames.back() + "\r\n").substr(cut.front()));
+            if (!cut.empty()) cut.pop_front();
+        };
+        open("Z");
+        fill({1, 2, 3});
+    }
+
+    QTemporaryDir folder;
+    std::deque<std::size_t> cut; ///< characters that the echoes to come lack at their beginning; then silence
+};
+
+TEST_F(Celebration1ByHand, DownloadsZ2AfterAShortEchoOfZ1AndTellsOfItInTheEnd)
+{
+    cut = {1, 0};
+    button("Command1").click();
+    EXPECT_EQ(messages.shown, QStringList{"Z2向标定参数下载完毕！"});
+    EXPECT_TRUE(status().startsWith("Z1_Data: no complete echo, 188 characters came instead of 189"))
+        << qPrintable(status());
+}
+
+TEST_F(Celebration1ByHand, ShowsNoBoxAfterAShortEchoOfZ2)
+{
+    cut = {0, 1};
+    button("Command1").click();
+    EXPECT_EQ(messages.shown, QStringList{"Z1向标定参数下载完毕！"});
+    EXPECT_TRUE(status().startsWith("Z2_Data: no complete echo, 188 characters came instead of 189"))
+        << qPrintable(status());
+}
+
+TEST_F(Celebration1ByHand, WaitsTenSecondsForEachEchoOfASilentReadout)
+{
+    const double before = clock.passed();
+    button("Command1").click();
+    EXPECT_NEAR(clock.passed() - before, 2 * (0.03 + 189 * 0.005 + 10), 0.1);
+    EXPECT_TRUE(messages.shown.isEmpty());
+    const auto lines = status().split('\n');
+    ASSERT_EQ(lines.size(), 2) << qPrintable(status());
+    EXPECT_TRUE(lines[0].startsWith("Z1_Data: no complete echo, 0 characters"));
+    EXPECT_TRUE(lines[1].startsWith("Z2_Data: no complete echo, 0 characters"));
+    button("Command2").click();
+    EXPECT_EQ(status(), "");
+}
+
+TEST_F(Celebration1ByHand, SendsNothingMoreIntoALostPort)
+{
+    const double before = clock.passed();
+    onFrame = [this] { device->vanish(); };
+    button("Command1").click();
+    EXPECT_LT(clock.passed() - before, 1.1) << "one frame takes a second";
+    EXPECT_TRUE(status().contains("is gone")) << qPrintable(status());
+    EXPECT_TRUE(messages.shown.isEmpty());
+}
+
+TEST_F(Celebration1ByHand, SendsEveryFrameToTheAddressInItsBox)
+{
+    child<QLineEdit>(*window, "Text1")->setText("171");
+    button("Command1").click();
+    measure(0);
+    ASSERT_EQ(frames.size(), 3U);
+    EXPECT_TRUE(frames[0].starts_with(":AB780111+")) << frames[0];
+    EXPECT_TRUE(frames[1].starts_with(":AB781111+")) << frames[1];
+    EXPECT_EQ(frames[2], ":AB2102FF");
+    EXPECT_EQ(bench.currentAddress, "1") << "the main window keeps its own";
+}
+
+} // namespace
+} // namespace quorvel::test
