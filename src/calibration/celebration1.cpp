@@ -96,20 +96,18 @@ void Celebration1::Form_Load()
         tell(QString());
     }
     ui_->DBGrid1->setCellButton(kReadingColumn, tr("Measure"));
-    ui_->DBGrid1->setCurrentIndex(model_.index(0, kDialColumn));
     ui_->DBGrid1->setFocus();
 }
 
 bool Celebration1::bind()
 {
-    auto* grid = ui_->DBGrid1;
-    const auto cell = grid->currentIndex();
     const auto opened = Data1.Refresh();
     unreadableBecause_ = opened ? "" : opened.error();
     if (!opened) ui_->FitChart->clear();
     model_.reset();
-    grid->setCurrentIndex(
-        model_.index(std::max(cell.row(), 0), cell.isValid() ? cell.column() : kDialColumn));
+    if (!ui_->DBGrid1->currentIndex().isValid()) {
+        ui_->DBGrid1->setCurrentIndex(model_.index(0, kDialColumn));
+    }
     tell(QString());
     return opened && Data1.readOnlyBecause().empty();
 }

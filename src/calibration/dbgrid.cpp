@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 
+#include <algorithm>
 #include <utility>
 
 namespace quorvel::calibration {
@@ -52,7 +53,22 @@ void DBGrid::showRows(int count)
 void DBGrid::setModel(QAbstractItemModel* model)
 {
     QTableView::setModel(model);
-    connect(model, &QAbstractItemModel::modelReset, this, &DBGrid::placeButton);
+    connect(model, &QAbstractItemModel::modelAboutToBeReset, this, &DBGrid::keepPlace);
+    connect(model, &QAbstractItemModel::modelReset, this, &DBGrid::returnToPlace);
+}
+
+void DBGrid::keepPlace()
+{
+    const auto* editor = delegate_->openEditor();
+    place_ = {currentIndex().row(), currentIndex().column(), editor && editor->hasFocus()};
+}
+
+void DBGrid::returnToPlace()
+{
+    setCurrentIndex(model()->index(std::min(place_.row, model()->rowCount() - 1),
+                                   std::min(place_.column, model()->columnCount() - 1)));
+    if (place_.typing) setFocus();
+    placeButton();
 }
 
 bool DBGrid::commitTyped()
@@ -100,7 +116,8 @@ void DBGrid::goDown()
 // Return, and nothing else, ends an editor with SubmitModelCache; losing the focus ends it without a hint.
 void DBGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
 {
-    QTableView::closeEditor(editor, hint);
+    // A reset of the model has closed it before, when taking its text moved the columns.
+    if (editor == delegate_->openEditor()) QTableView::closeEditor(editor, hint);
     refused_ = hint == QAbstractItemDelegate::NoHint && !delegate_->taken();
     if (hint == QAbstractItemDelegate::SubmitModelCache && delegate_->taken()) goDown();
 }

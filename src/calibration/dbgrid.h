@@ -30,6 +30,7 @@ public:
     ///         refused when the focus left it, as it does for the button that is pressed.
     bool commitTyped();
 
+    /// While the model is reset the current cell stays where it is, or as near as there are cells.
     void setModel(QAbstractItemModel* model) override;
 
 Q_SIGNALS:
@@ -45,8 +46,17 @@ protected:
     bool event(QEvent* event) override;
 
 private:
+    /// Where the operator was before the model was reset.
+    struct Place {
+        int row = -1;
+        int column = -1;
+        bool typing = false;
+    };
+
     void placeButton();
     void goDown();
+    void keepPlace();
+    void returnToPlace();
     void pressButton();
     bool onButtonCell() const;
 
@@ -54,6 +64,7 @@ private:
     QPointer<QToolButton> button_;
     int buttonColumn_ = -1;
     bool refused_ = false;
+    Place place_;
 };
 
 } // namespace quorvel::calibration

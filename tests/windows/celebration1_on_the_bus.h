@@ -28,6 +28,14 @@ protected:
         window->show();
     }
 
+    /// Gives the window the keyboard, as it has on a desktop.
+    void activate()
+    {
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        grid().setFocus();
+    }
+
     QPushButton& button(const QString& name) { return *child<QPushButton>(*window, name); }
     calibration::DBGrid& grid() { return *child<calibration::DBGrid>(*window, "DBGrid1"); }
     QString label(const QString& name) { return child<QLabel>(*window, name)->text(); }

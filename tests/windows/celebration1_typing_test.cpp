@@ -5,13 +5,6 @@ namespace {
 
 class Celebration1Typing : public Celebration1OnTheBus {
 protected:
-    /// Gives the window the keyboard, as it has on a desktop.
-    void activate()
-    {
-        window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
-        grid().setFocus();
-    }
     /// A click of the mouse, which takes the focus from the editor first.
     void press(const char* name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
     void fillWithARefusedText()
@@ -118,6 +111,7 @@ TEST_F(Celebration1Typing, WritesWhatIsTypedWhenItIsDestroyed)
 struct PointButton {
     const char* name;
     const char* message;
+    bool asksForAFile = false;
 };
 
 class RefusedText : public Celebration1Typing, public ::testing::WithParamInterface<PointButton> {};
@@ -134,6 +128,7 @@ TEST_P(RefusedText, StopsTheButtonThatIsPressedWhileItIsOpen)
     EXPECT_TRUE(bus.frames().isEmpty());
     button(GetParam().name).click();
     EXPECT_EQ(lastMessage(), GetParam().message) << "once it is known, the old value is used";
+    EXPECT_EQ(messages.files.empty(), GetParam().asksForAFile);
 }
 
 TEST_P(RefusedText, StopsTheMouseToo)
@@ -149,6 +144,7 @@ TEST_P(RefusedText, StopsTheMouseToo)
     EXPECT_TRUE(bus.frames().isEmpty());
     press(GetParam().name);
     EXPECT_EQ(lastMessage(), GetParam().message);
+    EXPECT_EQ(messages.files.empty(), GetParam().asksForAFile);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -156,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(PointButton{"Command1", "X向标定参数下载完毕！"},
                       PointButton{"Command2",
                                   "X: Y=1.0000*X+(0.000)\r\nNonlinear Error: 0.000, Max Error: 0.000"},
-                      PointButton{"Command4", ""}),
+                      PointButton{"Command4", "", true}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(Celebration1Typing, LoadingAndClosingAskBeforeTheyLoseARefusedText)
