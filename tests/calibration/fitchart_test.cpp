@@ -1,0 +1,121 @@
+#include "calibration/fitchart.h"
+
+#include "support/bench_on_the_bus.h"
+
+// The plotting library is written with Qt's short keywords, which are off in this project.
+#define foreach Q_FOREACH
+#define signals Q_SIGNALS
+#define slots Q_SLOTS
+#include <qcustomplot.h>
+#undef slots
+#undef signals
+#undef foreach
+
+namespace quorvel::calibration {
+namespace {
+
+/// The line reading = dial + `intercept`, which the point `off` misses by 0.5.
+FittedReading fitted(const char* name, float intercept, std::size_t off)
+{
+    Points points;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        points[i].dial = static_cast<float>(i);
+        points[i].reading = points[i].dial + intercept + (i == off ? 0.5F : 0.0F);
+    }
+    return {QString::fromLatin1(name), points, *fitLine(points)};
+}
+
+class Chart : public ::testing::Test {
+protected:
+    QCustomPlot& plot() { return *test::child<QCustomPlot>(chart, QString()); }
+    /// The graphs whose points have this shape.
+    std::vector<QCPGraph*> graphs(QCPScatterStyle::ScatterShape shape)
+    {
+        std::vector<QCPGraph*> found;
+        for (int i = 0; i < plot().graphCount(); ++i) {
+            if (plot().graph(i)->scatterStyle().shape() == shape) found.push_back(plot().graph(i));
+        }
+        return found;
+    }
+    QStringList legend()
+    {
+        QStringList names;
+        for (int i = 0; i < plot().legend->itemCount(); ++i) {
+            names << qobject_cast<QCPPlottableLegendItem*>(plot().legend->item(i))->plottable()->name();
+        }
+        return names;
+    }
+    QStringList texts()
+    {
+        QStringList found;
+        for (int i = 0; i < plot().itemCount(); ++i) {
+            if (auto* text = qobject_cast<QCPItemText*>(plot().item(i))) found << text->text();
+        }
+        return found;
+    }
+
+    FitChart chart;
+};
+
+TEST_F(Chart, RingsTheLargestResidual)
+{
+    const auto x = fitted("X_Data", 1, 7);
+    chart.add(x);
+    const auto rings = graphs(QCPScatterStyle::ssCircle);
+    ASSERT_EQ(rings.size(), 1U);
+    ASSERT_EQ(rings[0]->dataCount(), 1);
+    EXPECT_EQ(rings[0]->dataMainKey(0), 7);
+    EXPECT_NEAR(rings[0]->dataMainValue(0), 0.4364, 0.0001) << "0.5 less what the line takes of it";
+    EXPECT_EQ(texts(), QStringList{"0.4364"});
+}
+
+TEST_F(Chart, ShowsThePointsTheirLineAndTheirResiduals)
+{
+    chart.add(fitted("X_Data", 1, 7));
+    const auto discs = graphs(QCPScatterStyle::ssDisc); // points above, residuals below
+    const auto lines = graphs(QCPScatterStyle::ssNone);
+    ASSERT_EQ(discs.size(), 2U);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(discs[0]->dataCount(), 11);
+    EXPECT_EQ(discs[0]->dataMainValue(7), 8.5);
+    EXPECT_EQ(discs[1]->dataCount(), 11);
+    EXPECT_NEAR(discs[1]->dataMainValue(7), discs[0]->dataMainValue(7) - lines[0]->dataMainValue(7), 1e-6);
+    EXPECT_TRUE(discs[0]->valueAxis()->range().contains(8.5));
+    EXPECT_TRUE(chart.accessibleDescription().startsWith("X_Data: X: Y=")) << "for a screen reader";
+}
+
+TEST_F(Chart, ShowsBothSeriesOfZSideBySide)
+{
+    chart.add(fitted("Z1_Data", 1, 7));
+    chart.add(fitted("Z2_Data", -20, 2));
+    EXPECT_EQ(chart.count(), 2);
+    const auto rings = graphs(QCPScatterStyle::ssCircle);
+    ASSERT_EQ(rings.size(), 2U);
+    EXPECT_EQ(rings[1]->dataMainKey(0), 2);
+    const auto names = legend();
+    ASSERT_EQ(names.size(), 4);
+    EXPECT_EQ(names[0], "Z1_Data");
+    EXPECT_TRUE(names[1].startsWith("Y=1.0091*X+(")) << qPrintable(names[1]);
+    EXPECT_EQ(names[2], "Z2_Data");
+    const auto discs = graphs(QCPScatterStyle::ssDisc);
+    EXPECT_NE(discs[0]->pen().color(), discs[2]->pen().color());
+    EXPECT_TRUE(discs[0]->valueAxis()->range().contains(-20));
+    EXPECT_TRUE(discs[0]->valueAxis()->range().contains(11));
+}
+
+TEST_F(Chart, IsEmptiedOfEverything)
+{
+    chart.add(fitted("Z1_Data", 1, 7));
+    chart.add(fitted("Z2_Data", 1, 7));
+    chart.clear();
+    EXPECT_EQ(chart.count(), 0);
+    EXPECT_EQ(plot().graphCount(), 0);
+    EXPECT_TRUE(legend().isEmpty());
+    EXPECT_TRUE(texts().isEmpty());
+    EXPECT_EQ(chart.accessibleDescription(), "");
+    chart.add(fitted("X_Data", 1, 7));
+    EXPECT_EQ(legend().size(), 2);
+}
+
+} // namespace
+} // namespace quorvel::calibration
