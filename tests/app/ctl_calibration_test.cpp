@@ -152,6 +152,17 @@ TEST_F(QuorvelctlCalibration, DownloadThatIsNotRepeatedIsExitStatus1)
     EXPECT_EQ(longer.err, "X_Data: no complete echo, 188 characters came instead of 187.\n");
 }
 
+TEST_F(QuorvelctlCalibration, DownloadEndsWithAnAdapterThatIsPulled)
+{
+    measureAll("Z", "33", {"z1", "z2"});
+    bus.fault("hangup@780111");
+    const auto download = calibrate("Z", {"download"}, "33");
+    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.out, "");
+    EXPECT_TRUE(download.err.contains("is gone")) << qPrintable(download.err);
+    EXPECT_EQ(download.err.count('\n'), 1) << "one reason for all: " << qPrintable(download.err);
+}
+
 TEST_F(QuorvelctlCalibration, FileThatCannotBeLookedAtIsTold)
 {
     std::filesystem::create_symlink("XDirection.mdb", file("XDirection.mdb").toStdString());

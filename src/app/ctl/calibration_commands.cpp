@@ -57,7 +57,7 @@ private:
     bool store(int row);
     void answerRow(int row) const;
     std::optional<Points> points(const Reading& reading);
-    bool download(const Reading& reading, const Points& points);
+    void download(const Reading& reading, const Points& points);
 
     Console& console_;
     const CalibrateOptions& options_;
@@ -160,24 +160,22 @@ void Calibrating::fit()
     }
 }
 
-bool Calibrating::download(const Reading& reading, const Points& points)
+void Calibrating::download(const Reading& reading, const Points& points)
 {
     const auto frame = downloadFrame(reading, link::AddressToHex(console_.address()), points);
     const auto echo = sendDownload(console_.module1(), reading, frame, {});
+    if (!console_.module1().port().PortOpen()) return;
     if (static_cast<int>(echo.size()) != echoLength(reading)) {
         console_.fail(kNotAnswered, QStringLiteral("%1: no complete echo, %2 characters came instead of %3.")
                                         .arg(shown(reading.column))
                                         .arg(echo.size())
                                         .arg(echoLength(reading)));
-        return false;
-    }
-    if (!echoAgrees(reading, frame, echo)) {
+    } else if (!echoAgrees(reading, frame, echo)) {
         console_.fail(kNotAnswered, QString::fromUtf8(reading.notDownloaded));
-        return false;
+    } else {
+        console_.answer(QString::fromUtf8(reading.downloaded),
+                        {{"column", shown(reading.column)}, {"downloaded", true}});
     }
-    console_.answer(QString::fromUtf8(reading.downloaded),
-                    {{"column", shown(reading.column)}, {"downloaded", true}});
-    return true;
 }
 
 void Calibrating::download()
@@ -190,7 +188,7 @@ void Calibrating::download()
         tables.push_back(*table);
     }
     if (!console_.openReadout()) return;
-    for (std::size_t i = 0; i < tables.size(); ++i) {
+    for (std::size_t i = 0; i < tables.size() && console_.module1().port().PortOpen(); ++i) {
         download(direction_.readings[i], tables[i]);
     }
 }
