@@ -68,8 +68,7 @@ QString Celebration1::standing() const
     }
     if (Data1.olderKeptAs().empty()) return {};
     return tr("The file was written anew, because its older format can only be read. The older file is kept "
-              "as "
-              "%1.")
+              "as %1.")
         .arg(QString::fromStdString(inWords(Data1.olderKeptAs())));
 }
 
