@@ -9,7 +9,7 @@ set(CMAKE_AUTORCC OFF)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set_property(GLOBAL PROPERTY AUTOGEN_SOURCE_GROUP "Generated")
 
-# Every test file is a program of its own; lld links one in a third of the time.
+# lld links a program in a third of the time.
 find_program(QUORVEL_LLD ld.lld)
 if(QUORVEL_LLD)
     add_link_options(-fuse-ld=lld)
@@ -40,42 +40,31 @@ function(quorvel_compile_as_one target)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 0)
 endfunction()
 
-# Tests are not optimised, what they test is. Qt's folder names differ from test to test, which would make each need
-# precompiled headers of its own.
-set(QUORVEL_TEST_OPTIONS -O0 -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)
-
-# quorvel_add_test(<file.cpp> <library>... [SERIAL] [WINDOW])
+# quorvel_add_tests(<name> FILES <file.cpp>... LIBRARIES <library>... [SERIAL] [WINDOW])
 #
-# Makes one executable of one test file, called after its folder and itself, and registers each of its tests with CTest.
-#   SERIAL  its tests measure real time and run alone.
-#   WINDOW  its tests show windows: they run on Qt's offscreen platform, with a main() that makes the
-#           application object (tests/support/window_test_main.cpp).
-function(quorvel_add_test file)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "SERIAL;WINDOW" "" "")
-    file(RELATIVE_PATH place ${CMAKE_SOURCE_DIR}/tests ${CMAKE_CURRENT_SOURCE_DIR}/${file})
-    string(REGEX REPLACE "[/.]" "_" name ${place})
-    string(REGEX REPLACE "_cpp$" "" name ${name})
-    add_executable(${name} ${file})
-    target_link_libraries(${name} PRIVATE ${arg_UNPARSED_ARGUMENTS} quorvel_flags GTest::gmock)
-    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
-    target_compile_options(${name} PRIVATE ${QUORVEL_TEST_OPTIONS})
-    get_target_property(links ${name} LINK_LIBRARIES)
-    if("quorvel_test_support" IN_LIST links OR arg_WINDOW)
-        target_link_libraries(${name} PRIVATE quorvel_test_support)
-        target_precompile_headers(${name} REUSE_FROM quorvel_precompiled_tests)
-    endif()
-    set(properties TIMEOUT 300)
+# Makes one executable <name>_test of test files of a folder, which the compiler reads as one, and registers each of
+# their tests with CTest under the label of the folder. Tests are not optimised, what they test is.
+#   SERIAL  the tests measure real time and run alone.
+#   WINDOW  the tests need the application object or show windows: they run on Qt's offscreen platform, with a main()
+#           that makes it (tests/support/window_test_main.cpp).
+function(quorvel_add_tests name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "SERIAL;WINDOW" "" "FILES;LIBRARIES")
+    set(target ${name}_test)
+    add_executable(${target} ${arg_FILES})
+    target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} quorvel_flags GTest::gmock)
+    target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
+    target_compile_options(${target} PRIVATE -O0)
+    quorvel_compile_as_one(${target})
     if(arg_WINDOW)
-        target_link_libraries(${name} PRIVATE quorvel_window_test_main)
+        target_link_libraries(${target} PRIVATE quorvel_test_support quorvel_window_test_main)
     else()
-        target_link_libraries(${name} PRIVATE GTest::gtest_main)
+        target_link_libraries(${target} PRIVATE GTest::gtest_main)
     endif()
+    file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR}/tests ${CMAKE_CURRENT_SOURCE_DIR})
+    set(properties TIMEOUT 300 LABELS ${folder})
     if(arg_SERIAL)
         list(APPEND properties RUN_SERIAL TRUE)
     endif()
-    get_filename_component(room ${place} DIRECTORY)
-    list(APPEND properties LABELS ${room})
-    gtest_discover_tests(${name} NO_PRETTY_VALUES PROPERTIES ${properties} DISCOVERY_TIMEOUT 60
+    gtest_discover_tests(${target} NO_PRETTY_VALUES PROPERTIES ${properties} DISCOVERY_TIMEOUT 60
                          EXTRA_ARGS --gtest_brief=1)
 endfunction()
-include(GoogleTest)

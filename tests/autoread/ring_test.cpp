@@ -73,14 +73,14 @@ TEST(Ring, EndUpTo32767IsFetched)
     EXPECT_NE(whyNotFetchable({32000, 768, 0}).find("records beyond number 32767"), std::string::npos);
 }
 
-struct ReplyCase {
+struct PointersReply {
     const char* name;
     std::string reply;
     RingPointers pointers;
     bool plain;
 };
 
-class PointersReplies : public ::testing::TestWithParam<ReplyCase> {};
+class PointersReplies : public ::testing::TestWithParam<PointersReply> {};
 
 TEST_P(PointersReplies, AreReadByPosition)
 {
@@ -94,16 +94,16 @@ TEST_P(PointersReplies, AreReadByPosition)
 INSTANTIATE_TEST_SUITE_P(
     Ring, PointersReplies,
     ::testing::Values(
-        ReplyCase{"Whole", ":0122100009980002FF\r\n", {1000, 998, 2}, true},
-        ReplyCase{"Nothing", "", {0, 0, 0}, false},
-        ReplyCase{"OneCharacterShort", ":0122100009980002FF\r", {1000, 998, 2}, false},
-        ReplyCase{"CutInNext", ":0122100009980", {1000, 998, 0}, false},
-        ReplyCase{"OneCharacterLong", ":0122100009980002FF\r\n0", {1000, 998, 2}, false},
-        ReplyCase{"TwoReplies", ":0122100009980002FF\r\n:0122100009980002FF\r\n", {1000, 998, 2}, false},
-        ReplyCase{"Noise", "\xFF\x80~~~~~~~~~~~~~~~~~~~", {0, 0, 0}, false},
-        ReplyCase{"NoiseBefore", "~~~:0122100009980002F", {1221, 0, 9980}, false},
-        ReplyCase{"Huge", ":01221E99-1E91E-9FF\r\n", {32767, -32768, 0}, false},
-        ReplyCase{"Letters", ":0122XXXX00030007FF\r\n", {0, 3, 7}, false}),
+        PointersReply{"Whole", ":0122100009980002FF\r\n", {1000, 998, 2}, true},
+        PointersReply{"Nothing", "", {0, 0, 0}, false},
+        PointersReply{"OneCharacterShort", ":0122100009980002FF\r", {1000, 998, 2}, false},
+        PointersReply{"CutInNext", ":0122100009980", {1000, 998, 0}, false},
+        PointersReply{"OneCharacterLong", ":0122100009980002FF\r\n0", {1000, 998, 2}, false},
+        PointersReply{"TwoReplies", ":0122100009980002FF\r\n:0122100009980002FF\r\n", {1000, 998, 2}, false},
+        PointersReply{"Noise", "\xFF\x80~~~~~~~~~~~~~~~~~~~", {0, 0, 0}, false},
+        PointersReply{"NoiseBefore", "~~~:0122100009980002F", {1221, 0, 9980}, false},
+        PointersReply{"Huge", ":01221E99-1E91E-9FF\r\n", {32767, -32768, 0}, false},
+        PointersReply{"Letters", ":0122XXXX00030007FF\r\n", {0, 3, 7}, false}),
     [](const auto& tested) { return tested.param.name; });
 
 } // namespace

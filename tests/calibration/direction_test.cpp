@@ -5,7 +5,7 @@
 namespace quorvel::calibration {
 namespace {
 
-struct Expected {
+struct ExpectedDirection {
     const char* letter;
     const char* file;
     const char* caption;
@@ -14,7 +14,7 @@ struct Expected {
     std::vector<std::string> columns;
 };
 
-class EachDirection : public ::testing::TestWithParam<Expected> {};
+class EachDirection : public ::testing::TestWithParam<ExpectedDirection> {};
 
 TEST_P(EachDirection, HasItsTextsAndColumns)
 {
@@ -33,24 +33,25 @@ TEST_P(EachDirection, HasItsTextsAndColumns)
 
 INSTANTIATE_TEST_SUITE_P(
     Directions, EachDirection,
-    ::testing::Values(Expected{"X",
-                               "XDirection.mdb",
-                               "X向标定",
-                               "X_Direction",
-                               "Rule_Data是千分表读数，手动输入；X_Data请点表格中小按钮进行测量！",
-                               {"X_Data"}},
-                      Expected{"Y",
-                               "YDirection.mdb",
-                               "Y向标定",
-                               "Y_Direction",
-                               "Rule_Data是千分表读数，手动输入；Y_Data请点表格中小按钮进行测量！",
-                               {"Y_Data"}},
-                      Expected{"Z",
-                               "ZDirection.mdb",
-                               "Z向标定",
-                               "Z_Direction",
-                               "Rule_Data是千分表读数，手动输入；Z1_Data和Z2_Data请点表格中小按钮进行测量！",
-                               {"Z1_Data", "Z2_Data"}}),
+    ::testing::Values(ExpectedDirection{"X",
+                                        "XDirection.mdb",
+                                        "X向标定",
+                                        "X_Direction",
+                                        "Rule_Data是千分表读数，手动输入；X_Data请点表格中小按钮进行测量！",
+                                        {"X_Data"}},
+                      ExpectedDirection{"Y",
+                                        "YDirection.mdb",
+                                        "Y向标定",
+                                        "Y_Direction",
+                                        "Rule_Data是千分表读数，手动输入；Y_Data请点表格中小按钮进行测量！",
+                                        {"Y_Data"}},
+                      ExpectedDirection{
+                          "Z",
+                          "ZDirection.mdb",
+                          "Z向标定",
+                          "Z_Direction",
+                          "Rule_Data是千分表读数，手动输入；Z1_Data和Z2_Data请点表格中小按钮进行测量！",
+                          {"Z1_Data", "Z2_Data"}}),
     [](const auto& row) { return std::string(row.param.letter); });
 
 TEST(Direction, IsNoneForAnyOtherText)

@@ -63,7 +63,7 @@ TEST(Download, FrameHasReadingThenDialOfEachPoint)
     EXPECT_EQ(frame.substr(frame.size() - 20), "-010.250+010.000FF\r\n");
 }
 
-struct Expected {
+struct ExpectedFrame {
     const char* direction;
     std::size_t which;
     std::string command;
@@ -72,7 +72,7 @@ struct Expected {
     const char* notDownloaded;
 };
 
-class EachTransfer : public ::testing::TestWithParam<Expected> {};
+class EachTransfer : public ::testing::TestWithParam<ExpectedFrame> {};
 
 TEST_P(EachTransfer, HasItsCommandLengthAndTexts)
 {
@@ -101,10 +101,11 @@ TEST_P(EachTransfer, EveryValueOfTheEchoIsCompared)
 
 INSTANTIATE_TEST_SUITE_P(
     Transfers, EachTransfer,
-    ::testing::Values(Expected{"X", 0, "6111", 187, "X向标定参数下载完毕！", "X向标定参数下载失败！"},
-                      Expected{"Y", 0, "6311", 187, "Y向标定参数下载完毕！", "Y向标定参数下载失败！"},
-                      Expected{"Z", 0, "780111", 189, "Z1向标定参数下载完毕！", "Z1向标定参数下载失败！"},
-                      Expected{"Z", 1, "781111", 189, "Z2向标定参数下载完毕！", "Z2向标定参数下载失败！"}),
+    ::testing::Values(
+        ExpectedFrame{"X", 0, "6111", 187, "X向标定参数下载完毕！", "X向标定参数下载失败！"},
+        ExpectedFrame{"Y", 0, "6311", 187, "Y向标定参数下载完毕！", "Y向标定参数下载失败！"},
+        ExpectedFrame{"Z", 0, "780111", 189, "Z1向标定参数下载完毕！", "Z1向标定参数下载失败！"},
+        ExpectedFrame{"Z", 1, "781111", 189, "Z2向标定参数下载完毕！", "Z2向标定参数下载失败！"}),
     [](const auto& row) { return row.param.direction + std::to_string(row.param.which + 1); });
 
 /// The frame of zeros with its first value replaced.

@@ -158,4 +158,14 @@ inline std::vector<double> exported(const std::filesystem::path& path)
     return values;
 }
 
+/// What opening the file and its table "data" says.
+inline Status opening(Disk& disk)
+{
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.files = &files});
+    if (!opened) return opened.failure();
+    auto rows = opened->OpenRecordset("data");
+    return rows ? Status{} : Status(rows.failure());
+}
+
 } // namespace quorvel::jet::testing

@@ -108,7 +108,7 @@ TEST(Growth, FirstPageFarBackStartsTheMapThere)
 int formsOf(const Disk& disk) { return freeMapType(disk) + ownedMapType(disk); }
 
 /// Adds row `x` to a copy of `before`, killed after each number of page writes.
-void killEverywhere(const Disk& before, int x)
+void killWhileMapsGrow(const Disk& before, int x)
 {
     const Folder folder;
     bool finished = false;
@@ -152,7 +152,7 @@ TEST(Growth, EveryWriteAroundTheConversionsLeavesAReadableFile)
     int rows = kRowsPerPage;
     for (const int x : turning) {
         fill(start, rows, x);
-        killEverywhere(start, x);
+        killWhileMapsGrow(start, x);
         rows = x;
     }
 }

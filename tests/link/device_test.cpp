@@ -3,7 +3,6 @@
 #include "link/serialport.h"
 #include "support/simulated_bus.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -17,15 +16,6 @@ namespace quorvel::link {
 namespace {
 
 const QStringList kBus = {QStringLiteral("--fast"), QStringLiteral("--readout"), QStringLiteral("5:A")};
-
-/// Devices need an event loop.
-class Device : public ::testing::Test {
-protected:
-    int argc_ = 1;
-    char name_[7] = "device";
-    char* argv_[2] = {name_, nullptr};
-    QCoreApplication application_{argc_, argv_};
-};
 
 TEST(LineSettings, AreReadFromTheirUsualForm)
 {
@@ -47,14 +37,14 @@ TEST(LineSettings, AnythingElseIsRefused)
     }
 }
 
-TEST_F(Device, AMissingPortIsNamed)
+TEST(Device, AMissingPortIsNamed)
 {
     const auto opened = openDevice("/dev/ttyNowhere", {});
     EXPECT_FALSE(opened.device);
     EXPECT_TRUE(opened.reason.contains("/dev/ttyNowhere does not exist")) << qPrintable(opened.reason);
 }
 
-TEST_F(Device, ANameWithoutFolderIsLookedForAmongTheDevices)
+TEST(Device, ANameWithoutFolderIsLookedForAmongTheDevices)
 {
     const auto opened = openDevice("null", {});
     EXPECT_FALSE(opened.device);
@@ -63,7 +53,7 @@ TEST_F(Device, ANameWithoutFolderIsLookedForAmongTheDevices)
     EXPECT_TRUE(openDevice("ttyNowhere", {}).reason.startsWith("ttyNowhere does not exist."));
 }
 
-TEST_F(Device, WhoMayNotUseAPortIsToldWhichGroupMay)
+TEST(Device, WhoMayNotUseAPortIsToldWhichGroupMay)
 {
     EXPECT_EQ(
         notAllowedText("/dev/ttyUSB0", "uucp"),
@@ -72,7 +62,7 @@ TEST_F(Device, WhoMayNotUseAPortIsToldWhichGroupMay)
     EXPECT_TRUE(notAllowedText("/dev/ttyUSB0", "").contains("the group \"dialout\""));
 }
 
-TEST_F(Device, AFileIsNoSerialPort)
+TEST(Device, AFileIsNoSerialPort)
 {
     const QTemporaryDir folder;
     QFile file(folder.filePath("text"));
@@ -82,7 +72,7 @@ TEST_F(Device, AFileIsNoSerialPort)
     EXPECT_TRUE(opened.reason.contains(file.fileName())) << qPrintable(opened.reason);
 }
 
-TEST_F(Device, APortIsHeldExclusively)
+TEST(Device, APortIsHeldExclusively)
 {
     const test::SimulatedBus bus(kBus);
     const auto first = openDevice(bus.device(), {});
@@ -92,7 +82,7 @@ TEST_F(Device, APortIsHeldExclusively)
     EXPECT_TRUE(second.reason.contains("used by another program")) << qPrintable(second.reason);
 }
 
-TEST_F(Device, AnotherNameOfAPortInUseIsRefusedToo)
+TEST(Device, AnotherNameOfAPortInUseIsRefusedToo)
 {
     const test::SimulatedBus bus(kBus);
     const QTemporaryDir folder;
@@ -105,7 +95,7 @@ TEST_F(Device, AnotherNameOfAPortInUseIsRefusedToo)
     EXPECT_TRUE(second.reason.contains("used by another program")) << qPrintable(second.reason);
 }
 
-TEST_F(Device, AClosedPortCanBeOpenedAgain)
+TEST(Device, AClosedPortCanBeOpenedAgain)
 {
     const test::SimulatedBus bus(kBus);
     for (int i = 0; i < 3; ++i) {
@@ -114,7 +104,7 @@ TEST_F(Device, AClosedPortCanBeOpenedAgain)
     }
 }
 
-TEST_F(Device, AnUnpluggedPortClosesByItself)
+TEST(Device, AnUnpluggedPortClosesByItself)
 {
     test::SimulatedBus bus(kBus);
     const PortList ports({bus.device()}, [] { return std::vector<PortInfo>(); });
@@ -127,7 +117,7 @@ TEST_F(Device, AnUnpluggedPortClosesByItself)
     EXPECT_TRUE(reason.contains(bus.device())) << qPrintable(reason);
 }
 
-TEST_F(Device, ADeviceServerIsReachedByTcp)
+TEST(Device, ADeviceServerIsReachedByTcp)
 {
     QTcpServer server;
     ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
@@ -143,7 +133,7 @@ TEST_F(Device, ADeviceServerIsReachedByTcp)
     EXPECT_TRUE(QTest::qWaitFor([&gone] { return gone; }, 10'000));
 }
 
-TEST_F(Device, ADeviceServerThatIsNotThereIsNamed)
+TEST(Device, ADeviceServerThatIsNotThereIsNamed)
 {
     QTcpServer server;
     ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
@@ -154,7 +144,7 @@ TEST_F(Device, ADeviceServerThatIsNotThereIsNamed)
     EXPECT_TRUE(opened.reason.contains(name)) << qPrintable(opened.reason);
 }
 
-TEST_F(Device, ATcpNameWithoutPortIsExplained)
+TEST(Device, ATcpNameWithoutPortIsExplained)
 {
     for (const auto* name :
          {"tcp:", "tcp:4001", "tcp:host", "tcp:host:", "tcp::4001", "tcp:host:0", "tcp:host:99999"}) {

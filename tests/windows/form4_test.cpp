@@ -17,7 +17,7 @@ struct SwitchCase {
     const char* onText;
 };
 
-const SwitchCase kCases[] = {
+const SwitchCase kSwitches[] = {
     {"invertX", "X Direction", "Combo1", "Command1", "Command2", ":057704FF", ":05770301FF", ":05770300FF",
      "X direction invert function closed!", "X direction invert function opened!"},
     {"invertY", "Y Direction", "Combo2", "Command1", "Command2", ":057706FF", ":05770501FF", ":05770500FF",
@@ -119,7 +119,7 @@ TEST_P(Form4OnTheBus, NoSelectionSendsOff)
     EXPECT_EQ(bus.frames(), QStringList(GetParam().setOff));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Form4OnTheBus, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(All, Form4OnTheBus, ::testing::ValuesIn(kSwitches),
                          [](const auto& instance) { return instance.param.name; });
 
 class Form4OfAllTypes : public SettingsOnTheBus<Form4> {};
@@ -128,7 +128,7 @@ TEST_F(Form4OfAllTypes, EveryTypeKeepsAllFourRows)
 {
     for (const auto type : {link::TypeA, link::TypeB, link::TypeC, link::TypeD}) {
         open(type);
-        for (const auto& row : kCases) {
+        for (const auto& row : kSwitches) {
             EXPECT_TRUE(shows(row.list)) << type;
             EXPECT_TRUE(list(row.list).isEnabled()) << type;
         }

@@ -15,7 +15,7 @@ struct DirectionCase {
     const char* queryText;
 };
 
-const DirectionCase kCases[] = {
+const DirectionCase kDirectionCases[] = {
     {"X", "Text2", "Command3", "Command4", ":0C71+1.50000FF", ":0C72FF",
      "The reference of X-Direction is +1.50000!\n"},
     {"Y", "Text3", "Command5", "Command6", ":0C73+1.50000FF", ":0C74FF",
@@ -64,7 +64,7 @@ TEST_P(Form51Direction, LateCharactersAreDrainedBeforeSetAndQuery)
     EXPECT_EQ(box(row.box).text(), "+0.00000");
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Form51Direction, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(All, Form51Direction, ::testing::ValuesIn(kDirectionCases),
                          [](const auto& instance) { return instance.param.name; });
 
 TEST_F(Form51OnTheBus, StartsWithItsInstruction)
@@ -75,7 +75,7 @@ TEST_F(Form51OnTheBus, StartsWithItsInstruction)
         "Input the offset into the blank. The reading of readout will be the summation of the offset and "
         "the real place of wire.");
     EXPECT_EQ(list("Combo1").currentText(), "True");
-    for (const auto& row : kCases)
+    for (const auto& row : kDirectionCases)
         EXPECT_EQ(box(row.box).text(), "");
 }
 
@@ -180,7 +180,7 @@ protected:
 TEST_P(Form51Button, IncompleteReplyIsACommErrorAndChangesNoEntry)
 {
     list("Combo1").setCurrentIndex(1);
-    for (const auto& row : kCases)
+    for (const auto& row : kDirectionCases)
         box(row.box).setText("7");
     pressInVain("silent");
     EXPECT_EQ(status(), "The readout did not answer.");
@@ -188,7 +188,7 @@ TEST_P(Form51Button, IncompleteReplyIsACommErrorAndChangesNoEntry)
     EXPECT_EQ(status(), QString("Only %1 of %2 characters of the answer arrived.")
                             .arg(GetParam().replyLength - 1)
                             .arg(GetParam().replyLength));
-    for (const auto& row : kCases)
+    for (const auto& row : kDirectionCases)
         EXPECT_EQ(box(row.box).text(), "7");
     EXPECT_EQ(list("Combo1").currentText(), "False");
 }
