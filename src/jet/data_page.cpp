@@ -68,7 +68,7 @@ std::optional<int> addRow(Page& page, Bytes row)
     return slots;
 }
 
-std::vector<Page> stepsTo(const Page& before, const Page& after)
+std::vector<Page> stepsTo(Bytes before, const Page& after)
 {
     const std::size_t tableEnd = slotAt(get16(after, kJet4.slotCount));
     Page rowOnly = after;

@@ -57,7 +57,7 @@ std::optional<int> addRow(Page& page, Bytes row);
 /// How a page that got one row by addRow() comes to the disk so that it never shows a slot without its row, even when
 /// only some of its 512-byte sectors arrive: the images to be written, each on the disk before the next. The last is
 /// `after`.
-std::vector<Page> stepsTo(const Page& before, const Page& after);
+std::vector<Page> stepsTo(Bytes before, const Page& after);
 
 /// Takes the row of a live slot out of a sound Jet 4 page; the rows behind it move up, the slot stays used.
 void eraseRow(Page& page, int slot);

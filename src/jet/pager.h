@@ -33,6 +33,7 @@ public:
     /// Lets writes gather in memory until flush() or until the room is needed. For a file that nobody but this
     /// pager knows of: after a crash nothing of it counts.
     void gather() { gathering_ = true; }
+    bool gathers() const { return gathering_; }
 
     /// Writes what has gathered.
     Status flush();

@@ -271,6 +271,8 @@ void Table::countRows(int change)
     definition_.rowCount =
         static_cast<std::uint32_t>(static_cast<std::int64_t>(definition_.rowCount) + change);
     countPending_ = true;
+    // Nobody sees a file before it is whole: Close() writes the count.
+    if (pager_->gathers()) return;
     // The row itself is safe by now. A count that could not be written is tried again with the next row and by
     // Close(), which reports it.
     static_cast<void>(static_cast<bool>(settle()));
@@ -283,7 +285,7 @@ Status Table::writePage(std::uint32_t number, const Page& page)
     return pager_->barrier();
 }
 
-Status Table::writeGrown(std::uint32_t number, const Page& before, const Page& after)
+Status Table::writeGrown(std::uint32_t number, Bytes before, const Page& after)
 {
     if (!pager_->flushesAtBarriers()) return writePage(number, after);
     for (const auto& step : stepsTo(before, after)) {
@@ -311,9 +313,10 @@ Result<std::uint32_t> Table::append(const std::vector<Value>& values)
 Result<std::uint32_t> Table::appendRow(const ByteVector& row)
 {
     if (owned_.empty()) return appendOnNewPage(row);
-    const auto before = pager_->copy(owned_.back());
+    const auto before = pager_->read(owned_.back());
     if (!before) return before.failure();
-    Page page = *before;
+    Page page{};
+    putBytes(page, 0, *before);
     const auto slot = addRow(page, row);
     if (!slot) return appendOnNewPage(row);
     if (auto written = writeGrown(owned_.back(), *before, page); !written) return written.failure();

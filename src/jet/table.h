@@ -60,7 +60,7 @@ private:
     Result<std::uint32_t> appendOnNewPage(const ByteVector& row);
     Result<Page> pageForChange(std::uint32_t row);
     Status writePage(std::uint32_t number, const Page& page);
-    Status writeGrown(std::uint32_t number, const Page& before, const Page& after);
+    Status writeGrown(std::uint32_t number, Bytes before, const Page& after);
     void countRows(int change);
     Status recount();
     Status lookAgain();
