@@ -1,18 +1,10 @@
 #include "calibration/fitchart.h"
 
 #include "link/bytes.h"
+#include "main/plot.h"
 #include "text/number.h"
 
 #include <QVBoxLayout>
-
-// The plotting library is written with Qt's short keywords, which are off in this project.
-#define foreach Q_FOREACH
-#define signals Q_SIGNALS
-#define slots Q_SLOTS
-#include <qcustomplot.h>
-#undef slots
-#undef signals
-#undef foreach
 
 namespace quorvel::calibration {
 

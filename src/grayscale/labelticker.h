@@ -1,7 +1,7 @@
 #pragma once
 
 #include "grayscale/axes.h"
-#include "grayscale/plot.h"
+#include "main/plot.h"
 
 #include <map>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "grayscale/labelticker.h"
-#include "grayscale/plot.h"
+#include "main/plot.h"
 
 #include <QImage>
 #include <QPoint>

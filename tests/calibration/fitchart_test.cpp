@@ -1,15 +1,7 @@
 #include "calibration/fitchart.h"
 
+#include "main/plot.h"
 #include "support/bench_on_the_bus.h"
-
-// The plotting library is written with Qt's short keywords, which are off in this project.
-#define foreach Q_FOREACH
-#define signals Q_SIGNALS
-#define slots Q_SLOTS
-#include <qcustomplot.h>
-#undef slots
-#undef signals
-#undef foreach
 
 namespace quorvel::calibration {
 namespace {

@@ -1,6 +1,7 @@
 #pragma once
 
-// The plotting library is written with Qt's short keywords, which are off in this project.
+// The plotting library, for the rooms that draw charts and link it. It is written with Qt's short keywords, which are
+// off in this project.
 #define foreach Q_FOREACH
 #define signals Q_SIGNALS
 #define slots Q_SLOTS
