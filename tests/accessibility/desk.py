@@ -54,6 +54,8 @@ class Program:
         self.application = until(self._find, name + " on the desktop")
 
     def _find(self):
+        if self.process.poll() is not None:
+            raise AssertionError(f"{self.process.args[0]} ended with status {self.process.returncode}")
         desktop = Atspi.get_desktop(0)
         for index in range(desktop.get_child_count()):
             application = desktop.get_child_at_index(index)
