@@ -85,6 +85,7 @@ void Celebration1::Form_Load()
     setWindowTitle(QString::fromUtf8(direction_->caption));
     CalibrationDatabasePath = bench_.programFolder / direction_->file;
     ui_->GridCaption->setText(direction_->gridCaption);
+    ui_->DBGrid1->setAccessibleName(direction_->gridCaption);
     ui_->Label2->setText(QString::fromUtf8(direction_->hint));
     const auto created =
         isThere(CalibrationDatabasePath) ? jet::Status() : CreateCalibrationDatabase(CalibrationDatabasePath);

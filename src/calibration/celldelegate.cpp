@@ -1,5 +1,6 @@
 #include "calibration/celldelegate.h"
 
+#include <QKeyEvent>
 #include <QLineEdit>
 
 namespace quorvel::calibration {
@@ -38,6 +39,22 @@ void CellDelegate::destroyEditor(QWidget* editor, const QModelIndex& index) cons
 void CellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const
 {
     taken_ = model->setData(index, static_cast<QLineEdit*>(editor)->text(), Qt::EditRole);
+}
+
+// Qt ends an editor some events after Return. What a dial gauge with a keyboard plug types would be faster, and the next
+// value would go into the cell of the last one.
+bool CellDelegate::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == editor_ && event->type() == QEvent::KeyPress) {
+        const auto key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            const QPointer<QWidget> editor = editor_;
+            Q_EMIT commitData(editor);
+            if (editor) Q_EMIT closeEditor(editor, SubmitModelCache);
+            return true;
+        }
+    }
+    return QStyledItemDelegate::eventFilter(watched, event);
 }
 
 void CellDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,

@@ -27,6 +27,9 @@ public:
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     QStyleOptionViewItem withoutButton(QStyleOptionViewItem option, const QModelIndex& index) const;
 

@@ -87,8 +87,7 @@ void DBGrid::keyPressEvent(QKeyEvent* event)
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        // An editor passes the key on and is closed afterwards; closeEditor() goes down then.
-        if (state() != EditingState) goDown();
+        goDown();
         return;
     case Qt::Key_Space:
     case Qt::Key_F4:

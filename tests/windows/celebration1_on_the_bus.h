@@ -62,7 +62,6 @@ protected:
     {
         type(text);
         QTest::keyClick(editor(), Qt::Key_Return);
-        QCoreApplication::processEvents();
     }
     void measure(int row)
     {

@@ -32,6 +32,23 @@ TEST_F(Celebration1Typing, ReturnWritesAndGoesDownTheColumn)
     EXPECT_TRUE(status().contains("abc")) << qPrintable(status());
 }
 
+// As from a dial gauge with a keyboard plug: a key comes before the events after the last one have been handled.
+TEST_F(Celebration1Typing, FastKeysGoIntoTheirCells)
+{
+    open("X");
+    activate();
+    goTo(0, 1);
+    for (int row = 0; row < 11; ++row) {
+        for (const char key : std::to_string(row * 1.25)) {
+            QTest::keyClick(QApplication::focusWidget(), key);
+        }
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    }
+    for (int row = 0; row < 11; ++row) {
+        EXPECT_EQ(cell(row, 1).toDouble(), row * 1.25);
+    }
+}
+
 TEST_F(Celebration1Typing, MeasuresByKeyboard)
 {
     open("X");
