@@ -1,5 +1,6 @@
 """Operates the programs as a screen reader does: through the accessibility tree of the desktop."""
 
+import json
 import os
 import subprocess
 import tempfile
@@ -8,18 +9,22 @@ import time
 import gi
 
 gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi  # noqa: E402
+from gi.repository import Atspi, GLib  # noqa: E402
 
 PATIENCE = 20.0  # seconds
+RETURN_KEY = 0xff0d
 
 
 def until(condition, what, patience=PATIENCE):
     """Waits until condition() gives something true, and gives it."""
     end = time.monotonic() + patience
     while time.monotonic() < end:
-        found = condition()
-        if found:
-            return found
+        try:
+            found = condition()
+            if found:
+                return found
+        except GLib.Error:
+            pass  # something went away while it was read
         time.sleep(0.05)
     raise AssertionError("waited in vain for " + what)
 
@@ -77,6 +82,14 @@ class Program:
         self.bus.stdin.flush()
         return self.bus.stdout.readline()
 
+    def frames(self):
+        """The frames that reached the bus since the last call, without their line ends."""
+        return [frame["text"].rstrip() for frame in json.loads(self.tell_bus("frames"))["frames"]]
+
+    def state(self, address):
+        """All that a readout holds."""
+        return json.loads(self.tell_bus(f"state {address}"))
+
     def all(self, role, name=None):
         return [node for node in descendants(self.application)
                 if node.get_role() == role and (name is None or node.get_name() == name)]
@@ -84,26 +97,42 @@ class Program:
     def one(self, role, name=None):
         return until(lambda: next(iter(self.all(role, name)), None), f"{role.value_nick} {name!r}")
 
+    def windows(self):
+        """The open windows by their captions."""
+        children = (self.application.get_child_at_index(index)
+                    for index in range(self.application.get_child_count()))
+        return {child.get_name(): child for child in children if child}
+
     def window(self, name):
-        def find():
-            for index in range(self.application.get_child_count()):
-                child = self.application.get_child_at_index(index)
-                if child and child.get_name() == name:
-                    return child
-            return None
-        return until(find, f"window {name!r}")
+        return until(lambda: self.windows().get(name), f"window {name!r}")
+
+    def boxes(self):
+        """The open message boxes by their texts."""
+        found = {}
+        for box in self.all(Atspi.Role.ALERT):
+            texts = [node.get_name() for node in descendants(box) if node.get_role() == Atspi.Role.LABEL]
+            found[next(filter(None, texts), None)] = box
+        found.pop(None, None)
+        return found
 
     def box_text(self):
         """The text of the message box that is open."""
-        def find():
-            for role in (Atspi.Role.ALERT, Atspi.Role.DIALOG):
-                for box in self.all(role):
-                    texts = [node.get_name() for node in descendants(box)
-                             if node.get_role() == Atspi.Role.LABEL and node.get_name()]
-                    if texts:
-                        return texts[0]
-            return None
-        return until(find, "a message box")
+        return next(iter(until(self.boxes, "a message box")))
+
+    def answer(self, button):
+        """Answers the message box that is open, and gives its text when it is gone."""
+        text, box = next(iter(until(self.boxes, "a message box").items()))
+        press(one_in(box, Atspi.Role.PUSH_BUTTON, button))
+        until(lambda: text not in self.boxes(), "the end of " + text)
+        return text
+
+    def choose_file(self, caption, path, button="Open"):
+        """Types a path into the file dialog and accepts it."""
+        dialog = self.window(caption)
+        type_into(one_in(dialog, Atspi.Role.TEXT, "File name:"), path)
+        accept = one_in(dialog, Atspi.Role.PUSH_BUTTON, button)
+        until(lambda: has_state(accept, Atspi.StateType.ENABLED), button)
+        press(accept)
 
     def children(self):
         """The process ids of the programs that this one started and that still run."""
@@ -121,10 +150,34 @@ def press(node):
     node.do_action(0)
 
 
+def one_in(node, role, name):
+    """What is inside a node by its role and name."""
+    return until(lambda: next((found for found in descendants(node)
+                               if found.get_role() == role and found.get_name() == name), None),
+                 f"{role.value_nick} {name!r} in {node.get_name()!r}")
+
+
 def click(node):
     """A click of the mouse in the middle of a node."""
     place = node.get_extents(Atspi.CoordType.SCREEN)
     Atspi.generate_mouse_event(place.x + place.width // 2, place.y + place.height // 2, "b1c")
+
+
+def type_keys(text):
+    """Strikes the keys of a text, Return for a line feed."""
+    for part in text.splitlines(keepends=True):
+        Atspi.generate_keyboard_event(0, part.rstrip("\n"), Atspi.KeySynthType.STRING)
+        if part.endswith("\n"):
+            Atspi.generate_keyboard_event(RETURN_KEY, None, Atspi.KeySynthType.SYM)
+
+
+def select(combo, entry):
+    """Opens a drop-down list and clicks one of its entries."""
+    press(combo)
+    item = one_in(combo, Atspi.Role.LIST_ITEM, entry)
+    until(lambda: has_state(item.get_parent(), Atspi.StateType.SHOWING), "the open list")
+    click(item)
+    until(lambda: combo.get_name() == entry, entry)
 
 
 def type_into(node, text):
