@@ -26,6 +26,9 @@ target_compile_options(
               # GCC 12 takes "text" + std::string for overlapping copies when it optimises
               $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 target_compile_definitions(quorvel_flags INTERFACE QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+if(WIN32)
+    target_compile_definitions(quorvel_flags INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
 if(QUORVEL_SANITIZE)
     target_compile_options(quorvel_flags INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer
                                                    -fno-sanitize-recover=all)

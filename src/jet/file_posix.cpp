@@ -1,5 +1,6 @@
 #include "jet/file.h"
 #include "jet/header.h"
+#include "jet/text_coding.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -120,12 +121,6 @@ bool stillHasName(int handle, const std::filesystem::path& path)
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-std::string quotedName(const std::filesystem::path& path)
-{
-    const auto name = path.filename().u8string();
-    return '"' + std::string(name.begin(), name.end()) + '"';
-}
-
 Failure notCreated(int code)
 {
     return Failure{"could not be created: " + systemReason(code) + ". Choose another folder."};
@@ -140,12 +135,7 @@ Status removeLeftOver(const std::filesystem::path& path)
     PosixFile file(handle);
     if (auto locked = lock(handle, kBeingCreated); !locked) return locked;
     if (!stillHasName(handle, path)) return Failure{kBeingCreated};
-    const auto ours = mayBeLeftOver(file);
-    if (!ours) return ours.failure();
-    if (!*ours) {
-        return Failure{"could not be created: another file is named " + quotedName(path) +
-                       ". Rename that file."};
-    }
+    if (auto ours = expectLeftOver(file, path); !ours) return ours;
     return ::unlink(path.c_str()) == 0 ? Status{} : Status(notCreated(errno));
 }
 
@@ -161,7 +151,7 @@ void syncFolder(const std::filesystem::path& path)
 
 Failure secondNameStays(const std::filesystem::path& name, int code)
 {
-    return Failure{"is whole, but its temporary name " + quotedName(name) +
+    return Failure{"is whole, but its temporary name \"" + textOf(name.filename()) + "\"" +
                    " stays beside it: " + systemReason(code) + ". Delete that name."};
 }
 

@@ -1,12 +1,10 @@
 #include "jet/file.h"
 #include "jet/header.h"
 
-#define NOMINMAX
-#define WIN32_LEAN_AND_MEAN
-#include <windows.h>
-
 #include <string>
 #include <system_error>
+
+#include <windows.h>
 
 namespace quorvel::jet {
 
@@ -92,14 +90,9 @@ HANDLE openHandle(const std::filesystem::path& path, DWORD access, DWORD share, 
 }
 
 /// A new file, or a left-over without what it held.
-Result<std::unique_ptr<File>> emptied(std::unique_ptr<File> file)
+Result<std::unique_ptr<File>> emptied(std::unique_ptr<File> file, const std::filesystem::path& path)
 {
-    const auto ours = mayBeLeftOver(*file);
-    if (!ours) return ours.failure();
-    if (!*ours) {
-        return Failure{
-            "could not be created: another file has its name with the ending \".part\". Rename that file."};
-    }
+    if (auto ours = expectLeftOver(*file, path); !ours) return ours.failure();
     if (auto cut = file->cut(0); !cut) return cut.failure();
     return file;
 }
@@ -138,7 +131,7 @@ public:
         // Shared for deletion, so that the finished file can be renamed while it is held.
         HANDLE handle =
             openHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_ALWAYS);
-        if (handle != INVALID_HANDLE_VALUE) return emptied(std::make_unique<WindowsFile>(handle));
+        if (handle != INVALID_HANDLE_VALUE) return emptied(std::make_unique<WindowsFile>(handle), path);
         const DWORD code = ::GetLastError();
         if (code == ERROR_SHARING_VIOLATION) {
             return Failure{"is being created by another program. Wait until it is done."};

@@ -1,5 +1,7 @@
 #include "jet/header.h"
 
+#include "jet/text_coding.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -94,13 +96,15 @@ Status checkIsDatabase(Bytes start, std::uint64_t fileSize)
 
 } // namespace
 
-Result<bool> mayBeLeftOver(File& file)
+Status expectLeftOver(File& file, const std::filesystem::path& path)
 {
     const auto size = file.size();
     if (!size) return size.failure();
     ByteVector start(std::min<std::uint64_t>(*size, kMarkBytes));
     if (auto got = file.readPage(0, start); !got) return got.failure();
-    return hasMark(start);
+    if (hasMark(start)) return {};
+    return Failure{"could not be created: another file is named \"" + textOf(path.filename()) +
+                   "\". Rename that file."};
 }
 
 void maskHeader(MutableBytes page, const Layout& layout)

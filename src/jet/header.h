@@ -31,8 +31,10 @@ struct Header {
 Result<Header> readHeader(Bytes start, std::uint64_t fileSize);
 inline constexpr std::size_t kHeaderBytes = 160;
 
-/// Whether a file is empty or begins as a database does: what a killed program leaves of one that it was making.
-Result<bool> mayBeLeftOver(File& file);
+/// Fails unless a file is empty or begins as a database does: what a killed program leaves of one that it was making.
+///
+/// @param path  its path; the reason tells its name.
+Status expectLeftOver(File& file, const std::filesystem::path& path);
 
 /// Page 0 of a new Jet 4 file, with the masked bytes masked.
 Page newHeader(Date stamp);

@@ -8,16 +8,6 @@
 
 namespace quorvel::jet {
 
-namespace {
-
-std::string textOf(const std::filesystem::path& path)
-{
-    const auto text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
-} // namespace
-
 bool openInAccess(std::filesystem::path database, Files& files)
 {
     return files.lockedByOthers(database.replace_extension(".ldb"));

@@ -50,11 +50,7 @@ std::filesystem::path withEnding(std::filesystem::path path, const char* ending)
 
 } // namespace
 
-Failure Store::named(const std::string& reason) const
-{
-    const auto name = path_.u8string();
-    return Failure{std::string(name.begin(), name.end()) + " " + reason};
-}
+Failure Store::named(const std::string& reason) const { return Failure{textOf(path_) + " " + reason}; }
 
 Result<std::shared_ptr<Store>> Store::open(const std::filesystem::path& path, OpenOptions options)
 {
