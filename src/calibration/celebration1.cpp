@@ -150,9 +150,8 @@ void Celebration1::DBGrid1_ButtonClick()
         tell(QString());
         takeMeasurement(cell, reply);
     } else if (module1_.port().PortOpen()) {
-        tell(tr("Nothing was measured: %1 characters came instead of %2. Check the address and press again.")
-                 .arg(reply.size())
-                 .arg(kLongMeasurement));
+        tell(tr("Nothing was measured: %1. Check the address and press again.")
+                 .arg(QString::fromStdString(whyNoMeasurement(reply))));
     }
 }
 

@@ -104,7 +104,8 @@ TEST_F(QuorvelctlCalibration, MeasurementThatFailsChangesNothing)
     calibrate("X", {"measure", "--point", "0", "--dial", "0.5"});
     const auto before = calibrate("X", {"show"}).out;
     for (const auto& [fault, told] :
-         {Row{"silent@2101", "Readout 5 did not answer."}, Row{"short@2101", "Readout 5 did not answer."},
+         {Row{"silent@2101", "Nothing was measured: the readout did not answer.\n"},
+          Row{"short@2101", "Nothing was measured: 28 characters came instead of 27 or 29.\n"},
           Row{"badnumber@2101", "is no reading for a column X_Data"}, Row{"hangup@2101", "is gone"}}) {
         bus.clearFaults();
         bus.fault(fault);

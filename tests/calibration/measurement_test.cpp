@@ -52,6 +52,23 @@ TEST_F(MeasurementByHand, ThrowsAwayWhatWaitedBefore)
     EXPECT_EQ(frames, std::vector<std::string>{":012101FF"});
 }
 
+TEST_F(MeasurementByHand, EndOfALongReplyThatIsOnTheLineBelongsToIt)
+{
+    onFrame = [this] {
+        device->receive(kLong.substr(0, 27));
+        clock.plan(0.01, [this] { device->receive("\r"); });
+        clock.plan(0.02, [this] { device->receive("\n"); });
+    };
+    EXPECT_EQ(measure(module1, *directionOf("X"), "01"), kLong);
+}
+
+TEST_F(MeasurementByHand, ShortReplyIsTakenAfterAMoment)
+{
+    answerWith({kShort});
+    EXPECT_EQ(measure(module1, *directionOf("X"), "01"), kShort);
+    EXPECT_LT(clock.passed(), 0.03 + 11 * 0.005 + 0.1);
+}
+
 TEST_F(MeasurementByHand, WaitsOneAndAHalfSecondsForASilentReadout)
 {
     EXPECT_EQ(measure(module1, *directionOf("X"), "01"), "");

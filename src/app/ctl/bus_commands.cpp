@@ -59,8 +59,11 @@ void takeReading(Console& console, const QString& prefix = {}, const QJsonObject
 {
     const auto line = console.module1().ReadSensorValues(console.address(), console.bench());
     if (line == link::kReadingFailed) {
-        console.fail(kNotAnswered,
-                     prefix + QStringLiteral("readout %1 did not answer.").arg(console.address()));
+        console.fail(
+            kNotAnswered,
+            prefix + QStringLiteral("readout %1 did not answer, or not with the %2 characters of a reading.")
+                         .arg(console.address())
+                         .arg(link::kValuesReplyLength));
         return;
     }
     auto object = inFields(console.address(), line);

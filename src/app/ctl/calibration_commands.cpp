@@ -97,7 +97,8 @@ bool Calibrating::store(int row)
 {
     const auto reply = measure(console_.module1(), direction_, link::AddressToHex(console_.address()));
     if (!isMeasurement(reply)) {
-        console_.fail(kNotAnswered, QStringLiteral("Readout %1 did not answer.").arg(console_.address()));
+        console_.fail(kNotAnswered,
+                      QStringLiteral("Nothing was measured: %1.").arg(words(whyNoMeasurement(reply))));
         return false;
     }
     Records::Changes changes;
