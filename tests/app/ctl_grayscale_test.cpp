@@ -1,4 +1,5 @@
 #include "autoread/exported.h"
+#include "support/grayscale_directions.h"
 #include "support/held_file.h"
 #include "support/program_run.h"
 #include "support/simulated_bus.h"
@@ -73,23 +74,15 @@ QString csvOf(const QJsonArray& pixels)
 
 TEST_F(QuorvelctlGrayscale, ReadsEveryDirectionAsJson)
 {
-    struct Row {
-        const char* direction;
-        const char* frame;
-        int pixels;
-    };
-    for (const auto& row : std::initializer_list<Row>{{"X", ":0C65FF", 3760},
-                                                      {"Y", ":0C66FF", 3760},
-                                                      {"Z1", ":0C7803FF", 2048},
-                                                      {"Z2", ":0C7804FF", 2048}}) {
-        const auto read = run({"--address", "12", "--type", "C", "--direction", row.direction, "--json"});
+    for (const auto& direction : kGrayscaleDirections) {
+        const auto read = run({"--address", "12", "--type", "C", "--direction", direction.name, "--json"});
         EXPECT_EQ(read.status, 0) << qPrintable(read.err);
-        EXPECT_EQ(bus.frames(), QStringList{row.frame});
+        EXPECT_EQ(bus.frames(), QStringList{direction.frame});
         const auto object = QJsonDocument::fromJson(read.out.toUtf8()).object();
         EXPECT_EQ(object.value("address").toInt(), 12);
-        EXPECT_EQ(object.value("direction").toString(), row.direction);
-        EXPECT_EQ(object.value("count").toInt(), row.pixels);
-        EXPECT_EQ(object.value("pixels").toArray().size(), row.pixels);
+        EXPECT_EQ(object.value("direction").toString(), direction.name);
+        EXPECT_EQ(object.value("count").toInt(), direction.pixels);
+        EXPECT_EQ(object.value("pixels").toArray().size(), direction.pixels);
     }
 }
 

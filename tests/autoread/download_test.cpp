@@ -1,6 +1,6 @@
 #include "autoread/download.h"
 
-#include "autoread/scripted_readout.h"
+#include "support/scripted_readout.h"
 #include "text/number.h"
 
 #include <gmock/gmock.h>

@@ -1,12 +1,8 @@
 #pragma once
 
 #include "link/gate.h"
-#include "link/module1.h"
-#include "support/fake_device.h"
-#include "support/hand_clock.h"
+#include "support/scripted_readout.h"
 #include "support/test_messages.h"
-
-#include <QPointer>
 
 #include <gtest/gtest.h>
 
@@ -20,52 +16,32 @@ namespace quorvel::test {
 /// time. For runs and windows where only frames, answers and time matter.
 class BenchByHand : public ::testing::Test {
 protected:
-    BenchByHand()
-        : ports({QStringLiteral("by hand")}, [] { return std::vector<link::PortInfo>(); }),
-          mscomm1(ports, [this](const QString&, const link::LineSettings&) { return openDevice(); }),
-          module1(mscomm1, clock)
-    {
-        bench.currentAddress = QStringLiteral("1");
-        mscomm1.setPortOpen(true);
-    }
+    BenchByHand() { bench.currentAddress = QStringLiteral("1"); }
 
     /// The readout answers the frames to come with these, one each; "" is silence.
     void answerWith(std::initializer_list<std::string> texts) { answers.assign(texts); }
 
-    link::PortList ports;
-    link::MSComm mscomm1;
-    HandClock clock;
-    link::Module1 module1;
+    ScriptedReadout readout{[this](const std::string&) { return nextAnswer(); }};
+    link::MSComm& mscomm1 = readout.port;
+    HandClock& clock = readout.clock;
+    link::Module1& module1 = readout.module1;
+    QPointer<FakeDevice>& device = readout.device;
+    std::vector<std::string>& frames = readout.frames; ///< sent, without line ends
     link::Bench bench;
     link::Gate gate;
     TestMessages messages;
-    QPointer<FakeDevice> device;
-    std::vector<std::string> frames; ///< sent, without line ends
     std::deque<std::string> answers;
     std::function<void()> onFrame; ///< called when a frame is out, before its answer arrives
 
 private:
-    link::OpenedDevice openDevice()
+    std::string nextAnswer()
     {
-        auto made = std::make_unique<FakeDevice>();
-        device = made.get();
-        device->onCharacter = [this](char character) { take(character); };
-        return {std::move(made), {}};
-    }
-
-    void take(char character)
-    {
-        sent_ += character;
-        if (character != '\n') return;
-        frames.push_back(sent_.substr(0, sent_.size() - 2));
-        sent_.clear();
         if (onFrame) onFrame();
-        if (answers.empty() || !device) return;
-        device->receive(answers.front());
+        if (answers.empty()) return {};
+        auto answer = answers.front();
         answers.pop_front();
+        return answer;
     }
-
-    std::string sent_;
 };
 
 } // namespace quorvel::test

@@ -1,3 +1,4 @@
+#include "support/grayscale_directions.h"
 #include "windows/grayscalechart_on_the_bus.h"
 
 namespace quorvel {
@@ -23,20 +24,12 @@ TEST_F(GrayScaleChartOnTheBus, ReadsAndDrawsX)
 
 TEST_F(GrayScaleChartOnTheBus, ReadsEveryDirectionOfATypeC)
 {
-    struct Row {
-        const char* direction;
-        const char* frame;
-        int pixels;
-    };
-    for (const auto& row : std::initializer_list<Row>{{"X", ":0C65FF", 3760},
-                                                      {"Y", ":0C66FF", 3760},
-                                                      {"Z1", ":0C7803FF", 2048},
-                                                      {"Z2", ":0C7804FF", 2048}}) {
-        auto& window = open(row.direction, "12", link::TypeC);
-        EXPECT_EQ(bus.frames(), QStringList{QString::fromLatin1(row.frame)});
-        EXPECT_EQ(window.window.array().count(), row.pixels) << row.direction;
+    for (const auto& direction : test::kGrayscaleDirections) {
+        auto& window = open(direction.name, "12", link::TypeC);
+        EXPECT_EQ(bus.frames(), QStringList{QString::fromLatin1(direction.frame)});
+        EXPECT_EQ(window.window.array().count(), direction.pixels) << direction.name;
         EXPECT_EQ(window.title(),
-                  QStringLiteral("Grayscale Graph of CCD's Pixels (%1-direction)").arg(row.direction));
+                  QStringLiteral("Grayscale Graph of CCD's Pixels (%1-direction)").arg(direction.name));
         EXPECT_TRUE(window.window.dataReady());
     }
     EXPECT_TRUE(messages.shown.isEmpty());

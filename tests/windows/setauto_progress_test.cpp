@@ -1,6 +1,6 @@
 #include "autoread/exported.h"
 #include "autoread/largest_file.h"
-#include "autoread/scripted_readout.h"
+#include "support/scripted_readout.h"
 #include "text/number.h"
 #include "windows/setauto_on_the_bus.h"
 

@@ -4,7 +4,7 @@
 #include "support/fake_device.h"
 #include "support/hand_clock.h"
 
-#include <QStringList>
+#include <QPointer>
 
 #include <functional>
 #include <string>
@@ -17,7 +17,7 @@ class ScriptedReadout {
 public:
     explicit ScriptedReadout(std::function<std::string(const std::string& frame)> answerTo)
         : answer(std::move(answerTo)),
-          ports_({QStringLiteral("fake")}, [] { return std::vector<link::PortInfo>(); }),
+          ports_({QStringLiteral("by hand")}, [] { return std::vector<link::PortInfo>(); }),
           port(ports_, [this](const QString&, const link::LineSettings&) { return open(); }),
           module1(port, clock)
     {
@@ -26,7 +26,7 @@ public:
 
     std::function<std::string(const std::string&)> answer;
     std::vector<std::string> frames; ///< received, without their line ends
-    FakeDevice* device = nullptr;
+    QPointer<FakeDevice> device;     ///< null once the port is closed
     HandClock clock;
 
 private:
