@@ -6,6 +6,12 @@
 
 namespace quorvel::settings {
 
+namespace {
+
+constexpr int kHeadLength = 5; // ":", two address digits, two command digits
+
+} // namespace
+
 std::string frameOf(std::string_view addressDigits, std::string_view command)
 {
     return text::withLineEnd(":" + std::string(addressDigits) + std::string(command));
@@ -22,6 +28,12 @@ bool confirms(const Exchange& exchange, std::string_view reply)
 {
     if (exchange.ignoresBlanks) reply = text::trimBlanks(reply);
     return text::echoes(exchange.frame, reply, exchange.echoLength);
+}
+
+bool answers(const Exchange& exchange, std::string_view reply)
+{
+    if (exchange.ignoresBlanks) reply = text::trimBlanks(reply);
+    return text::echoes(exchange.frame, reply, kHeadLength) && reply.ends_with("\r\n");
 }
 
 std::optional<bool> flagAt(std::string_view reply, int position)

@@ -36,6 +36,10 @@ bool perform(link::Module1& module1, const Exchange& exchange);
 /// True when a complete reply repeats as much of the frame as this command asks for.
 bool confirms(const Exchange& exchange, std::string_view reply);
 
+/// True when a complete reply can be the answer to this command: it begins with the address and command digits of the
+/// frame and ends with a line end. One that is shifted by characters that waited before it does not.
+bool answers(const Exchange& exchange, std::string_view reply);
+
 /// A state that a reply holds as two digits from this 1-based position on: "01" is on, "00" off, all else nothing.
 std::optional<bool> flagAt(std::string_view reply, int position);
 

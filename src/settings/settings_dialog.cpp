@@ -8,7 +8,8 @@ namespace quorvel {
 
 namespace {
 
-constexpr int kStatusLines = 3; // without a jump of the window
+constexpr int kStatusLines = 3;    // without a jump of the window
+constexpr float kRestTime = 0.05F; // s, for the rest of a reply that did not begin where it should
 
 } // namespace
 
@@ -68,10 +69,17 @@ void SettingsDialog::explain(const settings::Exchange& exchange, const std::stri
 
 bool SettingsDialog::perform(const settings::Exchange& exchange, const char* failedText)
 {
-    if (settings::perform(module1_, exchange)) return true;
-    explain(exchange);
-    say(failedText);
-    return false;
+    if (!settings::perform(module1_, exchange)) {
+        explain(exchange);
+        say(failedText);
+        return false;
+    }
+    if (!settings::answers(exchange, module1_.ReplyText())) {
+        explain(exchange);
+        module1_.WaitForInput(kRestTime, 0);
+        module1_.discardInput();
+    }
+    return true;
 }
 
 void SettingsDialog::report(const settings::Exchange& exchange, const char* failedText)

@@ -50,6 +50,8 @@ protected:
     void explain(const settings::Exchange& exchange, const std::string& received);
 
     /// Performs a command. When its reply does not arrive whole, says so and gives the reason in the status line.
+    /// A whole one that cannot be the answer to this command is given there as well, and what is left of it is thrown
+    /// away: it would stand before the next answer.
     bool perform(const settings::Exchange& exchange, const char* failedText = kCommError);
     /// Says whether the reply just received confirms the command. A null text says nothing.
     void report(const settings::Exchange& exchange, const char* failedText);

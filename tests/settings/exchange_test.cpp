@@ -32,6 +32,15 @@ TEST(Exchange, WithoutEchoLengthAnyReplyConfirms)
     EXPECT_TRUE(confirms(any, ""));
 }
 
+TEST(Exchange, AnswerBeginsWithAddressAndCommandAndEndsWithTheLineEnd)
+{
+    EXPECT_TRUE(answers(kExchange, ":0171+1.50001FF\r\n")) << "another value is an answer as well";
+    for (const auto* other : {":0271+1.50000FF\r\n", ":0172+1.50000FF\r\n", "\r\n:0171+1.50000FF",
+                              "~:0171+1.50000FF\r", ":0171+1.50000FF\r~", ":01", ""}) {
+        EXPECT_FALSE(answers(kExchange, other)) << other;
+    }
+}
+
 TEST(Exchange, BlanksAroundAReplyCountUnlessTheyAreIgnored)
 {
     Exchange blanks{.frame = ":017501FF\r\n", .replyLength = 11, .echoLength = 7};

@@ -140,5 +140,17 @@ TEST_F(SetWireByHand, WhatWaitsIsTakenAsTheAnswer)
     EXPECT_EQ(press("Command3"), QStringList("Diameter and permitted Error is set as 2.5mm, 0.4mm\r\n"));
 }
 
+TEST_F(SetWireByHand, AnswerThatWhatWaitedHasShiftedIsShownAndLeavesNothingBehind)
+{
+    open();
+    onFrame = [this] { clock.plan(0.02, [this] { device->receive("\r\n"); }); };
+    device->receive("\r\n");
+    answerWith({":01681503010000FF", ":01681503010000FF"});
+    EXPECT_EQ(press("Command3"), QStringList("Diameter and permitted Error is set as 6.8mm, 1.5mm\r\n"));
+    EXPECT_EQ(status(), "The readout answered \"??:01681503010000FF\" to \":0168FF\".");
+    EXPECT_EQ(press("Command3"), QStringList("Diameter and permitted Error is set as 1.5mm, 0.3mm\r\n"));
+    EXPECT_EQ(status(), "");
+}
+
 } // namespace
 } // namespace quorvel::test
