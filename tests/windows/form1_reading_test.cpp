@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QRadioButton>
 #include <QRegularExpression>
+#include <QStyledItemDelegate>
 #include <QTimer>
 
 namespace quorvel::test {
@@ -45,6 +46,37 @@ TEST_F(ReadingByHand, TakesAReadingWhenTheSecondsEndInZero)
     EXPECT_TRUE(lines()[1].startsWith("14:05:30  ")) << qPrintable(lines()[1]);
     EXPECT_TRUE(lines()[2].startsWith("14:05:40  ")) << qPrintable(lines()[2]);
     EXPECT_EQ(child<QListWidget>(form, "List1")->currentRow(), 2);
+}
+
+/// Counts the lines whose size is asked for.
+class CountingDelegate : public QStyledItemDelegate {
+public:
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        ++asked;
+        return QStyledItemDelegate::sizeHint(option, index);
+    }
+    mutable int asked = 0;
+};
+
+// Half a day of readings: measuring each of them again for a new one would soon take longer than a turn.
+TEST_F(ReadingByHand, ManyLinesDoNotMakeTheNextOneSlow)
+{
+    constexpr int kLines = 4000;
+    CountingDelegate delegate;
+    List1().setItemDelegate(&delegate);
+    form.show();
+    clock.plan(1, [&] {
+        for (int i = 0; i < kLines; ++i)
+            List1().addItem(QStringLiteral("14:05:20    X: +12.3456  Y: -00.0078  "));
+        QCoreApplication::processEvents();
+        delegate.asked = 0;
+    });
+    readFor(20);
+    EXPECT_EQ(lines().size(), kLines + 2);
+    EXPECT_EQ(List1().currentRow(), kLines + 1);
+    EXPECT_LT(delegate.asked, kLines / 10);
+    List1().setItemDelegate(nullptr);
 }
 
 TEST_F(ReadingByHand, StopEndsItWithinASecond)
