@@ -1,0 +1,100 @@
+"""Takes the pictures of the manual: pictures.py BINARIES FOLDER. Run it by tools/pictures."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(ROOT / "tests/accessibility"))
+from desk import Atspi, Program, click, descendants, one_in, press, type_into, type_keys, until  # noqa: E402
+
+BINARIES, FOLDER = sys.argv[1:3]
+BUTTON = Atspi.Role.PUSH_BUTTON
+BUS = ["--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:B", "--readout", "33:C", "--ring", "5:1000,40,100"]
+DEVIATIONS = (-5, 7, 6, -4, -12, -9, 4, 13, 9, -2, -8)  # of the points of the calibration from its line, micrometres
+REPAINT = 0.5  # seconds
+
+
+def take(window, name):
+    """Saves what a window shows."""
+    time.sleep(REPAINT)
+    place = window.get_extents(Atspi.CoordType.SCREEN)
+    subprocess.run(["import", "-window", "root", "-crop", f"{place.width}x{place.height}+{place.x}+{place.y}", "+repage",
+                    "-strip", os.path.join(FOLDER, name + ".png")], check=True)
+
+
+def start(program, letter, address):
+    """A program with an open port before readout `address`."""
+    running = Program(BINARIES, program, bus=BUS)
+    press(running.one(Atspi.Role.RADIO_BUTTON, "Sensor Type " + letter))
+    press(running.one(BUTTON, "OpenComm"))
+    running.one(BUTTON, "CloseComm")
+    type_into(running.one(Atspi.Role.TEXT, "CCD Address"), address)
+    return running
+
+
+def choose(program, item, caption):
+    press(program.one(Atspi.Role.MENU_ITEM, item))
+    return program.window(caption)
+
+
+def main_window():
+    program = start("quorvel", "A", "")
+    press(program.one(BUTTON, "Search CCD"))
+    program.one(Atspi.Role.LABEL, "05,12,33")
+    press(program.one(BUTTON, "Immediate Reading"))
+    readings = program.one(Atspi.Role.LIST, "Value:")
+    until(lambda: readings.get_child_count() >= 4, "four readings", patience=60)
+    take(program.window("QUORVEL V4.11"), "main-window")
+    program.close()
+
+
+def offset_setting():
+    program = start("quorvel", "C", "33")
+    window = choose(program, "Offset Setting", "Offset Setting")
+    for letter, value in zip("XYZ", ("1.5", "-0.25", "12.5")):
+        type_into(one_in(window, Atspi.Role.TEXT, letter + "-Direction"), value)
+    take(window, "offset-setting")
+    program.close()
+
+
+def automatic_readings():
+    program = start("quorvel", "A", "5")
+    window = choose(program, "Automatic Readings", "Set AutoReading")
+    press(one_in(window, BUTTON, "Get Auto_Reading Data"))
+    program.choose_file("Database File", os.path.join(program.folder.name, "dam.mdb"))
+    until(lambda: [node for node in descendants(window) if "35 records" in node.get_name()], "half of the records")
+    take(window, "automatic-readings")
+    program.close()
+
+
+def grayscale():
+    program = start("quorvel", "C", "33")
+    window = choose(program, "X-GrayScale-Data", "Gray Scale Graph")
+    one_in(window, Atspi.Role.CHART, "Grayscale Graph of CCD's Pixels (X-direction)")
+    take(window, "grayscale")
+    program.close()
+
+
+def calibration():
+    program = start("quorvel-factory", "C", "33")
+    window = choose(program, "X Direction", "X向标定")
+    table = one_in(window, Atspi.Role.TABLE, "X_Direction")
+    click(Atspi.Table.get_accessible_at(table, 0, 1))
+    type_keys("".join(f"{point * 5}\n" for point in range(len(DEVIATIONS))))
+    for point, deviation in enumerate(DEVIATIONS):
+        program.tell_bus(f"set 33 x {point * 5 + 0.026 + deviation / 1000:.3f}")
+        cell = Atspi.Table.get_accessible_at(table, point, 2)
+        click(cell)
+        type_keys(" ")
+        until(cell.get_name, f"point {point}")
+    press(one_in(window, BUTTON, "计算非线性容差"))
+    program.answer("OK")
+    take(window, "calibration")
+    program.close()
+
+
+for scene in (main_window, offset_setting, automatic_readings, grayscale, calibration):
+    scene()
