@@ -28,9 +28,10 @@ void Form52::queryDirection(std::size_t index, QLineEdit& box)
         failed(run);
         return;
     }
-    if (!isSignedValue(run.offset))
+    if (!isSignedValue(run.offset)) {
         addStatus(
             tr("\"%1\" is no offset as readouts give it. Query again.").arg(shown(inOneLine(run.offset))));
+    }
     warnIfNoNumber(run);
     messages_.showResult(this, shown(offsetText(row.direction, run.offset)),
                          shown(realValueText(row, run.realValue)));

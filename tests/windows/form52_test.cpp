@@ -205,6 +205,21 @@ TEST_F(Form52ByHand, SetOfXAndYTakesWhatWaitsAsTheAnswer)
     }
 }
 
+TEST_F(Form52ByHand, OffsetOfYThatWhatWaitedHasShiftedIsTold)
+{
+    open(link::TypeA);
+    device->receive("\r\n");
+    answerWith({":0174+1.50000FF\r\n", ":012101+0.00000+2.5000000FF\r\n"});
+    press("Command5");
+    EXPECT_EQ(box("Text3").text(), "74+1.500");
+    EXPECT_TRUE(status().startsWith("\"74+1.500\" is no offset as readouts give it."))
+        << qPrintable(status());
+    answerWith({":0174+1.50000FF\r\n", ":012101+0.00000+2.5000000FF\r\n"});
+    press("Command5");
+    EXPECT_EQ(box("Text3").text(), "+1.50000");
+    EXPECT_EQ(status(), "");
+}
+
 TEST_F(Form52ByHand, SetOfZDrainsBeforeEachOfItsTwoSets)
 {
     device->receive("19 waiting already.");
