@@ -28,16 +28,8 @@ def take(window, name):
 def start(program, letter, address):
     """A program with an open port before readout `address`."""
     running = Program(BINARIES, program, bus=BUS)
-    press(running.one(Atspi.Role.RADIO_BUTTON, "Sensor Type " + letter))
-    press(running.one(BUTTON, "OpenComm"))
-    running.one(BUTTON, "CloseComm")
-    type_into(running.one(Atspi.Role.TEXT, "CCD Address"), address)
+    running.address(letter, address)
     return running
-
-
-def choose(program, item, caption):
-    press(program.one(Atspi.Role.MENU_ITEM, item))
-    return program.window(caption)
 
 
 def main_window():
@@ -53,7 +45,7 @@ def main_window():
 
 def offset_setting():
     program = start("quorvel", "C", "33")
-    window = choose(program, "Offset Setting", "Offset Setting")
+    window = program.open("Offset Setting", "Offset Setting")
     for letter, value in zip("XYZ", ("1.5", "-0.25", "12.5")):
         type_into(one_in(window, Atspi.Role.TEXT, letter + "-Direction"), value)
     take(window, "offset-setting")
@@ -62,7 +54,7 @@ def offset_setting():
 
 def automatic_readings():
     program = start("quorvel", "A", "5")
-    window = choose(program, "Automatic Readings", "Set AutoReading")
+    window = program.open("Automatic Readings", "Set AutoReading")
     press(one_in(window, BUTTON, "Get Auto_Reading Data"))
     program.choose_file("Database File", os.path.join(program.folder.name, "dam.mdb"))
     until(lambda: [node for node in descendants(window) if "35 records" in node.get_name()], "half of the records")
@@ -72,7 +64,7 @@ def automatic_readings():
 
 def grayscale():
     program = start("quorvel", "C", "33")
-    window = choose(program, "X-GrayScale-Data", "Gray Scale Graph")
+    window = program.open("X-GrayScale-Data", "Gray Scale Graph")
     one_in(window, Atspi.Role.CHART, "Grayscale Graph of CCD's Pixels (X-direction)")
     take(window, "grayscale")
     program.close()
@@ -80,7 +72,7 @@ def grayscale():
 
 def calibration():
     program = start("quorvel-factory", "C", "33")
-    window = choose(program, "X Direction", "X向标定")
+    window = program.open("X Direction", "X向标定")
     table = one_in(window, Atspi.Role.TABLE, "X_Direction")
     click(Atspi.Table.get_accessible_at(table, 0, 1))
     type_keys("".join(f"{point * 5}\n" for point in range(len(DEVIATIONS))))

@@ -5,7 +5,7 @@ import subprocess
 import sys
 import unittest
 
-from desk import Atspi, Program, one_in, press, select, type_into, until
+from desk import Atspi, Program, one_in, press, select, until
 
 BINARIES = sys.argv.pop(1)
 BUTTON = Atspi.Role.PUSH_BUTTON
@@ -18,11 +18,8 @@ class AutoreadWindow(unittest.TestCase):
     def setUp(self):
         self.program = Program(BINARIES, "quorvel", bus=BUS)
         self.addCleanup(self.program.close)
-        type_into(self.program.one(Atspi.Role.TEXT, "CCD Address"), "5")
-        press(self.program.one(BUTTON, "OpenComm"))
-        self.program.one(BUTTON, "CloseComm")
-        press(self.program.one(Atspi.Role.MENU_ITEM, "Automatic Readings"))
-        self.window = self.program.window("Set AutoReading")
+        self.program.address("A", "5")
+        self.window = self.program.open("Automatic Readings", "Set AutoReading")
 
     def test_the_interval_is_shown_and_set(self):
         select(one_in(self.window, Atspi.Role.COMBO_BOX, "01 hour"), "05 minutes")

@@ -9,7 +9,6 @@ from desk import Atspi, Program, click, descendants, one_in, press, type_into, t
 
 BINARIES = sys.argv.pop(1)
 BUTTON = Atspi.Role.PUSH_BUTTON
-ITEM = Atspi.Role.MENU_ITEM
 POINTS = 11
 
 
@@ -24,14 +23,10 @@ class CalibrationWindow(unittest.TestCase):
     def setUp(self):
         self.program = Program(BINARIES, "quorvel-factory", bus=["--fast", "--seed", "1", "--readout", "33:C"])
         self.addCleanup(self.program.close)
-        press(self.program.one(Atspi.Role.RADIO_BUTTON, "Sensor Type C"))
-        type_into(self.program.one(Atspi.Role.TEXT, "CCD Address"), "33")
-        press(self.program.one(BUTTON, "OpenComm"))
-        self.program.one(BUTTON, "CloseComm")
+        self.program.address("C", "33")
 
     def open(self, direction):
-        press(self.program.one(ITEM, f"{direction} Direction"))
-        self.window = self.program.window(f"{direction}向标定")
+        self.window = self.program.open(f"{direction} Direction", f"{direction}向标定")
         self.grid = one_in(self.window, Atspi.Role.TABLE, f"{direction}_Direction")
 
     def path(self, name):
@@ -114,12 +109,8 @@ class Stitching(unittest.TestCase):
     def test_it_is_set_and_queried(self):
         program = Program(BINARIES, "quorvel-factory", bus=["--fast", "--seed", "1", "--readout", "12:B"])
         self.addCleanup(program.close)
-        press(program.one(Atspi.Role.RADIO_BUTTON, "Sensor Type B"))
-        type_into(program.one(Atspi.Role.TEXT, "CCD Address"), "12")
-        press(program.one(BUTTON, "OpenComm"))
-        program.one(BUTTON, "CloseComm")
-        press(program.one(ITEM, "Stitching Location"))
-        window = program.window("Y-Direction Stitching")
+        program.address("B", "12")
+        window = program.open("Stitching Location", "Y-Direction Stitching")
         type_into(one_in(window, Atspi.Role.TEXT, "Location"), "512")
         press(one_in(window, BUTTON, "Set"))
         self.assertEqual(program.answer("OK"), "Location input error, pls input 4 numbers")

@@ -77,6 +77,18 @@ class Program:
             self.bus.stdout.close()
         self.folder.cleanup()
 
+    def address(self, letter, address):
+        """Chooses an instrument type, opens the port, and addresses a readout; "" leaves that to a search."""
+        self.press(Atspi.Role.RADIO_BUTTON, "Sensor Type " + letter)
+        type_into(self.one(Atspi.Role.TEXT, "CCD Address"), address)
+        self.press(Atspi.Role.PUSH_BUTTON, "OpenComm")
+        self.one(Atspi.Role.PUSH_BUTTON, "CloseComm")
+
+    def open(self, item, caption):
+        """Chooses a menu item, and gives the window that it opens."""
+        self.press(Atspi.Role.MENU_ITEM, item)
+        return self.window(caption)
+
     def tell_bus(self, line):
         self.bus.stdin.write(line + "\n")
         self.bus.stdin.flush()

@@ -5,7 +5,7 @@ import subprocess
 import sys
 import unittest
 
-from desk import Atspi, Program, has_state, one_in, press, type_into, until
+from desk import Atspi, Program, has_state, one_in, press, until
 
 BINARIES = sys.argv.pop(1)
 BUTTON = Atspi.Role.PUSH_BUTTON
@@ -18,14 +18,10 @@ class GrayscaleWindow(unittest.TestCase):
     def setUp(self):
         self.program = Program(BINARIES, "quorvel", bus=["--fast", "--seed", "1", "--readout", "33:C"])
         self.addCleanup(self.program.close)
-        press(self.program.one(Atspi.Role.RADIO_BUTTON, "Sensor Type C"))
-        type_into(self.program.one(Atspi.Role.TEXT, "CCD Address"), "33")
-        press(self.program.one(BUTTON, "OpenComm"))
-        self.program.one(BUTTON, "CloseComm")
+        self.program.address("C", "33")
 
     def open(self, direction):
-        press(self.program.one(Atspi.Role.MENU_ITEM, f"{direction}-GrayScale-Data"))
-        window = self.program.window("Gray Scale Graph")
+        window = self.program.open(f"{direction}-GrayScale-Data", "Gray Scale Graph")
         one_in(window, CHART, f"Grayscale Graph of CCD's Pixels ({direction}-direction)")
         return window
 

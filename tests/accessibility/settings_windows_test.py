@@ -17,14 +17,7 @@ class SettingsWindows(unittest.TestCase):
     def setUp(self):
         self.program = Program(BINARIES, "quorvel", bus=["--fast", "--seed", "1", "--readout", "33:C"])
         self.addCleanup(self.program.close)
-        press(self.program.one(Atspi.Role.RADIO_BUTTON, "Sensor Type C"))
-        type_into(self.program.one(TEXT, "CCD Address"), "33")
-        press(self.program.one(BUTTON, "OpenComm"))
-        self.program.one(BUTTON, "CloseComm")
-
-    def open(self, item, caption):
-        press(self.program.one(Atspi.Role.MENU_ITEM, item))
-        return self.program.window(caption)
+        self.program.address("C", "33")
 
     @staticmethod
     def row(window, name):
@@ -49,7 +42,7 @@ class SettingsWindows(unittest.TestCase):
         return lines
 
     def test_change_address(self):
-        window = self.open("Change Address", "Change Address")
+        window = self.program.open("Change Address", "Change Address")
         self.assertEqual(Atspi.Text.get_text(one_in(window, TEXT, "Original Address"), 0, -1), "33")
         type_into(one_in(window, TEXT, "New Address(1-249)"), "12")
         press(one_in(window, BUTTON, "OK"))
@@ -57,7 +50,7 @@ class SettingsWindows(unittest.TestCase):
         self.assertEqual(self.program.state(12)["address"], 12)
 
     def test_parameter_setting(self):
-        window = self.open("Parameter Setting", "Set Wire and Calibration Parameter")
+        window = self.program.open("Parameter Setting", "Set Wire and Calibration Parameter")
         type_into(one_in(window, TEXT, "Diameter(mm)"), "2.4")
         type_into(one_in(window, TEXT, "Permitted Error (mm)"), "0.5")
         press(one_in(window, BUTTON, "Set"))
@@ -67,7 +60,7 @@ class SettingsWindows(unittest.TestCase):
                          "Diameter and permitted Error is set as 2.4mm, 0.5mm")
 
     def test_offset_setting(self):
-        window = self.open("Offset Setting", "Offset Setting")
+        window = self.program.open("Offset Setting", "Offset Setting")
         for direction, said in (("X", "The reference of X-Direction is +1.50000!"),
                                 ("Y", "The offset of Y-Direction is +1.50000!"),
                                 ("Z", "The offset of Z-Direction is +1.50000!")):
@@ -80,7 +73,7 @@ class SettingsWindows(unittest.TestCase):
 
     def test_reference_setting(self):
         self.program.tell_bus("set 33 x 2.5")
-        window = self.open("Reference Setting", "Reference Setting")
+        window = self.program.open("Reference Setting", "Reference Setting")
         type_into(one_in(window, TEXT, "X-Direction"), "10")
         self.press_in_row(window, "X-Direction", "Set")
         self.assertEqual(self.program.answer("OK"), "Set OK!The current value is +2.50000, "
@@ -90,7 +83,7 @@ class SettingsWindows(unittest.TestCase):
                                          "The current value without reference is 2.5!"])
 
     def test_reference_feature(self):
-        window = self.open("Offset Setting", "Offset Setting")
+        window = self.program.open("Offset Setting", "Offset Setting")
         self.press_in_row(window, "Reference Feature", "Set")
         self.assertEqual(self.program.answer("OK"), "Set OK!")
         self.assertTrue(self.program.state(33)["reference"])
@@ -100,7 +93,7 @@ class SettingsWindows(unittest.TestCase):
         self.assertFalse(self.program.state(33)["reference"])
 
     def test_invert_and_swap(self):
-        window = self.open("Invert and Swap", "Invert and Swap")
+        window = self.program.open("Invert and Swap", "Invert and Swap")
         for caption, switch in (("X Direction", "invertX"), ("Y Direction", "invertY"),
                                 ("Z Direction", "invertZ"), ("Swap X and Y", "swap")):
             select(next(node for node in self.row(window, caption) if node.get_role() == COMBO), "True")
@@ -112,7 +105,7 @@ class SettingsWindows(unittest.TestCase):
 
     def test_clock_setting(self):
         self.program.tell_bus("set 33 clock 2024-05-17T09:05:30")
-        window = self.open("Clock Setting", "Set Clock")
+        window = self.program.open("Clock Setting", "Set Clock")
         press(one_in(window, BUTTON, "Set"))
         self.assertRegex(self.program.answer("Yes"),
                          r"^Current time is 2024-05-17  09:05:3\d\.\n"

@@ -1,5 +1,7 @@
 #include "windows/celebration1_on_the_bus.h"
 
+#include <QApplication>
+
 namespace quorvel::test {
 namespace {
 
