@@ -5,9 +5,9 @@
 //   cpu_share    processor time of the program over real time (aim: at most 0.05)
 //   sync_ms      what bringing one row to the disk of the temporary folder takes here, which is part of it
 
-#include "autoread/ring.h"
 #include "autoread/setauto.h"
 #include "link/clock.h"
+#include "protocol/ring.h"
 #include "support/simulated_bus.h"
 #include "support/test_messages.h"
 
@@ -35,16 +35,16 @@ double secondsSince(Clock::time_point start)
 
 double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
-double floorOf(std::size_t frameLength, int replyLength)
+double floorOf(const link::Transaction& transaction)
 {
-    return 0.03 + static_cast<double>(frameLength) * 0.005 + replyLength * kCharacter;
+    return 0.03 + static_cast<double>(transaction.frame.size()) * 0.005 + transaction.reply.count * kCharacter;
 }
 
 /// Seconds that one durable row takes in a file of its own.
 double syncSeconds(const std::filesystem::path& path)
 {
     constexpr int kRows = 50;
-    auto sink = autoread::createRecordFile(path, autoread::kTwoDirections, autoread::Existing::Keep);
+    auto sink = autoread::createRecordFile(path, protocol::kTwoDirections, autoread::Existing::Keep);
     const auto start = Clock::now();
     for (int i = 0; i < kRows; ++i) {
         if (!(*sink)->append({*jet::Date::of({2024, 1, 1, 0, i, 0}), {}})) return -1;
@@ -78,7 +78,7 @@ void download(benchmark::State& state)
 {
     const auto slots = static_cast<int>(state.range(0));
     Station station(slots);
-    SetAuto window(station.bench, station.module1, station.gate, station.messages);
+    SetAuto window({station.bench, station.module1, station.gate, station.messages});
     window.show();
     const std::filesystem::path folder = station.folder.path().toStdString();
     state.counters["sync_ms"] = syncSeconds(folder / "sync.mdb") * 1000;
@@ -89,9 +89,8 @@ void download(benchmark::State& state)
         window.findChild<QPushButton*>("Command2")->click();
     }
     const double passed = secondsSince(start);
-    const double floor =
-        floorOf(autoread::pointersFrame("05").size(), autoread::kPointersReplyLength) +
-        slots * floorOf(autoread::recordFrame("05", 0).size(), autoread::kTwoDirections.replyLength);
+    const double floor = floorOf(protocol::pointersQuery("05")) +
+                         slots * floorOf(protocol::recordFetch("05", 0, protocol::kTwoDirections));
     state.counters["floor_ratio"] = passed / floor;
     state.counters["cpu_share"] = (processorSeconds() - processor) / passed;
     if (!station.messages.shown.isEmpty()) state.SkipWithError(qPrintable(station.messages.last()));

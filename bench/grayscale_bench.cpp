@@ -1,4 +1,5 @@
 #include "grayscale/drawthart.h"
+#include "link/module1.h"
 #include "support/simulated_bus.h"
 
 #include <QApplication>
@@ -11,6 +12,8 @@
 /// Grayscale: reading a long reply, drawing a long curve, and the time that a reply takes on the wire.
 namespace quorvel::grayscale {
 namespace {
+
+using protocol::kHighestIndex;
 
 constexpr double kBitsPerSecond = 9600;
 constexpr double kBitsPerCharacter = 10;
@@ -53,7 +56,7 @@ void parseLongestReply(benchmark::State& state)
     const auto reply = longestReply();
     PixelArray array;
     measure(state, kParseLimit, [&] {
-        if (!readReply(kDirections[0], reply, array)) state.SkipWithError("the reply is refused");
+        if (!readGrayscale(protocol::kGrayscales[0], reply, array).good) state.SkipWithError("the reply is refused");
     });
 }
 BENCHMARK(parseLongestReply)->Unit(benchmark::kMicrosecond);
@@ -114,15 +117,16 @@ void transfer7450Pixels(benchmark::State& state)
     link::SystemClock clock;
     link::Module1 module1(port, clock);
     if (!port.setPortOpen(true).isEmpty()) return state.SkipWithError("the bus cannot be opened");
-    const auto request = frame(kDirections[0], "05");
-    const double sending = kPauseBeforeFrame + kPauseAfterCharacter * static_cast<double>(request.size());
+    const auto request = protocol::grayscaleQuery(protocol::kGrayscales[0], "05");
+    const double sending = kPauseBeforeFrame + kPauseAfterCharacter * static_cast<double>(request.frame.size());
     PixelArray array;
     for (auto _ : state) {
         const auto start = Clock::now();
-        if (fetch(module1, kDirections[0], "05", array) != Outcome::Read) state.SkipWithError("no reply");
+        const auto exchange = module1.transact(request);
+        if (!readGrayscale(protocol::kGrayscales[0], exchange.reply, array).good) state.SkipWithError("no reply");
         const double seconds = secondsSince(start);
         const double floor =
-            sending + static_cast<double>(module1.ReplyText().size()) * kBitsPerCharacter / kBitsPerSecond;
+            sending + static_cast<double>(exchange.reply.size()) * kBitsPerCharacter / kBitsPerSecond;
         state.SetIterationTime(seconds);
         state.counters["floor_s"] = floor;
         state.counters["ratio"] = seconds / floor;

@@ -1,7 +1,7 @@
 #include "first_paint.h"
 
 #include "app/edition.h"
-#include "app/workplace.h"
+#include "app/program.h"
 
 namespace quorvel {
 
@@ -14,7 +14,7 @@ int main(int argc, char* argv[])
     const QApplication application(argc, argv);
     quorvel::bench::FirstPaint firstPaint;
     qApp->installEventFilter(&firstPaint);
-    quorvel::Workplace workplace({}, std::filesystem::current_path(), QString::fromLatin1(quorvel::kEdition));
-    workplace.form1.show();
+    quorvel::Program program({}, std::filesystem::current_path(), {}, QString::fromLatin1(quorvel::kEdition));
+    program.form1.show();
     return QApplication::exec();
 }

@@ -2,8 +2,8 @@
 #include "app/edition.h"
 #include "app/openers.h"
 #include "app/options.h"
-#include "app/program_folder.h"
-#include "app/workplace.h"
+#include "app/program.h"
+#include "link/program_folder.h"
 
 #include <QApplication>
 
@@ -35,7 +35,7 @@ int runProgram(int argc, char* argv[])
     qtArguments.push_back(nullptr);
     QApplication application(count, qtArguments.data());
     if (count > 1) return wrongUsage(QStringLiteral("Unknown argument: %1").arg(qtArguments[1]));
-    QApplication::setApplicationName(kProgramName);
+    QApplication::setApplicationName(link::kProgramName);
 
     DemoBus demo;
     QString trouble;
@@ -43,13 +43,15 @@ int runProgram(int argc, char* argv[])
         trouble = demo.start();
         if (trouble.isEmpty()) options.ports.prepend(demo.device());
     }
-    Workplace workplace(options.ports, programFolder(options.folder), QString::fromLatin1(kEdition));
-    openAutoread(workplace);
-    openSettings(workplace);
-    openCalibration(workplace);
-    openGrayscale(workplace);
-    if (!trouble.isEmpty()) workplace.form1.showStatus(trouble);
-    workplace.form1.show();
+    const auto own = link::executableFolder();
+    Program program(options.ports, link::programFolder(options.folder, own), link::helpText(options.folder, own),
+                    QString::fromLatin1(kEdition));
+    openAutoread(program);
+    openSettings(program);
+    openCalibration(program);
+    openGrayscale(program);
+    if (!trouble.isEmpty()) program.form1.showStatus(trouble);
+    program.form1.show();
     return QApplication::exec();
 }
 

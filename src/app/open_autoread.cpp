@@ -1,15 +1,13 @@
 #include "app/openers.h"
-#include "app/workplace.h"
+#include "app/program.h"
 #include "autoread/setauto.h"
 
 namespace quorvel {
 
-void openAutoread(Workplace& workplace)
+void openAutoread(Program& program)
 {
-    workplace.form1.setOpener("AutomaticReading", [&workplace] {
-        SetAuto(workplace.bench, workplace.module1, workplace.gate, workplace.messages, &workplace.form1)
-            .exec();
-    });
+    program.form1.setOpener("AutomaticReading",
+                            [&program] { SetAuto(program.workplace, &program.form1).exec(); });
 }
 
 } // namespace quorvel

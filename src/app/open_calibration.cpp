@@ -1,5 +1,5 @@
 #include "app/openers.h"
-#include "app/workplace.h"
+#include "app/program.h"
 #include "calibration/celebration1.h"
 #include "calibration/form6.h"
 
@@ -14,21 +14,16 @@ constexpr struct {
 
 } // namespace
 
-void openCalibration(Workplace& workplace)
+void openCalibration(Program& program)
 {
     for (const auto& row : kDirections) {
-        workplace.form1.setOpener(row.action, [&workplace, direction = row.direction] {
-            workplace.bench.CalibrationDirection = direction;
-            calibration::Celebration1(workplace.bench, workplace.module1, workplace.gate, workplace.messages,
-                                      &workplace.form1)
-                .exec();
+        program.form1.setOpener(row.action, [&program, direction = row.direction] {
+            program.bench.CalibrationDirection = direction;
+            calibration::Celebration1(program.workplace, &program.form1).exec();
         });
     }
-    workplace.form1.setOpener("SL", [&workplace] {
-        calibration::Form6(workplace.bench, workplace.module1, workplace.gate, workplace.messages,
-                           &workplace.form1)
-            .exec();
-    });
+    program.form1.setOpener("SL",
+                            [&program] { calibration::Form6(program.workplace, &program.form1).exec(); });
 }
 
 } // namespace quorvel

@@ -1,18 +1,16 @@
 #include "app/openers.h"
-#include "app/workplace.h"
+#include "app/program.h"
 #include "grayscale/grayscalechart.h"
 
 namespace quorvel {
 
-void openGrayscale(Workplace& workplace)
+void openGrayscale(Program& program)
 {
-    for (const auto& direction : grayscale::kDirections) {
-        const auto name = QString::fromStdString(std::string(direction.name));
-        workplace.form1.setOpener(name + QStringLiteral("_GrayScale_Data"), [&workplace, name] {
-            workplace.bench.GrayscaleDirection = name;
-            GrayScaleChart(workplace.bench, workplace.module1, workplace.gate, workplace.messages,
-                           &workplace.form1)
-                .exec();
+    for (const auto& row : protocol::kGrayscales) {
+        const auto name = QString::fromStdString(std::string(protocol::nameOf(row.sensor)));
+        program.form1.setOpener(name + QStringLiteral("_GrayScale_Data"), [&program, name] {
+            program.bench.GrayscaleDirection = name;
+            GrayScaleChart(program.workplace, &program.form1).exec();
         });
     }
 }

@@ -1,5 +1,5 @@
 #include "app/openers.h"
-#include "app/workplace.h"
+#include "app/program.h"
 #include "settings/form2.h"
 #include "settings/form4.h"
 #include "settings/form51.h"
@@ -13,21 +13,20 @@ namespace quorvel {
 namespace {
 
 template<class Window>
-void show(Workplace& workplace)
+void show(Program& program)
 {
-    Window(workplace.bench, workplace.module1, workplace.gate, workplace.messages, &workplace.form1).exec();
+    Window(program.workplace, &program.form1).exec();
 }
 
-void reset(Workplace& workplace)
+void reset(Program& program)
 {
-    ResetSetting_Click(workplace.bench, workplace.module1, workplace.gate, workplace.messages,
-                       &workplace.form1,
-                       [&workplace](const QString& text) { workplace.form1.showStatus(text); });
+    ResetSetting_Click(program.workplace, &program.form1,
+                       [&program](const QString& text) { program.form1.showStatus(text); });
 }
 
 struct Row {
     const char* action;
-    void (*open)(Workplace& workplace);
+    void (*open)(Program& program);
 };
 constexpr Row kRows[] = {
     {"ChangeAddress", show<Form2>},
@@ -41,10 +40,10 @@ constexpr Row kRows[] = {
 
 } // namespace
 
-void openSettings(Workplace& workplace)
+void openSettings(Program& program)
 {
     for (const auto& row : kRows)
-        workplace.form1.setOpener(row.action, [&workplace, open = row.open] { open(workplace); });
+        program.form1.setOpener(row.action, [&program, open = row.open] { open(program); });
 }
 
 } // namespace quorvel

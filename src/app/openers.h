@@ -2,13 +2,12 @@
 
 namespace quorvel {
 
-struct Workplace;
+struct Program;
 
 // What the menu items open; one function and one source file per room.
-void openAutoread(Workplace& workplace);
-void openCalibration(Workplace& workplace);
-void openGrayscale(Workplace& workplace);
-
-void openSettings(Workplace& workplace);
+void openAutoread(Program& program);
+void openCalibration(Program& program);
+void openGrayscale(Program& program);
+void openSettings(Program& program);
 
 } // namespace quorvel

@@ -4,6 +4,8 @@
 
 namespace quorvel::autoread {
 
+using namespace protocol;
+
 namespace {
 
 /// The words for a file that failed, with what is left of the download.
@@ -13,15 +15,15 @@ std::string fileFailedText(const std::string& reason, int received)
            " records before. The readout still has all its data.";
 }
 
-/// One record from the readout into the sink.
-Outcome fetchRecord(link::Module1& module1, const std::string& frame, int index, int received,
+/// The record in one slot of the readout into the sink.
+Outcome fetchRecord(link::Module1& module1, std::string_view addressDigits, int slot, int received,
                     const RecordLayout& layout, RecordSink& sink)
 {
-    if (!module1.transact(frame, static_cast<std::uint16_t>(layout.replyLength)))
-        return {Ending::CommError, received, brokenText(received)};
-    const auto& reply = module1.ReplyText();
-    const auto read = readRecord(reply, layout);
-    if (!read.record) return {Ending::BadRecord, received, badRecordText(index, read.fault, reply, received)};
+    const auto exchange = module1.transact(recordFetch(addressDigits, slot, layout));
+    if (!exchange.complete()) return {Ending::CommError, received, brokenText(received)};
+    const auto read = readRecord(exchange.reply, layout);
+    if (!read.record)
+        return {Ending::BadRecord, received, badRecordText(slot, read.fault, exchange.reply, received)};
     if (const auto stored = sink.append(*read.record); !stored)
         return {Ending::FileFailed, received, fileFailedText(stored.error(), received)};
     return {Ending::Complete, received + 1, {}};
@@ -29,7 +31,7 @@ Outcome fetchRecord(link::Module1& module1, const std::string& frame, int index,
 
 } // namespace
 
-Outcome fetchRecords(link::Module1& module1, std::string_view addressDigits, const RecordSpan& span,
+Outcome fetchRecords(link::Module1& module1, std::string_view addressDigits, const protocol::RecordSpan& span,
                      const RecordLayout& layout, RecordSink& sink, const Watcher& watcher)
 {
     Outcome outcome;
@@ -39,9 +41,8 @@ Outcome fetchRecords(link::Module1& module1, std::string_view addressDigits, con
             outcome.ending = Ending::Stopped;
             break;
         }
-        const int index = span.indexOf(count);
         const int before = outcome.received;
-        outcome = fetchRecord(module1, recordFrame(addressDigits, index), index, before, layout, sink);
+        outcome = fetchRecord(module1, addressDigits, span.indexOf(count), before, layout, sink);
         if (outcome.received > before) watcher.received(outcome.received);
     }
     const auto closed = sink.close();

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "autoread/record_file.h"
-#include "autoread/ring.h"
 #include "link/module1.h"
+#include "protocol/ring.h"
 
 #include <functional>
 #include <string>
@@ -15,7 +15,7 @@ enum class Ending {
     Complete,
     Stopped,    ///< by the operator
     CommError,  ///< a reply was incomplete
-    BadRecord,  ///< a reply holds no record
+    BadRecord,  ///< a reply does not hold a record
     FileFailed, ///< a record could not be stored
 };
 
@@ -34,7 +34,7 @@ struct Watcher {
 
 /// Fetches the records of `span` one by one into `sink`, each one on the disk before the next is asked for, and
 /// closes the sink. Interface events run between the records.
-Outcome fetchRecords(link::Module1& module1, std::string_view addressDigits, const RecordSpan& span,
+Outcome fetchRecords(link::Module1& module1, std::string_view addressDigits, const protocol::RecordSpan& span,
                      const RecordLayout& layout, RecordSink& sink, const Watcher& watcher);
 
 } // namespace quorvel::autoread

@@ -9,23 +9,23 @@ namespace quorvel::autoread {
 namespace {
 
 /// A ring keeps one slot free, or none.
-bool isFull(const RingPointers& pointers) { return spanOf(pointers).count() >= pointers.capacity - 1; }
+bool isFull(const protocol::RingPointers& pointers) { return protocol::spanOf(pointers).count() >= pointers.capacity - 1; }
 
 /// Only a full ring loses its oldest record to a new one; any other that begins elsewhere was cleared.
-bool isSameRing(const RingPointers& before, const RingPointers& now)
+bool isSameRing(const protocol::RingPointers& before, const protocol::RingPointers& now)
 {
     return before.capacity == now.capacity && (before.first == now.first || isFull(now));
 }
 
 /// Intervals are whole seconds, so a readout takes at most one reading a second.
-bool mayHaveGoneRound(const RingPointers& now, std::int64_t seconds)
+bool mayHaveGoneRound(const protocol::RingPointers& now, std::int64_t seconds)
 {
     return isFull(now) && (seconds < 0 || seconds >= now.capacity - 1);
 }
 
 } // namespace
 
-void Ledger::seen(const std::string& address, const RingPointers& pointers, std::int64_t seconds)
+void Ledger::seen(const std::string& address, const protocol::RingPointers& pointers, std::int64_t seconds)
 {
     auto& entry = entries_[address];
     const auto capacity = static_cast<std::size_t>(pointers.capacity);
@@ -44,10 +44,10 @@ void Ledger::seen(const std::string& address, const RingPointers& pointers, std:
     entry.askedAt = seconds;
 }
 
-void Ledger::downloaded(const std::string& address, const RecordSpan& span, int recordCount)
+void Ledger::downloaded(const std::string& address, const protocol::RecordSpan& span, int recordCount)
 {
     const auto known = entries_.find(address);
-    if (known == entries_.end() || spanOf(known->second.pointers) != span) return;
+    if (known == entries_.end() || protocol::spanOf(known->second.pointers) != span) return;
     known->second.inFile[static_cast<std::size_t>(span.indexOf(recordCount))] = true;
 }
 
@@ -59,7 +59,7 @@ int Ledger::missing(const std::string& address) const
 {
     const auto known = entries_.find(address);
     if (known == entries_.end()) return -1;
-    const auto span = spanOf(known->second.pointers);
+    const auto span = protocol::spanOf(known->second.pointers);
     int missing = 0;
     for (int count = span.first; count < span.end; ++count) {
         if (!known->second.inFile[static_cast<std::size_t>(span.indexOf(count))]) ++missing;
@@ -74,7 +74,7 @@ std::string Ledger::text(const std::string& address) const
     if (left < 0)
         return "The records stored in readout " + address + " have not been downloaded in this window.";
     const auto& entry = entries_.at(address);
-    const int total = spanOf(entry.pointers).count();
+    const int total = protocol::spanOf(entry.pointers).count();
     if (total == 0) return readout + " held no records when it was last asked.";
     if (left == 0) {
         return "All " + text::general(total) + " records that readout " + address +

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "autoread/ring.h"
+#include "protocol/ring.h"
 
 #include <cstdint>
 #include <map>
@@ -18,9 +18,9 @@ public:
     ///
     /// @param pointers  that whyNotFetchable() has nothing against.
     /// @param seconds   when, on any clock that goes on evenly.
-    void seen(const std::string& address, const RingPointers& pointers, std::int64_t seconds);
+    void seen(const std::string& address, const protocol::RingPointers& pointers, std::int64_t seconds);
     /// The record of this count is in a file. Ignored when the readout was last seen with another span.
-    void downloaded(const std::string& address, const RecordSpan& span, int recordCount);
+    void downloaded(const std::string& address, const protocol::RecordSpan& span, int recordCount);
     /// The readout confirmed that it has deleted its records.
     void deleted(const std::string& address);
     /// Nothing is known about the readout any more.
@@ -37,7 +37,7 @@ public:
 
 private:
     struct Entry {
-        RingPointers pointers;
+        protocol::RingPointers pointers;
         std::int64_t askedAt = 0;
         std::vector<bool> inFile; ///< for each slot of the ring
         bool upTo = false;        ///< some of the missing records may be in a file all the same

@@ -1,5 +1,6 @@
 #include "autoread/pace.h"
 
+#include "link/pacing.h"
 #include "text/number.h"
 
 #include <algorithm>
@@ -10,19 +11,18 @@ namespace quorvel::autoread {
 namespace {
 
 constexpr int kFrameLength = 13;
-constexpr double kPauseBeforeFrame = 0.03;
-constexpr double kPauseAfterCharacter = 0.005;
-constexpr double kCharacterOnTheWire = 10.0 / 9600;
 constexpr int kSecondsPerMinute = 60;
 
 } // namespace
 
-double leastSecondsPerRecord(const RecordLayout& layout)
+double leastSecondsPerRecord(const protocol::RecordLayout& layout)
 {
-    return kPauseBeforeFrame + kFrameLength * kPauseAfterCharacter + layout.replyLength * kCharacterOnTheWire;
+    const double frame = static_cast<double>(link::kPauseBeforeFrame) +
+                         kFrameLength * static_cast<double>(link::kPauseAfterCharacter);
+    return frame + layout.replyLength * link::kCharacterOnTheWire;
 }
 
-double secondsLeft(const RecordLayout& layout, int total, int received, double passed)
+double secondsLeft(const protocol::RecordLayout& layout, int total, int received, double passed)
 {
     const double each = received > 0 ? passed / received : leastSecondsPerRecord(layout);
     return std::max(0, total - received) * std::max(each, 0.0);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "autoread/record.h"
+#include "protocol/record.h"
 
 #include <string>
 
@@ -8,11 +8,11 @@
 namespace quorvel::autoread {
 
 /// Seconds that one record takes at the least: the pauses of its frame, and its reply at 9600 baud.
-double leastSecondsPerRecord(const RecordLayout& layout);
+double leastSecondsPerRecord(const protocol::RecordLayout& layout);
 
 /// Seconds left of a download, by the pace so far; before the first record by the least pace.
 /// @param passed  seconds since it began.
-double secondsLeft(const RecordLayout& layout, int total, int received, double passed);
+double secondsLeft(const protocol::RecordLayout& layout, int total, int received, double passed);
 
 /// "about 2 min 17 s left", "about 9 s left".
 std::string timeLeftText(double seconds);

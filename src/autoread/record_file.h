@@ -1,7 +1,7 @@
 #pragma once
 
-#include "autoread/record.h"
 #include "jet/result.h"
+#include "protocol/record.h"
 
 #include <filesystem>
 #include <memory>
@@ -10,6 +10,10 @@
 /// and `z2`. A name that ends in ".csv" (either case) gives the same table as text: a header row, ISO 8601 times,
 /// decimal points, lines ended by a line feed. Any other name gives an Access database.
 namespace quorvel::autoread {
+
+using protocol::kReadings;
+using protocol::Record;
+using protocol::RecordLayout;
 
 /// Where the records of a download go, one after the other.
 class RecordSink {

@@ -1,9 +1,10 @@
 #include "autoread/setauto.h"
 
-#include "autoread/mode.h"
 #include "autoread/pace.h"
 #include "link/address.h"
 #include "link/bytes.h"
+#include "protocol/answer.h"
+#include "protocol/schedule.h"
 #include "text/number.h"
 #include "ui_setauto.h"
 
@@ -36,119 +37,109 @@ void keepPlace(QWidget* widget)
 
 } // namespace
 
-SetAuto::SetAuto(const link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-                 QWidget* parent)
-    : QDialog(parent), ui_(std::make_unique<Ui::SetAuto>()), bench_(bench), module1_(module1), gate_(gate),
-      messages_(messages)
+SetAuto::SetAuto(const Workplace& workplace, QWidget* parent)
+    : BusWindow(workplace, parent), ui_(std::make_unique<Ui::SetAuto>())
 {
     ui_->setupUi(this);
     Form_Load();
-    connectControls();
+    onClick(ui_->Command1, [this] { Command1_Click(); });
+    onClick(ui_->Command2, [this] { Command2_Click(); });
+    onClick(ui_->Command3, [this] { Command3_Click(); });
 }
 
 SetAuto::~SetAuto() = default;
 
 void SetAuto::Form_Load()
 {
-    for (const auto& row : autoread::kIntervals) {
+    for (const auto& row : protocol::kIntervals) {
         ui_->Combo1->addItem(shown(row.entry));
     }
-    ui_->Combo1->setCurrentIndex(autoread::kOneHour);
+    ui_->Combo1->setCurrentIndex(protocol::kOneHour);
     for (auto* widget : std::initializer_list<QWidget*>{ui_->Label3, ui_->Progress}) {
         keepPlace(widget);
         widget->hide();
     }
-    ui_->Text1->setText(bench_.currentAddress);
-    showLedger();
-}
-
-void SetAuto::connectControls()
-{
-    gate_.guard(ui_->Command1, &QPushButton::clicked, this, &SetAuto::Command1_Click);
-    gate_.guard(ui_->Command2, &QPushButton::clicked, this, &SetAuto::Command2_Click);
-    gate_.guard(ui_->Command3, &QPushButton::clicked, this, &SetAuto::Command3_Click);
+    useStatusLine(*ui_->Status);
+    useAddressBox(*ui_->Text1);
     connect(ui_->Text1, &QLineEdit::textChanged, this, &SetAuto::addressTyped);
-    connect(&module1_.port(), &link::MSComm::lost, ui_->Status, &QLabel::setText);
 }
 
-bool SetAuto::transact(const std::string& frame, int replyLength)
+link::Exchange SetAuto::ask(const link::Transaction& transaction)
 {
     remark_.clear();
-    showLine(tr("Waiting for readout %1 ...").arg(words(address())));
-    const bool answered = module1_.transact(frame, static_cast<std::uint16_t>(replyLength));
-    showLedger();
-    return answered;
+    tell(tr("Waiting for readout %1 ...").arg(words(address())));
+    const auto exchange = perform(transaction);
+    clearStatus();
+    if (exchange.outcome == link::Outcome::PortLost) explain(exchange);
+    return exchange;
 }
 
 // A broken query does not end it: the question then shows what the characters received make, zeros when there
 // were none, and the schedule can be set although it could not be read.
 void SetAuto::Command1_Click()
 {
-    if (!transact(autoread::modeFrame(addressDigits()), autoread::kModeReplyLength))
-        messages_.say(this, kCommError);
-    const auto mode = autoread::readMode(module1_.ReplyText());
-    if (!messages_.ask(this, shown(autoread::modeQuestion(mode)))) return;
-    const auto frame = autoread::intervalFrame(addressDigits(), ui_->Combo1->currentIndex());
-    const bool answered = transact(frame, autoread::kIntervalReplyLength);
-    messages_.say(this, answered ? autoread::kSetOk : autoread::kSetError);
+    const auto asked = ask(protocol::modeQuery(addressDigits()));
+    if (!asked.complete()) say(kCommError);
+    const auto mode = protocol::readMode(asked.reply);
+    if (!messages_.ask(this, shown(protocol::modeQuestion(mode)))) return;
+    const auto set = ask(protocol::intervalSet(addressDigits(), ui_->Combo1->currentIndex()));
+    say(set.complete() ? protocol::kScheduleSet : protocol::kScheduleNotSet);
 }
 
 // Here, too, a broken query goes on: it mostly leads to "No Data". A window that is closing touches no file: what
 // stands there would give way to an empty one.
 void SetAuto::Command2_Click()
 {
-    if (!module1_.port().PortOpen()) return messages_.say(this, kPortNotOpened);
-    const bool answered = transact(autoread::pointersFrame(addressDigits()), autoread::kPointersReplyLength);
-    if (!answered) messages_.say(this, kCommError);
-    const auto pointers = autoread::readPointers(module1_.ReplyText());
-    noteReply(pointers, answered);
-    if (pointers.isEmpty()) return messages_.say(this, autoread::kNoData);
-    if (const auto why = autoread::whyNotFetchable(pointers); !why.empty())
-        return messages_.say(this, words(why));
+    if (!module1_.port().PortOpen()) return say(kPortNotOpened);
+    const auto asked = ask(protocol::pointersQuery(addressDigits()));
+    if (!asked.complete()) say(kCommError);
+    const auto pointers = protocol::readPointers(asked.reply);
+    noteReply(pointers, asked);
+    if (pointers.isEmpty()) return say(protocol::kNoData);
+    if (const auto why = protocol::whyNotFetchable(pointers); !why.empty()) return say(words(why));
     if (gate_.stopRequested()) return;
     const auto path = ChooseDatabaseFile(messages_, this);
     if (path.isEmpty() || gate_.stopRequested()) return;
     const auto existing = QFileInfo::exists(path) ? autoread::Existing::Replace : autoread::Existing::Keep;
     if (!mayWrite(messages_, this, path) || gate_.stopRequested()) return;
-    fetchInto(path, existing, autoread::spanOf(pointers));
+    fetchInto(path, existing, protocol::spanOf(pointers));
 }
 
-void SetAuto::noteReply(const autoread::RingPointers& pointers, bool answered)
+void SetAuto::noteReply(const protocol::RingPointers& pointers, const link::Exchange& exchange)
 {
-    const auto& reply = module1_.ReplyText();
-    const bool plain = autoread::isPlainPointersReply(reply);
-    if (plain && autoread::whyNotFetchable(pointers).empty()) {
+    const bool plain = protocol::isPlainPointersReply(exchange.reply);
+    if (plain && protocol::whyNotFetchable(pointers).empty()) {
         ledger_.seen(address(), pointers, module1_.clock().now().toSecsSinceEpoch());
-    } else if (answered && !plain) {
+    } else if (exchange.complete() && !plain) {
         remark_ = tr("The answer to the question for stored records was not readable: %1")
-                      .arg(words(autoread::printable(reply)));
+                      .arg(words(protocol::printable(exchange.reply)));
     }
-    showLedger();
+    refreshStatus();
 }
 
-void SetAuto::fetchInto(const QString& path, autoread::Existing existing, const autoread::RecordSpan& span)
+void SetAuto::fetchInto(const QString& path, autoread::Existing existing, const protocol::RecordSpan& span)
 {
     auto sink = autoread::createRecordFile(QFileInfo(path).filesystemFilePath(), layout(), existing);
-    if (!sink) return messages_.say(this, words(sink.error()));
+    if (!sink) return say(words(sink.error()));
     const auto outcome = run(**sink, span);
-    showLedger();
-    if (!outcome.reason.empty()) messages_.say(this, words(outcome.reason));
+    if (module1_.port().PortOpen()) clearStatus();
+    if (!outcome.reason.empty()) say(words(outcome.reason));
 }
 
-autoread::Outcome SetAuto::run(autoread::RecordSink& sink, const autoread::RecordSpan& span)
+autoread::Outcome SetAuto::run(autoread::RecordSink& sink, const protocol::RecordSpan& span)
 {
     auto& clock = module1_.clock();
     const double start = clock.timeOfDay();
     const auto who = address();
     showProgress(span.count(), 0, 0);
-    showLine(tr("Closing this window ends the download after the record under way."));
+    tell(tr("Closing this window ends the download after the record under way."));
     return autoread::fetchRecords(
         module1_, addressDigits(), span, layout(), sink,
         {[this] { return gate_.stopRequested(); },
          [&](int received) {
              ledger_.downloaded(who, span, span.first + received - 1);
              ui_->Label3->show();
-             ui_->Label3->setText(shown(autoread::receivedText(span.count(), received)));
+             ui_->Label3->setText(shown(protocol::receivedText(span.count(), received)));
              showProgress(span.count(), received, secondsBetween(start, clock.timeOfDay()));
          }});
 }
@@ -165,44 +156,35 @@ void SetAuto::showProgress(int total, int received, double passed)
 
 void SetAuto::Command3_Click()
 {
-    showLedger();
-    if (!messages_.ask(this, autoread::kDeleteQuestion)) return;
+    if (!messages_.ask(this, protocol::kDeleteQuestion)) return;
     const auto who = address();
     // A readout that does not answer may have deleted all the same.
     ledger_.forget(who);
-    const bool answered = transact(autoread::deleteFrame(addressDigits()), autoread::kDeleteReplyLength);
-    if (answered) ledger_.deleted(who);
-    showLedger();
-    messages_.say(this, answered ? autoread::kDataDeleted : kCommError);
+    const auto deletion = ask(protocol::recordsDelete(addressDigits()));
+    if (deletion.complete()) ledger_.deleted(who);
+    refreshStatus();
+    say(deletion.complete() ? protocol::kDataDeleted : kCommError);
 }
 
 void SetAuto::addressTyped()
 {
     remark_.clear();
-    showLedger();
+    clearStatus();
 }
 
-void SetAuto::showLedger()
+QString SetAuto::standing() const
 {
     const bool valid = link::isAddress(text::integerOf(bytes(ui_->Text1->text())));
-    showLine(valid ? words(ledger_.text(address()))
-                   : tr("No readout has this address: it is a number from 1 to 249."));
+    QStringList lines{valid ? words(ledger_.text(address())) : QString(), remark_};
+    lines.removeAll(QString());
+    return lines.join(u'\n');
 }
-
-// When the adapter was pulled, the reason for that stays.
-void SetAuto::showLine(const QString& line)
-{
-    if (!module1_.port().PortOpen()) return;
-    ui_->Status->setText(remark_.isEmpty() ? line : line + u'\n' + remark_);
-}
-
-std::string SetAuto::addressDigits() const { return link::AddressToHex(bytes(ui_->Text1->text())); }
 
 std::string SetAuto::address() const { return text::general(text::integerOf(bytes(ui_->Text1->text()))); }
 
 const autoread::RecordLayout& SetAuto::layout() const
 {
-    return autoread::layoutOf(bench_.isThreeDirection());
+    return protocol::layoutOf(bench_.isThreeDirection());
 }
 
 // Return presses the button that has the focus and no other: what is typed into the address box must not set off
@@ -216,11 +198,6 @@ void SetAuto::keyPressEvent(QKeyEvent* event)
     } else {
         QDialog::keyPressEvent(event);
     }
-}
-
-void SetAuto::reject()
-{
-    gate_.whenIdle(this, [this] { QDialog::reject(); });
 }
 
 } // namespace quorvel

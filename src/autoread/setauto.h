@@ -2,12 +2,7 @@
 
 #include "autoread/download.h"
 #include "autoread/ledger.h"
-#include "link/bench.h"
-#include "link/gate.h"
-#include "link/module1.h"
-#include "main/messages.h"
-
-#include <QDialog>
+#include "main/buswindow.h"
 
 #include <memory>
 #include <string>
@@ -19,20 +14,17 @@ class SetAuto;
 namespace quorvel {
 
 /// The window "Set AutoReading": a readout's own reading schedule, and the download and deletion of what it has
-/// stored. Modal; opened while the port is open.
-class SetAuto final : public QDialog {
+/// stored. Modal; opened while the port is open. Closed during a download, it ends that with the record in flight.
+class SetAuto final : public BusWindow {
     Q_OBJECT
 public:
-    /// All references must outlive the window.
-    SetAuto(const link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-            QWidget* parent = nullptr);
+    explicit SetAuto(const Workplace& workplace, QWidget* parent = nullptr);
     ~SetAuto() override;
-
-    /// Closes the window, after the handler that runs; a download ends with the record in flight.
-    void reject() override;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    /// What this window knows about the records of the readout in the address box.
+    QString standing() const override;
 
 private:
     void Form_Load();
@@ -42,30 +34,19 @@ private:
     void Command2_Click();
     void Command3_Click();
 
-    /// One transaction, with a notice while it waits.
-    bool transact(const std::string& frame, int replyLength);
+    /// One exchange, with a notice while it waits.
+    link::Exchange ask(const link::Transaction& transaction);
     /// Books an answer about the ring that can be relied on; of any other whole answer it remarks what came.
-    void noteReply(const autoread::RingPointers& pointers, bool answered);
-    void fetchInto(const QString& path, autoread::Existing existing, const autoread::RecordSpan& span);
-    autoread::Outcome run(autoread::RecordSink& sink, const autoread::RecordSpan& span);
+    void noteReply(const protocol::RingPointers& pointers, const link::Exchange& exchange);
+    void fetchInto(const QString& path, autoread::Existing existing, const protocol::RecordSpan& span);
+    autoread::Outcome run(autoread::RecordSink& sink, const protocol::RecordSpan& span);
     void showProgress(int total, int received, double passed);
     void addressTyped();
-    /// What this window knows about the records of the readout in the address box.
-    void showLedger();
-    /// Shows a line at the bottom, and the remark below it.
-    void showLine(const QString& line);
-
-    /// Two hexadecimal digits of the address box, for frames.
-    std::string addressDigits() const;
     /// The number in the address box, as frames understand it.
     std::string address() const;
     const autoread::RecordLayout& layout() const;
 
     std::unique_ptr<Ui::SetAuto> ui_;
-    const link::Bench& bench_;
-    link::Module1& module1_;
-    link::Gate& gate_;
-    Messages& messages_;
     autoread::Ledger ledger_;
     QString remark_; ///< on the last answer of the readout in the address box
 };

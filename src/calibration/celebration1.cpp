@@ -1,12 +1,12 @@
 #include "calibration/celebration1.h"
 
 #include "calibration/database.h"
-#include "calibration/download.h"
 #include "calibration/filecopy.h"
 #include "calibration/fit.h"
-#include "calibration/measurement.h"
-#include "link/address.h"
 #include "link/bytes.h"
+#include "protocol/answer.h"
+#include "protocol/measurement.h"
+#include "text/number.h"
 #include "ui_celebration1.h"
 
 #include <QFileInfo>
@@ -21,10 +21,8 @@ std::filesystem::path pathOf(const QString& name) { return QFileInfo(name).files
 
 } // namespace
 
-Celebration1::Celebration1(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-                           QWidget* parent)
-    : QDialog(parent), ui_(std::make_unique<Ui::Celebration1>()), bench_(bench), module1_(module1),
-      gate_(gate), messages_(messages), model_(Data1)
+Celebration1::Celebration1(const Workplace& workplace, QWidget* parent)
+    : BusWindow(workplace, parent), ui_(std::make_unique<Ui::Celebration1>()), model_(Data1)
 {
     ui_->setupUi(this);
     setWindowFlag(Qt::WindowMaximizeButtonHint);
@@ -32,33 +30,45 @@ Celebration1::Celebration1(link::Bench& bench, link::Module1& module1, link::Gat
     keepsPlace.setRetainSizeWhenHidden(true);
     ui_->Progress->setSizePolicy(keepsPlace);
     ui_->Progress->hide();
+    useStatusLine(*ui_->Status);
+    useAddressBox(*ui_->Text1);
     ui_->DBGrid1->setModel(&model_);
     ui_->DBGrid1->showRows(kPoints);
-    gate_.guard(ui_->DBGrid1, &DBGrid::ButtonClick, this, &Celebration1::DBGrid1_ButtonClick);
-    gate_.guard(ui_->Command1, &QPushButton::clicked, this, &Celebration1::Command1_Click);
-    gate_.guard(ui_->Command2, &QPushButton::clicked, this, &Celebration1::Command2_Click);
-    gate_.guard(ui_->Command3, &QPushButton::clicked, this, &Celebration1::Command3_Click);
-    gate_.guard(ui_->Command4, &QPushButton::clicked, this, &Celebration1::Command4_Click);
+    onSignal(ui_->DBGrid1, &DBGrid::ButtonClick, [this] { DBGrid1_ButtonClick(); });
+    onClick(ui_->Command1, [this] { Command1_Click(); });
+    onClick(ui_->Command2, [this] { Command2_Click(); });
+    onClick(ui_->Command3, [this] { Command3_Click(); });
+    onClick(ui_->Command4, [this] { Command4_Click(); });
     connect(&model_, &CalibrationModel::told, this, [this](const QString& words) { tell(words); });
     // A line that no longer belongs to the points would mislead.
     connect(&model_, &CalibrationModel::dataChanged, ui_->FitChart, &FitChart::clear);
     connect(&model_, &CalibrationModel::dataChanged, this, [this] { tell(QString()); });
-    connect(&module1_.port(), &link::MSComm::lost, this, [this](const QString& reason) { tell(reason); });
     Form_Load();
 }
 
 Celebration1::~Celebration1() { commitTyped(); }
 
-void Celebration1::tell(const QString& words) { ui_->Status->setText(words.isEmpty() ? standing() : words); }
-
-void Celebration1::tell(const std::string& words) { tell(QString::fromStdString(words)); }
-
-void Celebration1::tellNoColumn(const Reading& reading)
+void Celebration1::tellNoColumn(const ReadingColumn& reading)
 {
-    tell("The file has no column " + std::string(reading.column) + ". Load another file.");
+    tell("The file has no column " + std::string(reading.name) + ". Load another file.");
 }
 
-/// What is to be known of the file while there is nothing else to tell.
+/// The first point whose values make the frame longer than the readout expects; nothing when all fit.
+QString Celebration1::tooLong() const
+{
+    if (!direction_) return {};
+    for (const auto& reading : direction_->readings) {
+        const auto points = pointsOf(Data1, columnOf(Data1.fields(), reading.name));
+        const int point = points ? protocol::firstTooLong(*points) : -1;
+        if (point < 0) continue;
+        return tr("Point %1 has a value of 1000 or more (%2, dial %3): a download cannot succeed with it.")
+            .arg(point)
+            .arg(link::shown(text::general((*points)[static_cast<std::size_t>(point)].reading)),
+                 link::shown(text::general((*points)[static_cast<std::size_t>(point)].dial)));
+    }
+    return {};
+}
+
 QString Celebration1::standing() const
 {
     if (!unreadableBecause_.empty()) return QString::fromStdString(unreadableBecause_);
@@ -66,20 +76,16 @@ QString Celebration1::standing() const
         return tr("The points can be looked at, not changed: %1")
             .arg(QString::fromStdString(Data1.readOnlyBecause()));
     }
-    if (Data1.olderKeptAs().empty()) return {};
+    if (const auto warning = tooLong(); !warning.isEmpty()) return warning;
+    const auto file = tr("File: %1").arg(QString::fromStdString(inWords(CalibrationDatabasePath)));
+    if (Data1.olderKeptAs().empty()) return CalibrationDatabasePath.empty() ? QString() : file;
     return tr("The file was written anew, because its older format can only be read. The older file is kept "
               "as %1.")
         .arg(QString::fromStdString(inWords(Data1.olderKeptAs())));
 }
 
-std::string Celebration1::addressDigits() const
-{
-    return link::AddressToHex(link::bytes(ui_->Text1->text()));
-}
-
 void Celebration1::Form_Load()
 {
-    ui_->Text1->setText(bench_.currentAddress);
     direction_ = directionOf(bench_.CalibrationDirection);
     if (!direction_) return;
     setWindowTitle(QString::fromUtf8(direction_->caption));
@@ -128,13 +134,6 @@ bool Celebration1::mayGoOn()
         tr("What was typed last is not in the file. Go on and lose it?\n\n%1").arg(ui_->Status->text()));
 }
 
-void Celebration1::reject()
-{
-    gate_.whenIdle(this, [this] {
-        if (mayGoOn()) QDialog::reject();
-    });
-}
-
 void Celebration1::DBGrid1_ButtonClick()
 {
     commitTyped();
@@ -145,26 +144,30 @@ void Celebration1::DBGrid1_ButtonClick()
     }
     tell(tr("Measuring ..."));
     const QPersistentModelIndex cell = ui_->DBGrid1->currentIndex();
-    const auto reply = measure(module1_, *direction_, addressDigits());
-    if (isMeasurement(reply)) {
+    const auto reply = perform(protocol::measurement(direction_->direction, addressDigits())).reply;
+    if (protocol::isMeasurement(reply)) {
         tell(QString());
         takeMeasurement(cell, reply);
     } else if (module1_.port().PortOpen()) {
         tell(tr("Nothing was measured: %1. Check the address and press again.")
-                 .arg(QString::fromStdString(whyNoMeasurement(reply))));
+                 .arg(QString::fromStdString(protocol::whyNoMeasurement(reply))));
     }
 }
 
+// A field that holds no number leaves its cell as it is; blanks would empty it.
 void Celebration1::takeMeasurement(const QModelIndex& first, const std::string& reply)
 {
     auto cell = first;
     for (const auto& reading : direction_->readings) {
-        if (!cell.isValid()) {
-            tellNoColumn(reading);
-            return;
+        if (!cell.isValid()) return tellNoColumn(reading);
+        const auto measured = protocol::measuredBy(reading.sensor, reply);
+        if (!text::isNumber(measured)) {
+            addStatus(tr("%1 was not measured: the readout answered \"%2\". The cell stays as it was.")
+                          .arg(link::shown(reading.name), link::shown(protocol::inOneLine(measured))));
+        } else {
+            ui_->DBGrid1->setCurrentIndex(cell);
+            if (!model_.setData(cell, link::shown(measured))) return;
         }
-        ui_->DBGrid1->setCurrentIndex(cell);
-        if (!model_.setData(cell, link::shown(reading.measured(reply)))) return;
         cell = cell.siblingAtColumn(cell.column() + 1);
     }
 }
@@ -173,11 +176,11 @@ void Celebration1::Command1_Click()
 {
     if (!commitTyped()) return;
     if (!module1_.port().PortOpen()) {
-        messages_.say(this, kPortNotOpened);
+        say(kPortNotOpened);
         return;
     }
     if (!direction_) return;
-    tell(QString());
+    clearStatus();
     const auto tables = pointsToSend();
     // All that was begun is sent, also while the window waits to close: a readout must not be left with one new table
     // and one old.
@@ -194,11 +197,11 @@ std::vector<Points> Celebration1::pointsToSend()
 {
     std::vector<Points> tables;
     for (const auto& reading : direction_->readings) {
-        const int column = columnOf(Data1.fields(), reading.column);
+        const int column = columnOf(Data1.fields(), reading.name);
         const auto points = pointsOf(Data1, column);
         if (!points) {
             if (column < 0 && !Data1.fields().empty()) tellNoColumn(reading);
-            messages_.say(this, kDataEmpty);
+            say(kDataEmpty);
             return {};
         }
         tables.push_back(*points);
@@ -207,45 +210,46 @@ std::vector<Points> Celebration1::pointsToSend()
 }
 
 /// @return why there is no verdict of the readout, for the status line; empty when there is one or the port is lost.
-QString Celebration1::download(const Reading& reading, const Points& points)
+QString Celebration1::download(const ReadingColumn& reading, const Points& points)
 {
-    const auto& port = module1_.port();
-    const auto frame = downloadFrame(reading, addressDigits(), points);
-    const int length = static_cast<int>(frame.size());
-    const auto column = link::shown(reading.column);
+    const auto transaction = protocol::tableDownload(reading.sensor, addressDigits(), points);
+    const int length = static_cast<int>(transaction.frame.size());
+    const auto column = link::shown(reading.name);
     tell(tr("Sending %1 ...").arg(column));
     ui_->Progress->setRange(0, length);
     ui_->Progress->setValue(0);
     ui_->Progress->show();
-    const auto echo = sendDownload(module1_, reading, frame, [&](int sent) {
+    const auto exchange = perform(transaction, [&](int sent) {
         ui_->Progress->setValue(sent);
-        if (sent == length && port.PortOpen())
+        if (sent == length && module1_.port().PortOpen())
             tell(tr("Waiting up to 10 s for the echo of %1 ...").arg(column));
     });
     ui_->Progress->hide();
-    return port.PortOpen() ? judgeEcho(reading, frame, echo) : QString();
+    return module1_.port().PortOpen() ? judgeEcho(reading, exchange) : QString();
 }
 
 // An echo of another length is passed over in silence, but for the status line.
-QString Celebration1::judgeEcho(const Reading& reading, const std::string& frame, const std::string& echo)
+QString Celebration1::judgeEcho(const ReadingColumn& reading, const link::Exchange& exchange)
 {
-    tell(QString());
-    if (static_cast<int>(echo.size()) != echoLength(reading)) {
+    clearStatus();
+    const int awaited = protocol::echoLength(reading.sensor);
+    if (static_cast<int>(exchange.reply.size()) != awaited) {
         return tr("%1: no complete echo, %2 characters came instead of %3. Check the address and download "
                   "again.")
-            .arg(link::shown(reading.column))
-            .arg(echo.size())
-            .arg(echoLength(reading));
+            .arg(link::shown(reading.name))
+            .arg(exchange.reply.size())
+            .arg(awaited);
     }
-    const bool taken = echoAgrees(reading, frame, echo);
-    messages_.say(this, QString::fromUtf8(taken ? reading.downloaded : reading.notDownloaded));
+    const auto& row = protocol::tableOf(reading.sensor);
+    const bool taken = protocol::echoAgrees(reading.sensor, exchange.transaction.frame, exchange.reply);
+    say(QString::fromUtf8(taken ? row.downloaded : row.notDownloaded));
     return {};
 }
 
 void Celebration1::Command2_Click()
 {
     if (!commitTyped() || !direction_) return;
-    tell(QString());
+    clearStatus();
     ui_->FitChart->clear();
     for (int i = 0; i < static_cast<int>(direction_->readings.size()); ++i) {
         if (!fit(kReadingColumn + i)) return;
@@ -256,17 +260,17 @@ bool Celebration1::fit(int column)
 {
     const auto points = pointsOf(Data1, column);
     if (!points) {
-        messages_.say(this, kDataEmpty);
+        say(kDataEmpty);
         return false;
     }
     const auto fitted = fitLine(*points);
     if (!fitted) {
-        messages_.say(this, kNoLine);
+        say(kNoLine);
         return false;
     }
     ui_->FitChart->add(
         {model_.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString(), *points, *fitted});
-    messages_.say(this, link::shown(fitText(*fitted)));
+    say(link::shown(fitText(*fitted)));
     return true;
 }
 

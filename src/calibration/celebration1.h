@@ -3,12 +3,7 @@
 #include "calibration/calibrationmodel.h"
 #include "calibration/datacontrol.h"
 #include "calibration/direction.h"
-#include "link/bench.h"
-#include "link/gate.h"
-#include "link/module1.h"
-#include "main/messages.h"
-
-#include <QDialog>
+#include "main/buswindow.h"
 
 #include <memory>
 
@@ -23,12 +18,11 @@ namespace quorvel::calibration {
 ///
 /// What is typed reaches the file with Return, when the row changes, when a button is pressed and when the window
 /// closes.
-class Celebration1 final : public QDialog {
+class Celebration1 final : public BusWindow {
     Q_OBJECT
 public:
-    /// Loads the direction that `bench` names. All references must outlive the window.
-    Celebration1(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-                 QWidget* parent = nullptr);
+    /// Loads the direction that the bench of `workplace` names.
+    explicit Celebration1(const Workplace& workplace, QWidget* parent = nullptr);
     ~Celebration1() override;
 
     /// Appends an empty row, numbered by the count of rows. No control calls it; errors only show in the status line.
@@ -36,8 +30,11 @@ public:
     /// Deletes the last row. No control calls it; errors only show in the status line.
     void DeleteLastCalibrationRow();
 
-public Q_SLOTS:
-    void reject() override;
+protected:
+    QString standing() const override;
+    bool mayClose() override { return mayGoOn(); }
+    /// What is told of a text that was refused stays until it is done with.
+    void beginHandler() override {}
 
 private:
     void Form_Load();
@@ -50,8 +47,8 @@ private:
 
     void Command1_Click();
     std::vector<Points> pointsToSend();
-    QString download(const Reading& reading, const Points& points);
-    QString judgeEcho(const Reading& reading, const std::string& frame, const std::string& echo);
+    QString download(const ReadingColumn& reading, const Points& points);
+    QString judgeEcho(const ReadingColumn& reading, const link::Exchange& exchange);
 
     void Command2_Click();
     bool fit(int column);
@@ -60,18 +57,13 @@ private:
     void Command4_Click();
 
     void changed(const jet::Status& done);
-    std::string addressDigits() const;
-    void tell(const QString& words);
-    void tell(const std::string& words);
-    void tellNoColumn(const Reading& reading);
-    QString standing() const;
+    using BusWindow::tell;
+    void tell(const std::string& words) { tell(QString::fromStdString(words)); }
+    QString tooLong() const;
+    void tellNoColumn(const ReadingColumn& reading);
 
     std::unique_ptr<Ui::Celebration1> ui_;
-    link::Bench& bench_;
-    link::Module1& module1_;
-    link::Gate& gate_;
-    Messages& messages_;
-    const Direction* direction_ = nullptr;
+    const DirectionRow* direction_ = nullptr;
     std::filesystem::path CalibrationDatabasePath;
     DataControl Data1;
     CalibrationModel model_;

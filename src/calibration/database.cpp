@@ -1,7 +1,6 @@
 #include "calibration/database.h"
 
 #include "calibration/filecopy.h"
-#include "calibration/points.h"
 #include "calibration/records.h"
 
 #include <algorithm>
@@ -16,7 +15,7 @@ using jet::FieldType;
 using std::filesystem::path;
 
 /// The direction that a path names in the ten characters before its last four; null for none.
-const Direction* directionNamed(const path& file)
+const DirectionRow* directionNamed(const path& file)
 {
     const auto text = file.generic_string();
     constexpr std::size_t kName = 10;
@@ -33,7 +32,7 @@ jet::TableDef newTable(const path& file)
     table.Append(table.CreateField(std::string(kDialName), FieldType::Single));
     if (const auto* direction = directionNamed(file)) {
         for (const auto& reading : direction->readings) {
-            table.Append(table.CreateField(std::string(reading.column), FieldType::Single));
+            table.Append(table.CreateField(std::string(reading.name), FieldType::Single));
         }
     }
     return table;
@@ -107,12 +106,12 @@ jet::Status writeAnew(jet::Database& database, const path& file, const path& fre
 }
 
 /// Words about reading columns that the direction counts on and the file lacks; empty when it has all.
-std::string lacking(const std::vector<FieldDef>& fields, const Direction& direction, const path& chosen)
+std::string lacking(const std::vector<FieldDef>& fields, const DirectionRow& direction, const path& chosen)
 {
     std::string missing;
     for (const auto& reading : direction.readings) {
-        if (columnOf(fields, reading.column) >= 0) continue;
-        missing += (missing.empty() ? "" : " and ") + std::string(reading.column);
+        if (columnOf(fields, reading.name) >= 0) continue;
+        missing += (missing.empty() ? "" : " and ") + std::string(reading.name);
     }
     if (missing.empty()) return {};
     return "Loaded, but " + inWords(chosen) + " is of another direction: it has the readings " +
@@ -177,7 +176,7 @@ jet::Result<path> renewFormat(jet::Database& database, const path& file)
     return kept;
 }
 
-jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working, const Direction& direction)
+jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working, const DirectionRow& direction)
 {
     const auto fields = checkCalibrationFile(chosen);
     if (!fields) return fields.failure();

@@ -41,6 +41,6 @@ jet::Result<std::filesystem::path> renewFormat(jet::Database& database, const st
 /// it first.
 /// @return words for the operator, empty when all is as expected; or why the working file was left alone.
 jet::Result<std::string> loadWorkingFile(const std::filesystem::path& chosen,
-                                         const std::filesystem::path& working, const Direction& direction);
+                                         const std::filesystem::path& working, const DirectionRow& direction);
 
 } // namespace quorvel::calibration

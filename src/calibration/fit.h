@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calibration/points.h"
+#include "protocol/calibration_table.h"
 
 #include <array>
 #include <optional>
@@ -8,6 +8,9 @@
 
 /// The straight line through the points of a calibration table: reading = slope x dial + intercept.
 namespace quorvel::calibration {
+
+using protocol::kPoints;
+using protocol::Points;
 
 struct Fit {
     float slope = 0;

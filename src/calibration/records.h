@@ -1,7 +1,7 @@
 #pragma once
 
-#include "calibration/points.h"
 #include "jet/database.h"
+#include "protocol/calibration_table.h"
 
 #include <map>
 #include <optional>
@@ -10,6 +10,13 @@
 #include <vector>
 
 namespace quorvel::calibration {
+
+using protocol::kPoints;
+using protocol::Point;
+using protocol::Points;
+
+/// Shown when a point is missing or not complete.
+inline constexpr auto kDataEmpty = "Some Data is empty, Please check!";
 
 /// The rows of a calibration table in the order of their numbers, as the grid shows and changes them.
 class Records {

@@ -1,9 +1,11 @@
 #pragma once
 
-#include "grayscale/grayscale.h"
 #include "grayscale/tchart.h"
+#include "protocol/grayscale.h"
 
 namespace quorvel::grayscale {
+
+using protocol::PixelArray;
 
 /// Gives the chart the axes and labels of a direction, wide enough for what it shows.
 void drawAxes(TChart& chart, std::string_view direction, link::InstrumentType type);

@@ -5,11 +5,12 @@
 #include "link/bytes.h"
 #include "ui_grayscalechart.h"
 
-#include <algorithm>
+#include <QTimer>
 
 namespace quorvel {
 
 using namespace grayscale;
+using namespace protocol;
 
 namespace {
 
@@ -27,23 +28,21 @@ QString fromText(std::string_view text)
 
 } // namespace
 
-GrayScaleChart::GrayScaleChart(link::Bench& bench, link::Module1& module1, link::Gate& gate,
-                               Messages& messages, QWidget* parent)
-    : QDialog(parent), ui_(std::make_unique<Ui::GrayScaleChart>()), bench_(bench), module1_(module1),
-      gate_(gate), messages_(messages)
+GrayScaleChart::GrayScaleChart(const Workplace& workplace, QWidget* parent)
+    : BusWindow(workplace, parent), ui_(std::make_unique<Ui::GrayScaleChart>())
 {
     ui_->setupUi(this);
     setWindowFlag(Qt::WindowMinMaxButtonsHint);
     ui_->Status->setMinimumHeight(ui_->Status->fontMetrics().height());
-    gate_.guard(ui_->Command1, &QPushButton::clicked, this, &GrayScaleChart::Command1_Click);
-    gate_.guard(ui_->Command2, &QPushButton::clicked, this, &GrayScaleChart::Command2_Click);
+    useStatusLine(*ui_->Status);
+    onClick(ui_->Command1, [this] { Command1_Click(); });
+    onClick(ui_->Command2, [this] { Command2_Click(); });
     connect(ui_->TChart1, &TChart::pointedAt, ui_->Readout, &QLabel::setText);
-    connect(&module1_.port(), &link::MSComm::lost, this, &GrayScaleChart::setStatus);
 }
 
 GrayScaleChart::~GrayScaleChart() = default;
 
-// Only a showing reads. Coming back from a box, from another program or from the task bar shows nothing anew.
+// Read once per show(), not when the window comes back from a box, from another program or from the task bar.
 void GrayScaleChart::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
@@ -57,15 +56,10 @@ void GrayScaleChart::resizeEvent(QResizeEvent* event)
     Form_Resize();
 }
 
-void GrayScaleChart::reject()
-{
-    gate_.whenIdle(this, [this] { QDialog::reject(); });
-}
-
 void GrayScaleChart::Form_Activate()
 {
     ui_->Label1->setText(kHint);
-    setStatus({});
+    clearStatus();
     ui_->TChart1->removeAllSeries();
     drawAxes(*ui_->TChart1, bench_.GrayscaleDirection.toStdString(), bench_.instrumentType);
     ui_->TChart1->setTitle(fromText(kReadingTitle));
@@ -103,54 +97,57 @@ void GrayScaleChart::readSelected()
     }
 }
 
-void GrayScaleChart::Read_X_Grayscale_Data() { read(kDirections[0]); }
-void GrayScaleChart::Read_Y_Grayscale_Data() { read(kDirections[1]); }
-void GrayScaleChart::Read_Z1_Grayscale_Data() { read(kDirections[2]); }
-void GrayScaleChart::Read_Z2_Grayscale_Data() { read(kDirections[3]); }
+void GrayScaleChart::Read_X_Grayscale_Data() { read(kGrayscales[0]); }
+void GrayScaleChart::Read_Y_Grayscale_Data() { read(kGrayscales[1]); }
+void GrayScaleChart::Read_Z1_Grayscale_Data() { read(kGrayscales[2]); }
+void GrayScaleChart::Read_Z2_Grayscale_Data() { read(kGrayscales[3]); }
 
-void GrayScaleChart::read(const Direction& direction)
+void GrayScaleChart::read(const GrayscaleRow& row)
 {
-    if (!mayRead(direction)) return;
+    if (!mayRead(row)) return;
     enableButtons(false);
     QTimer progressTimer;
-    connect(&progressTimer, &QTimer::timeout, this, [this, &direction] { showProgress(direction); });
+    connect(&progressTimer, &QTimer::timeout, this, [this, &row] { showProgress(row); });
     progressTimer.start(kProgressInterval);
-    const auto outcome = fetch(module1_, direction, bench_.addressDigits(), array_);
+    const auto exchange = perform(grayscaleQuery(row, addressDigits()));
     progressTimer.stop();
-    finishReading(direction, outcome);
+    finishReading(row, exchange);
 }
 
-bool GrayScaleChart::mayRead(const Direction& direction)
+bool GrayScaleChart::mayRead(const GrayscaleRow& row)
 {
     if (!module1_.port().PortOpen()) {
         say(kPortNotOpened);
-        if (direction.closesWithoutPort) reject();
+        if (row.closesWithoutPort) reject();
         return false;
     }
-    if (direction.needsAddress && bench_.currentAddress.isEmpty()) {
-        say(kNoAddress);
+    if (row.needsAddress && bench_.currentAddress.isEmpty()) {
+        say(fromText(kNoAddress));
         reject();
         return false;
     }
     return true;
 }
 
-void GrayScaleChart::finishReading(const Direction& direction, Outcome outcome)
+void GrayScaleChart::finishReading(const GrayscaleRow& row, const link::Exchange& exchange)
 {
-    // A vanished port has left its reason there.
-    if (outcome == Outcome::Read || module1_.port().PortOpen()) setStatus({});
-    const bool countsAsDone = outcome == Outcome::Malformed && direction.malformed.empty();
-    if (outcome == Outcome::NoReply) {
+    if (!exchange.complete()) {
+        // A vanished port has left its reason there.
+        if (module1_.port().PortOpen()) tell(arrived(row, exchange.reply));
         say(kCommError);
-        enableButtons(true);
-    } else if (outcome == Outcome::Malformed && !countsAsDone) {
-        say(direction.malformed);
-    } else {
-        dataReady_ = true;
-        enableButtons(true);
+        return enableButtons(true);
     }
-    if (outcome == Outcome::Read) setStatus(tr("%1 pixels read.").arg(array_.count()));
-    if (countsAsDone) setStatus(tr("The reply was not understood. No pixels were read."));
+    const auto read = readGrayscale(row, exchange.reply, array_);
+    clearStatus();
+    if (!read.good && !row.malformed.empty()) return say(fromText(row.malformed));
+    dataReady_ = true;
+    enableButtons(true);
+    if (!read.good) return tell(tr("The reply was not understood. No pixels were read."));
+    tell(tr("%1 pixels read.").arg(array_.count()));
+    if (read.notHex > 0) {
+        addStatus(tr("%1 of them arrived damaged: what stands for them is not two hexadecimal digits.")
+                      .arg(read.notHex));
+    }
 }
 
 void GrayScaleChart::Command1_Click()
@@ -158,7 +155,7 @@ void GrayScaleChart::Command1_Click()
     const auto path = SaveChartImage(messages_, this);
     if (path.isEmpty()) return;
     const auto reason = saveChart(*ui_->TChart1, path);
-    setStatus(reason.isEmpty() ? tr("Picture saved: %1").arg(path) : reason);
+    tell(reason.isEmpty() ? tr("Picture saved: %1").arg(path) : reason);
 }
 
 void GrayScaleChart::Command2_Click()
@@ -166,8 +163,8 @@ void GrayScaleChart::Command2_Click()
     const auto path = ChooseDatabaseFile(messages_, this);
     if (path.isEmpty() || !mayWrite(messages_, this, path)) return;
     const auto reason = savePixels(path, array_);
-    setStatus(reason.isEmpty() ? tr("Data saved: %1").arg(path) : reason);
-    if (!reason.isEmpty()) messages_.say(this, reason);
+    tell(reason.isEmpty() ? tr("Data saved: %1").arg(path) : reason);
+    if (!reason.isEmpty()) say(reason);
 }
 
 void GrayScaleChart::enableButtons(bool on)
@@ -176,21 +173,18 @@ void GrayScaleChart::enableButtons(bool on)
     ui_->Command2->setEnabled(on);
 }
 
-void GrayScaleChart::say(std::string_view text) { messages_.say(this, fromText(text)); }
-
-void GrayScaleChart::setStatus(const QString& text)
+QString GrayScaleChart::arrived(const GrayscaleRow& row, const std::string& reply)
 {
-    ui_->Status->setText(text);
-    Form_Resize();
+    const auto come = grayscaleProgress(row, reply);
+    if (come.expected >= 0) return tr("%1 of %2 pixels arrived.").arg(come.received).arg(come.expected);
+    return come.begun ? tr("%1 characters arrived.").arg(reply.size()) : QString();
 }
 
-void GrayScaleChart::showProgress(const Direction& direction)
+void GrayScaleChart::showProgress(const GrayscaleRow& row)
 {
-    const auto come = progress(direction, module1_.ReplyText());
-    auto text = come.expected < 0 ? tr("Waiting for the readout ...")
-                                  : tr("%1 of %2 pixels received").arg(come.received).arg(come.expected);
-    if (gate_.stopRequested()) text += tr(". The window closes when the reply has ended.");
-    setStatus(text);
+    const auto come = arrived(row, module1_.ReplyText());
+    tell(come.isEmpty() ? tr("Waiting for the readout ...") : come);
+    if (gate_.stopRequested()) addStatus(tr("The window closes when the reply has ended."));
 }
 
 } // namespace quorvel

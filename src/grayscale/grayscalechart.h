@@ -1,13 +1,7 @@
 #pragma once
 
-#include "grayscale/grayscale.h"
-#include "link/bench.h"
-#include "link/gate.h"
-#include "link/module1.h"
-#include "main/messages.h"
-
-#include <QDialog>
-#include <QTimer>
+#include "main/buswindow.h"
+#include "protocol/grayscale.h"
 
 #include <memory>
 
@@ -19,25 +13,22 @@ namespace quorvel {
 
 /// The window "Gray Scale Graph": reads the pixels of the direction that the bench names once per showing, draws
 /// them, and saves them as data or as a picture.
-class GrayScaleChart final : public QDialog {
+class GrayScaleChart final : public BusWindow {
     Q_OBJECT
 public:
-    /// All references must outlive the window.
-    GrayScaleChart(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-                   QWidget* parent = nullptr);
+    explicit GrayScaleChart(const Workplace& workplace, QWidget* parent = nullptr);
     ~GrayScaleChart() override;
 
     /// The pixels that are drawn and saved: those last read, empty before.
-    const grayscale::PixelArray& array() const { return array_; }
+    const protocol::PixelArray& array() const { return array_; }
     /// False from the beginning of a reading until it has come to a good end.
     bool dataReady() const { return dataReady_; }
-
-    /// Closes the window, after the reading that runs.
-    void reject() override;
 
 protected:
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    /// Its height may be another one.
+    void statusChanged() override { Form_Resize(); }
 
 private:
     void Form_Activate();
@@ -51,20 +42,16 @@ private:
     void Command2_Click();
 
     void readSelected();
-    void read(const grayscale::Direction& direction);
-    bool mayRead(const grayscale::Direction& direction);
-    void finishReading(const grayscale::Direction& direction, grayscale::Outcome outcome);
+    void read(const protocol::GrayscaleRow& row);
+    bool mayRead(const protocol::GrayscaleRow& row);
+    void finishReading(const protocol::GrayscaleRow& row, const link::Exchange& exchange);
     void enableButtons(bool on);
-    void say(std::string_view text);
-    void setStatus(const QString& text);
-    void showProgress(const grayscale::Direction& direction);
+    void showProgress(const protocol::GrayscaleRow& row);
+    /// How much of a reply has come, in words; empty when its head has not.
+    static QString arrived(const protocol::GrayscaleRow& row, const std::string& reply);
 
     std::unique_ptr<Ui::GrayScaleChart> ui_;
-    link::Bench& bench_;
-    link::Module1& module1_;
-    link::Gate& gate_;
-    Messages& messages_;
-    grayscale::PixelArray array_;
+    protocol::PixelArray array_;
     bool dataReady_ = false;
 };
 

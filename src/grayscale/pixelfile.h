@@ -1,10 +1,12 @@
 #pragma once
 
-#include "grayscale/grayscale.h"
+#include "protocol/grayscale.h"
 
 #include <QString>
 
 namespace quorvel::grayscale {
+
+using protocol::PixelArray;
 
 /// Writes the pixels as table `data`, one row per pixel: `sn` its number from 1 on, `hd` its value. A name that ends in
 /// ".csv" (either case) gives a CSV file with the header row "sn,hd", every other name an Access database.

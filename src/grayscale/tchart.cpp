@@ -331,9 +331,9 @@ void TChart::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
     case Qt::Key_Plus:
-        return zoomPositions(1 / kZoomStep, xAxis->range().center());
+        return zoomPositions(1 / kZoomStep, keyboardCentre());
     case Qt::Key_Minus:
-        return zoomPositions(kZoomStep, xAxis->range().center());
+        return zoomPositions(kZoomStep, keyboardCentre());
     case Qt::Key_Left:
         return moveByPart(-kMoveStep, 0);
     case Qt::Key_Right:
@@ -347,6 +347,12 @@ void TChart::keyPressEvent(QKeyEvent* event)
     default:
         QCustomPlot::keyPressEvent(event);
     }
+}
+
+/// What the keys zoom around: the pixel that the mouse points at, else the middle.
+double TChart::keyboardCentre() const
+{
+    return pointed_ >= 0 ? (graph(0)->data()->constBegin() + pointed_)->key : xAxis->range().center();
 }
 
 // The pixel whose position is nearest to the mouse.

@@ -74,6 +74,7 @@ private:
     void moveByPart(double ofWidth, double ofHeight);
     void zoomPositions(double factor, double around);
     void zoomBrightness(double factor, double around);
+    double keyboardCentre() const;
     void point(const QPoint& at);
 
     QCPTextElement* title_;

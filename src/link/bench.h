@@ -22,8 +22,10 @@ struct Bench {
     QString GrayscaleDirection;
     /// "USER" or "FACTORY"; the one difference between the two programs.
     QString edition = QStringLiteral("USER");
-    /// Where "readme.txt" and the calibration files live.
+    /// Where the calibration files live.
     std::filesystem::path programFolder;
+    /// The help text.
+    std::filesystem::path helpText;
 
     bool isUserEdition() const { return edition == QLatin1String("USER"); }
     bool isThreeDirection() const { return instrumentType == TypeC; }

@@ -1,16 +1,15 @@
 #include "link/module1.h"
 
-#include "link/values.h"
+#include "link/pacing.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace quorvel::link {
 
 namespace {
 
-constexpr float kPauseBeforeFrame = 0.03F;
-constexpr float kPauseAfterCharacter = 0.005F;
-constexpr float kCharacterTimeout = 2;
 constexpr float kShortestPolledWait = 0.05F;
 constexpr float kTimerDay = 86400;
 constexpr double kTwoTo32 = 4294967296.0;
@@ -25,8 +24,114 @@ double fromHalves(std::int64_t value)
 
 } // namespace
 
-Module1::Module1(MSComm& port, Clock& clock) : port_(port), clock_(clock), counterOrigin_(clock.counter() - 1)
+Module1::Module1(MSComm& port, Clock& clock)
+    : port_(port), clock_(clock), counterOrigin_(clock.counter() - 1),
+      arrivals_(QObject::connect(&port, &MSComm::arrived, &port, [this] { noteArrival(); }))
 {}
+
+Module1::~Module1() { QObject::disconnect(arrivals_); }
+
+Exchange Module1::transact(const Transaction& transaction, const std::function<void(int)>& sent)
+{
+    Exchange exchange;
+    exchange.number = ++exchanges_;
+    exchange.transaction = transaction;
+    exchange.begun = clock_.now();
+    running_ = &exchange;
+    begun_ = monotonicSeconds();
+    for (auto* observer : observers_) {
+        observer->sending(exchange);
+    }
+    prepareInput(exchange);
+    send(exchange, sent);
+    const bool complete = receive(transaction.reply, exchange.reply);
+    running_ = nullptr;
+    if (complete) {
+        exchange.outcome = Outcome::Complete;
+    } else if (abandoned_) {
+        exchange.outcome = Outcome::Abandoned;
+    } else if (!port_.PortOpen()) {
+        exchange.outcome = Outcome::PortLost;
+        exchange.lostReason = port_.lostReason();
+    } else {
+        exchange.outcome = exchange.reply.empty() ? Outcome::Silent : Outcome::Short;
+    }
+    // What had waited since before the frame was never seen arriving.
+    if (!exchange.reply.empty() && !exchange.firstIn) exchange.firstIn = exchange.lastIn = sinceBegin();
+    restLeft_ = complete && transaction.reply.until == ReplyRule::Until::Count && !isAnswered(exchange);
+    for (auto* observer : observers_) {
+        observer->ended(exchange);
+    }
+    return exchange;
+}
+
+void Module1::prepareInput(Exchange& exchange)
+{
+    if (!exchange.transaction.drains) return dropRest();
+    restLeft_ = false;
+    exchange.discarded = takeInput();
+}
+
+void Module1::send(Exchange& exchange, const std::function<void(int)>& sent)
+{
+    SendFrame(exchange.transaction.frame, [&](int count) {
+        if (port_.PortOpen()) {
+            ++exchange.sent;
+            exchange.lastOut = sinceBegin();
+            if (!exchange.firstOut) exchange.firstOut = exchange.lastOut;
+        }
+        if (sent) sent(count);
+    });
+}
+
+bool Module1::receive(const ReplyRule& rule, std::string& reply)
+{
+    using Until = ReplyRule::Until;
+    if (rule.until == Until::Count || rule.until == Until::LineFeed) {
+        const bool complete = rule.until == Until::Count ? ReceiveReply(static_cast<std::uint16_t>(rule.count))
+                                                         : ReceiveGrayscale();
+        reply = replyText_;
+        return complete;
+    }
+    const bool enough = WaitForInput(rule.seconds, rule.until == Until::CountOrTime ? rule.count : 0);
+    // At 9600 baud the end of a longer reply is still on the line when the shorter length is reached.
+    if (enough && rule.longest > rule.count) WaitForInput(kRestTime, rule.longest);
+    reply = takeInput();
+    return !reply.empty() && reply.size() >= static_cast<std::size_t>(rule.count);
+}
+
+void Module1::dropRest()
+{
+    if (std::exchange(restLeft_, false)) settle(kRestTime);
+}
+
+void Module1::settle(float seconds)
+{
+    WaitForInput(seconds, 0);
+    discardInput();
+}
+
+void Module1::removeObserver(ExchangeObserver& observer) { std::erase(observers_, &observer); }
+
+void Module1::noteArrival()
+{
+    if (!running_) return;
+    running_->lastIn = sinceBegin();
+    if (!running_->firstIn) running_->firstIn = running_->lastIn;
+}
+
+double Module1::monotonicSeconds() const
+{
+    const auto frequency = clock_.counterFrequency();
+    return frequency ? static_cast<double>(clock_.counter()) / static_cast<double>(*frequency)
+                     : clock_.timeOfDay();
+}
+
+double Module1::sinceBegin() const
+{
+    const double passed = monotonicSeconds() - begun_;
+    return passed < 0 ? passed + static_cast<double>(kTimerDay) : passed;
+}
 
 void Module1::SendFrame(std::string_view frame, const std::function<void(int)>& sent)
 {
@@ -129,37 +234,10 @@ bool Module1::ReceiveGrayscale()
     return false;
 }
 
-bool Module1::transact(std::string_view frame, std::uint16_t replyLength, Drain drain)
-{
-    if (drain == Drain::Yes) discardInput();
-    SendFrame(frame);
-    return ReceiveReply(replyLength);
-}
-
 std::string Module1::takeInput()
 {
     port_.setInputLen(0);
     return port_.Input();
-}
-
-std::string Module1::ReadSensorValues(int address, const Bench& bench)
-{
-    const auto digits = AddressToHex(address);
-    discardInput();
-    SendFrame(valuesFrame(digits, kReadXY));
-    WaitForInput(kValuesTimeout, kValuesReplyLength);
-    const auto reply = takeInput();
-    std::string line = xyText(reply);
-    if (isValuesReply(reply) && bench.isThreeDirection()) {
-        WaitForInput(kPauseBeforeZ, 0);
-        discardInput();
-        SendFrame(valuesFrame(digits, kReadZ));
-        WaitForInput(kValuesTimeout, kValuesReplyLength);
-        line += zText(takeInput(), bench.isUserEdition());
-    }
-    WaitForInput(kPauseAfterValues, 0);
-    discardInput();
-    return line;
 }
 
 } // namespace quorvel::link

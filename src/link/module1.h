@@ -1,25 +1,48 @@
 #pragma once
 
-#include "link/bench.h"
 #include "link/clock.h"
 #include "link/mscomm.h"
+#include "link/transaction.h"
+
+#include <QMetaObject>
 
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quorvel::link {
 
-/// The routines of a transaction with a readout: send a frame slowly, wait, receive the reply.
-///
-/// The order of every command: optionally discardInput(), SendFrame(), then either WaitForInput() and takeInput(),
-/// or ReceiveReply() and ReplyText(). transact() is that order in one call.
+/// The one door to the bus: everything that is sent goes through transact(), and whoever observes the exchanges sees
+/// all of them. The other routines are the steps of a transaction; besides transact() only pauses are asked for from
+/// outside.
 ///
 /// When the port vanishes or abandon() was called, waiting for characters ends at once as if the time were over.
 class Module1 {
 public:
     Module1(MSComm& port, Clock& clock);
+    ~Module1();
+    Module1(const Module1&) = delete;
+    Module1& operator=(const Module1&) = delete;
+
+    /// Runs a transaction to its end: throws away what waits (if it drains), sends the frame, and receives the reply by
+    /// its rule.
+    ///
+    /// After a whole reply that is not the answer, the rest of what came is still to be thrown away: that is done
+    /// before the next frame that does not drain by itself, or by dropRest().
+    /// @param sent  called after each character sent with the number of those written; for long frames.
+    Exchange transact(const Transaction& transaction, const std::function<void(int)>& sent = {});
+
+    /// Throws away what a reply that is not the answer left behind, kRestTime allowed for it; does nothing otherwise.
+    /// For the end of a handler, when its boxes are closed.
+    void dropRest();
+    /// Pauses, then throws away what has come. For the end of a reading.
+    void settle(float seconds);
+
+    /// Tells an observer of every exchange from now on; it must be removed before it goes.
+    void addObserver(ExchangeObserver& observer) { observers_.push_back(&observer); }
+    void removeObserver(ExchangeObserver& observer);
 
     /// Waits 0.03 s, then writes the frame one character at a time with 0.005 s after each, the last included:
     /// a 13-character frame takes 0.095 s or a little more. The frame stays in FrameText().
@@ -50,24 +73,9 @@ public:
     /// Far above any reply: the longest legal one, of 65535 pixels, has 131085 characters.
     static constexpr int kLongestLine = 200'000;
 
-    /// Whether characters that wait from before are thrown away before a frame is sent.
-    enum class Drain { Yes, No };
-    /// One whole transaction: the frame goes out, `replyLength` characters come back into ReplyText().
-    bool transact(std::string_view frame, std::uint16_t replyLength, Drain drain = Drain::Yes);
-
-    /// Asks the readout at `address` (1..249) for its readings and returns the line of display text: two blanks,
-    /// "X: ", the eight characters, two blanks, "Y: " ... as the windows show it, or " CommError" when the
-    /// first reply has not exactly 29 characters. Uses the type and the edition of `bench`; the port must be open.
-    std::string ReadSensorValues(int address, const Bench& bench);
-
-    /// Reads the whole input buffer.
-    std::string takeInput();
-    /// Reads the whole input buffer and throws it away.
-    void discardInput() { takeInput(); }
-
     /// The frame last sent.
     const std::string& FrameText() const { return frameText_; }
-    /// The characters received by the last ReceiveReply() or ReceiveGrayscale().
+    /// The characters received by the last ReceiveReply() or ReceiveGrayscale(), as far as they have come.
     const std::string& ReplyText() const { return replyText_; }
 
     /// The program ends: from now on nothing is sent, and no wait waits for characters or time any more. Readouts
@@ -81,6 +89,17 @@ private:
     bool enoughWaits(int count) const { return count >= 1 && port_.InBufferCount() >= count; }
     /// True when waiting for `count` more characters is in vain.
     bool inVain(int count) const { return abandoned_ || (count >= 1 && !port_.PortOpen()); }
+    /// Takes the whole input buffer.
+    std::string takeInput();
+    void discardInput() { takeInput(); }
+    void prepareInput(Exchange& exchange);
+    void send(Exchange& exchange, const std::function<void(int)>& sent);
+    /// @return true when as much came as the rule asks for.
+    bool receive(const ReplyRule& rule, std::string& reply);
+    void noteArrival();
+    double monotonicSeconds() const;
+    /// Seconds since the running exchange began.
+    double sinceBegin() const;
     bool waitByCounter(float seconds, int count);
     bool waitByTimeOfDay(float seconds, int count);
     bool receiveCharacter();
@@ -89,6 +108,12 @@ private:
     Clock& clock_;
     std::int64_t counterOrigin_ = 0;
     bool abandoned_ = false;
+    bool restLeft_ = false; ///< of a reply that was not the answer
+    std::uint64_t exchanges_ = 0;
+    Exchange* running_ = nullptr;
+    double begun_ = 0; ///< of the running exchange, as monotonicSeconds()
+    std::vector<ExchangeObserver*> observers_;
+    QMetaObject::Connection arrivals_;
     std::string frameText_;
     std::string replyText_;
 };

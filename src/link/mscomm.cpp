@@ -4,6 +4,7 @@
 #include <QSerialPort>
 
 #include <algorithm>
+#include <limits>
 
 namespace quorvel::link {
 
@@ -19,6 +20,7 @@ MSComm::~MSComm()
 QString MSComm::setPortOpen(bool open)
 {
     lostReason_.clear();
+    left_.clear();
     if (device_) {
         device_->disconnect(this);
         device_->close();
@@ -35,6 +37,7 @@ QString MSComm::setPortOpen(bool open)
     if (!opened.device) return opened.reason;
     device_ = std::move(opened.device);
     name_ = name;
+    connect(device_.get(), &QIODevice::readyRead, this, &MSComm::arrived);
     connect(device_.get(), &QIODevice::readChannelFinished, this, &MSComm::drop);
     return {};
 }
@@ -46,6 +49,7 @@ void MSComm::drop()
     const auto reason = tr("%1 is gone (%2). Check the adapter and the cable, then press OpenComm again.")
                             .arg(name_, device_->errorString());
     lostReason_ = reason;
+    left_ = device_->readAll().toStdString();
     // The device is in the middle of telling us; it may go only afterwards.
     auto* gone = device_.release();
     gone->close();
@@ -67,9 +71,13 @@ void MSComm::Output(std::string_view characters)
 
 std::string MSComm::Input()
 {
-    if (!device_) return {};
     const int waiting = InBufferCount();
     const int wanted = inputLength_ > 0 ? std::min(inputLength_, waiting) : waiting;
+    if (!device_) {
+        const auto characters = left_.substr(0, static_cast<std::size_t>(wanted));
+        left_.erase(0, characters.size());
+        return characters;
+    }
     std::string characters(static_cast<std::size_t>(wanted), '\0');
     const auto taken = device_->read(characters.data(), wanted);
     characters.resize(static_cast<std::size_t>(std::max<qint64>(taken, 0)));
@@ -78,7 +86,8 @@ std::string MSComm::Input()
 
 int MSComm::InBufferCount() const
 {
-    return device_ ? static_cast<int>(std::min<qint64>(device_->bytesAvailable(), 0x7fffffff)) : 0;
+    const auto waiting = device_ ? device_->bytesAvailable() : static_cast<qint64>(left_.size());
+    return static_cast<int>(std::min<qint64>(waiting, std::numeric_limits<int>::max()));
 }
 
 void MSComm::fetch()

@@ -46,12 +46,15 @@ public:
     /// Takes `InputLen` characters out of the input buffer, all that wait when it is 0 (as at start).
     std::string Input();
     void setInputLen(int length) { inputLength_ = length; }
-    /// Characters that wait in the input buffer; 0 while closed.
+    /// Characters that wait in the input buffer; 0 while closed, but for those that came together with the loss of
+    /// the device.
     int InBufferCount() const;
     /// Moves what the device holds into the input buffer without an event loop.
     void fetch();
 
 Q_SIGNALS:
+    /// Characters have come into the input buffer.
+    void arrived();
     /// The open device vanished; the port is closed already.
     /// @param reason  what happened and what to do, in words.
     void lost(const QString& reason);
@@ -63,6 +66,7 @@ private:
     Opener opener_;
     std::unique_ptr<QIODevice> device_;
     QString name_;
+    std::string left_; ///< what a device that vanished had still brought
     QString lostReason_;
     int commPort_ = 1;
     std::string settings_ = "9600,n,8,1";

@@ -1,6 +1,7 @@
 #include "main/form1.h"
 
 #include "link/bytes.h"
+#include "main/addresshint.h"
 #include "main/form3.h"
 #include "main/inputfilter.h"
 #include "text/number.h"
@@ -66,10 +67,9 @@ constexpr MenuRow kWindows[] = {
 
 } // namespace
 
-Form1::Form1(link::Bench& bench, link::PortList& ports, link::Module1& module1, link::Gate& gate,
-             Messages& messages, QWidget* parent)
-    : QMainWindow(parent), ui_(std::make_unique<Ui::Form1>()), bench_(bench), ports_(ports),
-      module1_(module1), gate_(gate), messages_(messages)
+Form1::Form1(const Workplace& workplace, link::PortList& ports, QWidget* parent)
+    : QMainWindow(parent), ui_(std::make_unique<Ui::Form1>()), bench_(workplace.bench), ports_(ports),
+      module1_(workplace.module1), gate_(workplace.gate), messages_(workplace.messages)
 {
     ui_->setupUi(this);
     // Designer tells its members apart; the window has two labels of this name, one in the search frame.
@@ -101,8 +101,7 @@ void Form1::connectControls()
     gate_.guard(ui_->Command1, &QPushButton::clicked, this, &Form1::Command1_Click);
     connect(ui_->Command2, &QPushButton::clicked, this, &Form1::Command2_Click);
     gate_.guard(ui_->Command4, &QPushButton::clicked, this, &Form1::Command4_Click);
-    connect(ui_->TestNo, &QLineEdit::textChanged, this,
-            [this](const QString& text) { bench_.currentAddress = text; });
+    connect(ui_->TestNo, &QLineEdit::textChanged, this, &Form1::addressTyped);
     for (const auto& row : kTypes) {
         connect(findChild<QRadioButton*>(row.option), &QRadioButton::toggled, this,
                 [this, type = row.type](bool on) {
@@ -135,16 +134,21 @@ void Form1::connectMenus()
         action->setEnabled(false);
         whenChosen(action, [this, action, guarded = row.guarded] { openWindow(*action, guarded); });
     }
-    openers_[ui_->Help->objectName()] = [this] { Help_Click(); };
-    whenChosen(ui_->Help, [this] { openWindow(*ui_->Help, false); });
+    whenChosen(ui_->Help, [this] { Help_Click(); });
     whenChosen(ui_->ImmediateReading, [this] { Command2_Click(); });
-    whenChosen(ui_->Quit, [this] { Quit_Click(); });
+    connect(ui_->Quit, &QAction::triggered, this, &Form1::Quit_Click, Qt::QueuedConnection);
 }
 
-// What an item leads to may stay open for long; a screen reader that chose the item waits for the choice to return.
+// What an item leads to may stay open for long; a screen reader that chose the item waits for the choice to return. It
+// reaches the menu also while another window is open.
 void Form1::whenChosen(QAction* action, const std::function<void()>& handler)
 {
-    connect(action, &QAction::triggered, this, handler, Qt::QueuedConnection);
+    connect(
+        action, &QAction::triggered, this,
+        [handler] {
+            if (!QApplication::activeModalWidget()) handler();
+        },
+        Qt::QueuedConnection);
 }
 
 void Form1::setOpener(const QString& action, std::function<void()> opener)
@@ -160,10 +164,9 @@ bool Form1::isOffered(const QAction& action) const
 }
 
 // The opened window has handlers of its own that go through the gate, so the gate is only asked here. A screen
-// reader reaches the menu also while another window is open, and the items that are hidden.
+// reader reaches also the items that are hidden.
 void Form1::openWindow(const QAction& action, bool guarded)
 {
-    if (QApplication::activeModalWidget()) return;
     if (gate_.busy()) {
         Q_EMIT gate_.refused();
     } else if (!isOffered(action)) {
@@ -236,13 +239,27 @@ void Form1::Command1_Click()
         port.setPortOpen(false);
         showStatus(tr("Port closed."));
     } else {
-        port.setSettings(kLineSettings);
-        port.setCommPort(text::integerOf(bytes(ui_->Combo1->currentText().mid(kPortNamePrefix))));
-        const auto reason = port.setPortOpen(true);
+        const auto reason = openChosenPort();
         showStatus(reason.isEmpty() ? tr("%1 is open.").arg(port.deviceName()) : reason);
         if (!reason.isEmpty()) messages_.say(this, kPortError);
     }
     showPortState();
+}
+
+/// @return empty on success, otherwise the reason in words.
+QString Form1::openChosenPort()
+{
+    auto& port = module1_.port();
+    const auto name = ui_->Combo1->currentText();
+    const int number = text::integerOf(bytes(name.mid(kPortNamePrefix)));
+    // A name without a number, or with that of another port, would open a port that was not chosen.
+    if (!name.isEmpty() && ports_.deviceOf(number) != ui_->Combo1->currentData().toString()) {
+        return tr("%1 cannot be opened: its name does not end in a port number of its own. Choose another port.")
+            .arg(name);
+    }
+    port.setSettings(kLineSettings);
+    port.setCommPort(number);
+    return port.setPortOpen(true);
 }
 
 QString Form1::OpenComm(const QString& portNumber)
@@ -267,6 +284,15 @@ void Form1::showPortState()
     ui_->RefreshPorts->setEnabled(!open);
 }
 
+// An empty box is told of where its address is used: here it is what a search begins with.
+void Form1::addressTyped(const QString& text)
+{
+    const auto before = addressHint(bench_.currentAddress);
+    bench_.currentAddress = text;
+    const auto hint = text.isEmpty() ? QString() : addressHint(text);
+    if (!hint.isEmpty() || status_.text() == before) showStatus(hint);
+}
+
 void Form1::portLost(const QString& reason)
 {
     stopFlag_ = true;
@@ -274,14 +300,18 @@ void Form1::portLost(const QString& reason)
     showStatus(reason);
 }
 
+// It needs no bus: a running reading goes on meanwhile, so nothing here waits until the window is closed.
 void Form1::Help_Click()
 {
-    const auto file = bench_.programFolder / "readme.txt";
-    if (const auto reason = Form3::whyUnreadable(file); !reason.isEmpty()) {
+    if (const auto reason = Form3::whyUnreadable(bench_.helpText); !reason.isEmpty()) {
         messages_.say(this, reason);
         return;
     }
-    Form3(file, this).exec();
+    auto* help = new Form3(bench_.helpText, this);
+    help->setAttribute(Qt::WA_DeleteOnClose);
+    help->setModal(true);
+    InputFilter::letThrough(help);
+    help->show();
 }
 
 // Ends the program whatever runs: waits end at once, boxes are no longer shown.

@@ -1,10 +1,7 @@
 #pragma once
 
-#include "link/bench.h"
-#include "link/gate.h"
-#include "link/module1.h"
 #include "link/portlist.h"
-#include "main/messages.h"
+#include "main/workplace.h"
 
 #include <QLabel>
 #include <QMainWindow>
@@ -27,9 +24,8 @@ namespace quorvel {
 class Form1 final : public QMainWindow {
     Q_OBJECT
 public:
-    /// All references must outlive the window.
-    Form1(link::Bench& bench, link::PortList& ports, link::Module1& module1, link::Gate& gate,
-          Messages& messages, QWidget* parent = nullptr);
+    /// @param ports  must outlive the window.
+    Form1(const Workplace& workplace, link::PortList& ports, QWidget* parent = nullptr);
     ~Form1() override;
 
     /// What the menu item called `action` ("ChangeAddress", "OS", "XD" ...) opens; called with the port open where
@@ -60,8 +56,10 @@ private:
     void addPort();
     void copyReadings();
     void refreshPorts();
+    QString openChosenPort();
     void showPortState();
     void portLost(const QString& reason);
+    void addressTyped(const QString& text);
     void selectType(link::InstrumentType type);
     bool isOffered(const QAction& action) const;
     void openWindow(const QAction& action, bool guarded);

@@ -2,7 +2,8 @@
 #include "link/bytes.h"
 #include "main/form1.h"
 #include "main/inputfilter.h"
-#include "main/search.h"
+#include "protocol/search.h"
+#include "protocol/values.h"
 #include "text/number.h"
 #include "ui_form1.h"
 
@@ -42,11 +43,9 @@ void Form1::Command4_Click()
         messages_.say(this, kPortNotOpened);
         return;
     }
-    ui_->NoList->setText(search::kSearching);
-    module1_.SendFrame(search::searchFrame());
-    module1_.WaitForInput(search::kAnswerTime, 0);
-    const auto addresses = search::foundAddresses(module1_.takeInput());
-    ui_->NoList->setText(shown(search::foundText(addresses)));
+    ui_->NoList->setText(protocol::kSearching);
+    const auto addresses = protocol::foundAddresses(module1_.transact(protocol::search()).reply);
+    ui_->NoList->setText(shown(protocol::foundText(addresses)));
     ui_->NoList->setToolTip(inRows(addresses));
     if (module1_.port().PortOpen()) showStatus(tr("Readouts found: %1").arg(addresses.size()));
     if (!addresses.empty()) ui_->TestNo->setText(shown(addresses.front()));
@@ -117,7 +116,7 @@ void Form1::unlock(bool on)
 void Form1::addReading(const QString& time)
 {
     const int address = text::integerOf(bytes(ui_->TestNo->text()));
-    const auto line = time + QStringLiteral("  ") + shown(module1_.ReadSensorValues(address, bench_));
+    const auto line = time + QStringLiteral("  ") + shown(protocol::ReadSensorValues(module1_, address, bench_));
     ui_->List1->addItem(line);
     ui_->List1->setCurrentRow(ui_->List1->count() - 1);
 }

@@ -66,7 +66,7 @@ void InputFilter::letFocusMove(QWidget* window, bool moves) { window->setPropert
 bool InputFilter::eventFilter(QObject* watched, QEvent* event)
 {
     if (!gate_.busy() || gate_.boxOpen()) return false;
-    if (event->type() == QEvent::Close && keepClose(watched)) {
+    if (event->type() == QEvent::Close && !passes(watched) && keepClose(watched)) {
         event->ignore();
         return true;
     }

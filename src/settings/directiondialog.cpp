@@ -1,21 +1,21 @@
 #include "settings/directiondialog.h"
 
-#include "settings/feature.h"
+#include "protocol/feature.h"
+#include "protocol/answer.h"
 #include "ui_directiondialog.h"
 
 #include <algorithm>
 
 namespace quorvel {
 
-using namespace settings;
+using namespace protocol;
 
-DirectionDialog::DirectionDialog(link::Bench& bench, link::Module1& module1, link::Gate& gate,
-                                 Messages& messages, QWidget* parent)
-    : SettingsDialog(bench, module1, gate, messages, parent), ui_(std::make_unique<Ui::DirectionDialog>())
+DirectionDialog::DirectionDialog(const Workplace& workplace, QWidget* parent)
+    : BusWindow(workplace, parent), ui_(std::make_unique<Ui::DirectionDialog>())
 {
     ui_->setupUi(this);
     addStatusLine();
-    enterPresses(ui_->Combo1, ui_->Command2);
+    enterPresses(ui_->Combo1, ui_->Command2, ui_->Command1);
     onClick(ui_->Command1, [this] { Command1_Click(); });
     onClick(ui_->Command2, [this] { Command2_Click(); });
     connectDirections();
@@ -38,7 +38,7 @@ void DirectionDialog::connectDirections()
         auto* box = rows[i].box;
         // All rows begin at the same place, whatever frame they are in.
         rows[i].label->setMinimumWidth(ui_->Label1->sizeHint().width());
-        enterPresses(box, rows[i].set);
+        enterPresses(box, rows[i].set, rows[i].query);
         onClick(rows[i].query, [this, i, box] { queryDirection(i, *box); });
         onClick(rows[i].set, [this, i, box] { setDirection(i, *box); });
     }
@@ -48,28 +48,27 @@ void DirectionDialog::load(const QString& name, const QString& caption, const QS
 {
     setObjectName(name);
     setWindowTitle(caption);
-    ui_->Frame2->setVisible(hasDirection(bench_.instrumentType, kY));
-    ui_->Frame1->setVisible(hasDirection(bench_.instrumentType, kZ));
+    ui_->Frame2->setVisible(hasY(bench_.instrumentType));
+    ui_->Frame1->setVisible(hasZ(bench_.instrumentType));
     ui_->Combo1->setCurrentIndex(kTrue);
     ui_->Label5->setText(instruction);
 }
 
 void DirectionDialog::Command1_Click()
 {
-    if (!perform(featureQuery(bench_.addressDigits()))) return;
-    const bool on = featureIsOn(module1_.ReplyText());
+    const auto exchange = perform(featureQuery(addressDigits()));
+    if (!answered(exchange)) return;
+    warnIfUnreliable(exchange, featureStateOf(exchange.reply).has_value());
+    const bool on = featureIsOn(exchange.reply);
     say(on ? kReferenceUsed : kReferenceNotUsed);
     ui_->Combo1->setCurrentIndex(on ? kTrue : kFalse);
 }
 
 void DirectionDialog::Command2_Click()
 {
-    const auto exchange = featureSet(bench_.addressDigits(), ui_->Combo1->currentIndex() == kTrue);
-    if (perform(exchange)) {
-        report(exchange, kSetFailed);
-    } else {
-        enableFeatureQuery();
-    }
+    const auto exchange = perform(featureSet(addressDigits(), ui_->Combo1->currentIndex() == kTrue));
+    if (!answered(exchange)) return enableFeatureQuery();
+    report(exchange, kSetFailed);
 }
 
 void DirectionDialog::enableFeatureQuery() { ui_->Command1->setEnabled(true); }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "settings/offset.h"
-#include "settings/settings_dialog.h"
+#include "protocol/offset.h"
+#include "main/buswindow.h"
 
 #include <memory>
 
@@ -15,21 +15,19 @@ namespace quorvel {
 
 /// The offset and the reference window have the same controls and the same reference feature; they differ in
 /// what "Query" and "Set" of a direction do. Y and Z are hidden where the instrument type has none.
-class DirectionDialog : public SettingsDialog {
+class DirectionDialog : public BusWindow {
     Q_OBJECT
 public:
     ~DirectionDialog() override;
 
 protected:
-    /// All references must outlive the window.
-    DirectionDialog(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-                    QWidget* parent);
+    DirectionDialog(const Workplace& workplace, QWidget* parent);
 
     /// @param name         name of the window.
     /// @param instruction  what `Label5` shows.
     void load(const QString& name, const QString& caption, const QString& instruction);
 
-    /// "Query" and "Set" of the direction at `index` of settings::kDirections; `box` is its text box.
+    /// "Query" and "Set" of the direction at `index` of protocol::kOffsets; `box` is its text box.
     virtual void queryDirection(std::size_t index, QLineEdit& box) = 0;
     virtual void setDirection(std::size_t index, QLineEdit& box) = 0;
 

@@ -1,18 +1,17 @@
 #include "settings/form2.h"
 
 #include "link/bytes.h"
-#include "settings/change_address.h"
+#include "protocol/change_address.h"
 #include "text/number.h"
 #include "ui_form2.h"
 
 namespace quorvel {
 
 using link::bytes;
-using namespace settings;
+using namespace protocol;
 
-Form2::Form2(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-             QWidget* parent)
-    : SettingsDialog(bench, module1, gate, messages, parent), ui_(std::make_unique<Ui::Form2>())
+Form2::Form2(const Workplace& workplace, QWidget* parent)
+    : BusWindow(workplace, parent), ui_(std::make_unique<Ui::Form2>())
 {
     ui_->setupUi(this);
     addStatusLine();
@@ -35,19 +34,18 @@ void Form2::Command1_Click()
         say(error);
         return;
     }
-    const auto frame = addressChangeFrame(oldAddress, newAddress);
-    module1_.SendFrame(frame);
-    module1_.WaitForInput(kAddressAnswerTime, 0);
-    const auto received = module1_.takeInput();
-    if (addressChanged(frame, received)) {
-        addStatus(
-            tr("The main window still addresses readout %1. Search again, or type the new address there.")
-                .arg(bench_.currentAddress));
-        say(kAddressChanged);
+    const auto exchange = perform(addressChange(oldAddress, newAddress));
+    if (!link::confirms(exchange.transaction, exchange.reply)) {
+        explain(exchange);
+        say(kAddressNotChanged);
         return;
     }
-    explain({.frame = frame, .replyLength = static_cast<int>(frame.size())}, received);
-    say(kAddressNotChanged);
+    if (oldAddress == text::integerOf(bytes(bench_.currentAddress))) {
+        addStatus(
+            tr("The main window still addresses readout %1. Search again, or type the new address there.")
+                .arg(oldAddress));
+    }
+    say(kAddressChanged);
 }
 
 } // namespace quorvel

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/settings_dialog.h"
+#include "main/buswindow.h"
 
 #include <memory>
 
@@ -11,13 +11,14 @@ class Form2;
 namespace quorvel {
 
 /// "Change Address": gives a readout on the bus a new address. The main window's address stays as it is.
-class Form2 final : public SettingsDialog {
+class Form2 final : public BusWindow {
     Q_OBJECT
 public:
-    /// All references must outlive the window.
-    Form2(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-          QWidget* parent = nullptr);
+    Form2(const Workplace& workplace, QWidget* parent = nullptr);
     ~Form2() override;
+
+protected:
+    bool sendsAddressAsTyped() const override { return false; }
 
 private:
     void Form_Load();

@@ -7,7 +7,7 @@
 
 namespace quorvel {
 
-using namespace settings;
+using namespace protocol;
 
 namespace {
 
@@ -22,22 +22,35 @@ QPushButton* button(const char* name, const char* caption)
 
 } // namespace
 
-Form4::Form4(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-             QWidget* parent)
-    : SettingsDialog(bench, module1, gate, messages, parent)
+/// A switch and its controls; the directions share the names of their buttons.
+struct Form4::Row {
+    const SwitchRow& row;
+    const char* caption;
+    const char* list;
+    const char* queryButton;
+    const char* setButton;
+};
+
+Form4::Form4(const Workplace& workplace, QWidget* parent)
+    : BusWindow(workplace, parent)
 {
     setObjectName(QStringLiteral("Form4"));
     setWindowTitle(QStringLiteral("Invert and Swap"));
     setMinimumWidth(kLeastWidth);
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(18, 16, 18, 12);
-    for (const auto& row : kSwitches)
+    const Row switches[] = {
+        {kSwitches[kInvertXRow], "X Direction", "Combo1", "Command1", "Command2"},
+        {kSwitches[kInvertYRow], "Y Direction", "Combo2", "Command1", "Command2"},
+        {kSwitches[kInvertZRow], "Z Direction", "Combo3", "Command1", "Command2"},
+        {kSwitches[kSwapRow], "Swap X and Y", "Combo4", "Command3", "Command4"},
+    };
+    for (const auto& row : switches)
         addRow(row, *rows);
     addStatusLine();
 }
 
-// The buttons of the directions bear the same two names, those of the swap two of their own.
-void Form4::addRow(const SwitchRow& row, QVBoxLayout& rows)
+void Form4::addRow(const Row& row, QVBoxLayout& rows)
 {
     auto* frame = new QGroupBox(row.caption);
     auto* list = new QComboBox;
@@ -53,20 +66,18 @@ void Form4::addRow(const SwitchRow& row, QVBoxLayout& rows)
     line->addWidget(setButton);
     rows.addWidget(frame);
 
-    enterPresses(list, setButton);
-    onClick(queryButton, [this, &row, list] { query(row, *list); });
-    onClick(setButton, [this, &row, list] { set(row, *list); });
+    enterPresses(list, setButton, queryButton);
+    onClick(queryButton, [this, &row = row.row, list] { query(row, *list); });
+    onClick(setButton, [this, &row = row.row, list] { set(row, *list); });
 }
 
 void Form4::query(const SwitchRow& row, QComboBox& list)
 {
-    const auto exchange = switchQuery(row, bench_.addressDigits());
-    if (!perform(exchange)) return;
-    const auto on = switchStateOf(module1_.ReplyText());
-    if (!on) {
-        explain(exchange);
-        return;
-    }
+    const auto exchange = perform(switchQuery(row, addressDigits()));
+    if (!answered(exchange)) return;
+    const auto on = switchStateOf(exchange.reply);
+    warnIfUnreliable(exchange, on.has_value());
+    if (!on) return;
     say(*on ? row.onText : row.offText);
     list.setCurrentIndex(*on ? kTrue : kFalse);
 }
@@ -74,8 +85,8 @@ void Form4::query(const SwitchRow& row, QComboBox& list)
 // An echo that differs brings no message, only the reason in the status line.
 void Form4::set(const SwitchRow& row, const QComboBox& list)
 {
-    const auto exchange = switchSet(row, bench_.addressDigits(), list.currentIndex() == kTrue);
-    if (perform(exchange)) report(exchange, nullptr);
+    const auto exchange = perform(switchSet(row, addressDigits(), list.currentIndex() == kTrue));
+    if (answered(exchange)) report(exchange, nullptr);
 }
 
 } // namespace quorvel

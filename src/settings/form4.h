@@ -1,7 +1,7 @@
 #pragma once
 
-#include "settings/settings_dialog.h"
-#include "settings/switches.h"
+#include "main/buswindow.h"
+#include "protocol/switches.h"
 
 class QComboBox;
 class QVBoxLayout;
@@ -9,18 +9,17 @@ class QVBoxLayout;
 namespace quorvel {
 
 /// "Invert and Swap": four switches of a readout. All are shown for every instrument type. Opening it asks the
-/// readout nothing: the lists show "False" until they are queried.
-class Form4 final : public SettingsDialog {
+/// readout nothing: the lists show "False" until they are queried, and Enter in them queries until they are changed.
+class Form4 final : public BusWindow {
     Q_OBJECT
 public:
-    /// All references must outlive the window.
-    Form4(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-          QWidget* parent = nullptr);
+    Form4(const Workplace& workplace, QWidget* parent = nullptr);
 
 private:
-    void addRow(const settings::SwitchRow& row, QVBoxLayout& rows);
-    void query(const settings::SwitchRow& row, QComboBox& list);
-    void set(const settings::SwitchRow& row, const QComboBox& list);
+    struct Row;
+    void addRow(const Row& row, QVBoxLayout& rows);
+    void query(const protocol::SwitchRow& row, QComboBox& list);
+    void set(const protocol::SwitchRow& row, const QComboBox& list);
 };
 
 } // namespace quorvel

@@ -1,6 +1,7 @@
 #include "settings/form51.h"
 
 #include "link/bytes.h"
+#include "protocol/answer.h"
 #include "text/number.h"
 
 #include <QLineEdit>
@@ -8,11 +9,10 @@
 namespace quorvel {
 
 using link::shown;
-using namespace settings;
+using namespace protocol;
 
-Form51::Form51(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-               QWidget* parent)
-    : DirectionDialog(bench, module1, gate, messages, parent)
+Form51::Form51(const Workplace& workplace, QWidget* parent)
+    : DirectionDialog(workplace, parent)
 {
     load(QStringLiteral("Form51"), QStringLiteral("Offset Setting"),
          QStringLiteral("Input the offset into the blank. The reading of readout will be the summation of "
@@ -21,27 +21,23 @@ Form51::Form51(link::Bench& bench, link::Module1& module1, link::Gate& gate, Mes
 
 void Form51::queryDirection(std::size_t index, QLineEdit& box)
 {
-    const auto& direction = kDirections[index];
-    if (!perform(offsetQuery(direction, bench_.addressDigits()))) {
-        enableFeatureQuery();
-        return;
-    }
-    const auto offset = offsetOf(direction, module1_.ReplyText());
+    const auto& row = kOffsets[index];
+    const auto exchange = perform(offsetQuery(row, addressDigits()));
+    if (!answered(exchange)) return enableFeatureQuery();
+    const auto offset = offsetOf(row, exchange.reply);
+    warnIfUnreliable(exchange, isSignedValue(offset));
     box.setText(shown(offset));
-    messages_.showResult(this, shown(offsetText(direction, offset)), QString());
+    messages_.showResult(this, shown(offsetText(row, offset)), QString());
 }
 
 void Form51::setDirection(std::size_t index, QLineEdit& box)
 {
-    const auto& direction = kDirections[index];
-    const auto value = signedValue(direction, text::Val(link::bytes(box.text())));
-    const auto exchange = offsetSet(direction, bench_.addressDigits(), value);
+    const auto& row = kOffsets[index];
+    const auto value = signedValue(row, text::Val(link::bytes(box.text())));
     warnIfTooLong(value);
-    if (perform(exchange)) {
-        report(exchange, kSetFailed);
-    } else {
-        enableFeatureQuery();
-    }
+    const auto exchange = perform(offsetSet(row, addressDigits(), value));
+    if (!answered(exchange)) return enableFeatureQuery();
+    report(exchange, kSetFailed);
 }
 
 } // namespace quorvel

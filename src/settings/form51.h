@@ -8,9 +8,7 @@ namespace quorvel {
 class Form51 final : public DirectionDialog {
     Q_OBJECT
 public:
-    /// All references must outlive the window.
-    Form51(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-           QWidget* parent = nullptr);
+    Form51(const Workplace& workplace, QWidget* parent = nullptr);
 
 protected:
     void queryDirection(std::size_t index, QLineEdit& box) override;

@@ -1,9 +1,6 @@
 #pragma once
 
-#include "link/bench.h"
-#include "link/gate.h"
-#include "link/module1.h"
-#include "main/messages.h"
+#include "main/workplace.h"
 
 #include <functional>
 
@@ -13,7 +10,7 @@ namespace quorvel {
 ///
 /// @param parent  window of the boxes.
 /// @param status  shows each step, and after a failure which one failed and why.
-void ResetSetting_Click(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-                        QWidget* parent, const std::function<void(const QString&)>& status);
+void ResetSetting_Click(const Workplace& workplace, QWidget* parent,
+                        const std::function<void(const QString&)>& status);
 
 } // namespace quorvel

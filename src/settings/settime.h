@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/settings_dialog.h"
+#include "main/buswindow.h"
 
 #include <memory>
 
@@ -11,16 +11,13 @@ class SetTime;
 namespace quorvel {
 
 /// "Set Clock": shows a readout's clock and sets it to the machine's.
-class SetTime final : public SettingsDialog {
+class SetTime final : public BusWindow {
     Q_OBJECT
 public:
-    /// All references must outlive the window.
-    SetTime(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-            QWidget* parent = nullptr);
+    SetTime(const Workplace& workplace, QWidget* parent = nullptr);
     ~SetTime() override;
 
 private:
-    void Form_Load();
     void Command1_Click();
 
     std::unique_ptr<Ui::SetTime> ui_;

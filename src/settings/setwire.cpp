@@ -1,15 +1,15 @@
 #include "settings/setwire.h"
 
-#include "link/address.h"
 #include "link/bytes.h"
-#include "settings/wire.h"
+#include "protocol/answer.h"
+#include "protocol/wire.h"
 #include "ui_setwire.h"
 
 namespace quorvel {
 
 using link::bytes;
 using link::shown;
-using namespace settings;
+using namespace protocol;
 
 namespace {
 
@@ -17,9 +17,8 @@ constexpr int kYes = 1;
 
 } // namespace
 
-SetWire::SetWire(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-                 QWidget* parent)
-    : SettingsDialog(bench, module1, gate, messages, parent), ui_(std::make_unique<Ui::SetWire>())
+SetWire::SetWire(const Workplace& workplace, QWidget* parent)
+    : BusWindow(workplace, parent), ui_(std::make_unique<Ui::SetWire>())
 {
     ui_->setupUi(this);
     addStatusLine();
@@ -36,22 +35,22 @@ SetWire::~SetWire() = default;
 void SetWire::Form_Load()
 {
     ui_->Combo1->setCurrentIndex(kYes);
-    ui_->SensorNo->setText(bench_.currentAddress);
+    useAddressBox(*ui_->SensorNo);
     ui_->Combo1->setVisible(!bench_.isUserEdition());
     ui_->Label4->setVisible(!bench_.isUserEdition());
 }
 
-std::string SetWire::addressDigits() const { return link::AddressToHex(bytes(ui_->SensorNo->text())); }
-
 void SetWire::Command3_Click()
 {
-    if (!perform(wireQuery(addressDigits()))) return;
-    const auto wire = wireOf(module1_.ReplyText());
+    const auto exchange = perform(wireQuery(addressDigits()));
+    if (!answered(exchange)) return;
+    const auto wire = wireOf(exchange.reply);
     if (!wire) {
         addStatus(tr("The answer \"%1\" holds no numbers where the diameter and the permitted error belong.")
-                      .arg(shown(inOneLine(module1_.ReplyText()))));
+                      .arg(shown(inOneLine(exchange.reply))));
         return;
     }
+    warnIfUnreliable(exchange, isPlainWireReply(exchange.reply));
     say(shown(wireText(*wire, bench_.isUserEdition())));
 }
 
@@ -71,7 +70,7 @@ void SetWire::Command1_Click()
                               ui_->Combo1->currentIndex() == kYes};
     if (!fitsWireField(wire.diameterTenthsMm) || !fitsWireField(wire.errorTenthsMm))
         addStatus(tr("The frame is longer than the readout expects: lengths from 0 to 9.9 mm fit."));
-    if (perform(wireSet(addressDigits(), wire))) say(kWireSet);
+    if (answered(perform(wireSet(addressDigits(), wire)))) say(kWireSet);
 }
 
 } // namespace quorvel

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/settings_dialog.h"
+#include "main/buswindow.h"
 
 #include <memory>
 
@@ -12,19 +12,16 @@ namespace quorvel {
 
 /// "Set Wire and Calibration Parameter": diameter of the wire, permitted error, self-calibration. The user edition
 /// hides the choice of self-calibration and always sends "Yes".
-class SetWire final : public SettingsDialog {
+class SetWire final : public BusWindow {
     Q_OBJECT
 public:
-    /// All references must outlive the window.
-    SetWire(link::Bench& bench, link::Module1& module1, link::Gate& gate, Messages& messages,
-            QWidget* parent = nullptr);
+    SetWire(const Workplace& workplace, QWidget* parent = nullptr);
     ~SetWire() override;
 
 private:
     void Form_Load();
     void Command1_Click();
     void Command3_Click();
-    std::string addressDigits() const;
 
     std::unique_ptr<Ui::SetWire> ui_;
 };

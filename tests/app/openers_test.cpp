@@ -1,6 +1,6 @@
 #include "app/edition.h"
 #include "app/openers.h"
-#include "app/workplace.h"
+#include "app/program.h"
 #include "support/bench_on_the_bus.h"
 
 #include <QAction>
@@ -64,14 +64,14 @@ class Menus : public ::testing::TestWithParam<Item> {
 protected:
     Menus()
     {
-        openAutoread(workplace);
-        openSettings(workplace);
-        openCalibration(workplace);
-        openGrayscale(workplace);
-        workplace.form1.show();
-        child<QLineEdit>(workplace.form1, "TestNo")->setText("12");
-        child<QPushButton>(workplace.form1, "Command1")->click();
-        EXPECT_TRUE(workplace.mscomm1.PortOpen());
+        openAutoread(program);
+        openSettings(program);
+        openCalibration(program);
+        openGrayscale(program);
+        program.form1.show();
+        child<QLineEdit>(program.form1, "TestNo")->setText("12");
+        child<QPushButton>(program.form1, "Command1")->click();
+        EXPECT_TRUE(program.mscomm1.PortOpen());
     }
 
     /// Chooses the item, looks at the modal window that comes up, and closes it.
@@ -79,35 +79,35 @@ protected:
     {
         Opened opened;
         QTimer watcher;
-        QObject::connect(&watcher, &QTimer::timeout, &workplace.form1, [&] {
+        QObject::connect(&watcher, &QTimer::timeout, &program.form1, [&] {
             auto* window = QApplication::activeModalWidget();
-            if (!window || (workplace.gate.busy() && !workplace.gate.boxOpen())) return;
+            if (!window || (program.gate.busy() && !program.gate.boxOpen())) return;
             opened = {window->metaObject()->className(), window->windowTitle(),
-                      workplace.bench.GrayscaleDirection, workplace.bench.CalibrationDirection};
+                      program.bench.GrayscaleDirection, program.bench.CalibrationDirection};
             window->close();
         });
         watcher.start(10);
-        child<QAction>(workplace.form1, action)->trigger();
+        child<QAction>(program.form1, action)->trigger();
         EXPECT_TRUE(QTest::qWaitFor([&] { return !opened.window.isEmpty(); }, 20'000)) << "nothing opened";
         return opened;
     }
 
     QTemporaryDir folder;
     SimulatedBus bus{{"--fast", "--seed", "1", "--readout", "12:C"}};
-    Workplace workplace{{bus.device()}, folder.path().toStdString(), kEdition};
+    Program program{{bus.device()}, folder.path().toStdString(), {}, kEdition};
 };
 
 TEST_P(Menus, ItemOpensItsWindow)
 {
     const auto& item = GetParam();
-    child<QRadioButton>(workplace.form1, item.type)->click();
-    EXPECT_TRUE(child<QAction>(workplace.form1, item.action)->isVisible());
+    child<QRadioButton>(program.form1, item.type)->click();
+    EXPECT_TRUE(child<QAction>(program.form1, item.action)->isVisible());
     const auto opened = choose(item.action);
     EXPECT_EQ(opened.window, item.window);
     EXPECT_EQ(opened.title, item.title);
     EXPECT_EQ(opened.grayscale, item.grayscale);
     EXPECT_EQ(opened.calibration, item.calibration);
-    EXPECT_FALSE(workplace.gate.busy());
+    EXPECT_FALSE(program.gate.busy());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Menus, ::testing::ValuesIn(kItems),
@@ -117,7 +117,7 @@ TEST_F(Menus, HaveNoOtherItems)
 {
     std::vector<QString> shown;
     for (const auto* menu : {"Settings", "Readings", "cal"})
-        for (const auto* action : child<QMenu>(workplace.form1, menu)->actions())
+        for (const auto* action : child<QMenu>(program.form1, menu)->actions())
             shown.push_back(action->objectName());
     std::vector<QString> expected{"ImmediateReading"};
     for (const auto& item : kItems)

@@ -7,6 +7,8 @@
 
 namespace quorvel::autoread {
 
+using namespace protocol;
+
 namespace {
 
 using test::ScriptedReadout;

@@ -4,6 +4,8 @@
 
 namespace quorvel::autoread {
 
+using namespace protocol;
+
 namespace {
 
 TEST(Ledger, KnowsNothingBeforeItsReadoutWasAsked)

@@ -4,6 +4,8 @@
 
 namespace quorvel::autoread {
 
+using namespace protocol;
+
 namespace {
 
 // 0.03 s, 13 characters of 0.005 s, and 41 or 57 characters of 10 bits at 9600 baud.

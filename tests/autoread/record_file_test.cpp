@@ -17,6 +17,8 @@
 
 namespace quorvel::autoread {
 
+using namespace protocol;
+
 namespace {
 
 using test::contents;

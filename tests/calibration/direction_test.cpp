@@ -26,7 +26,7 @@ TEST_P(EachDirection, HasItsTextsAndColumns)
     EXPECT_STREQ(direction->hint, GetParam().hint);
     std::vector<std::string> columns;
     for (const auto& reading : direction->readings) {
-        columns.emplace_back(reading.column);
+        columns.emplace_back(reading.name);
     }
     EXPECT_EQ(columns, GetParam().columns);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calibration/points.h"
+#include "protocol/calibration_table.h"
 #include "jet/jet3_file.h"
 
 #include <bit>

@@ -1,4 +1,4 @@
-#include "app/ctl/mdb_command.h"
+#include "ctl/mdb_command.h"
 
 /// The mdb command on its own, for the tests.
 int main(int argc, char** argv)

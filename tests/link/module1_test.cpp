@@ -86,7 +86,7 @@ TEST_F(Module1OnAFakeBus, ACharacterThatComesTooLateStaysInTheBuffer)
     clock.plan(1.6, [this] { device->receive("late"); });
     EXPECT_FALSE(module1.WaitForInput(1.5F, 1));
     EXPECT_FALSE(module1.WaitForInput(0.2F, 0));
-    EXPECT_EQ(module1.takeInput(), "late");
+    EXPECT_EQ(comm.Input(), "late");
 }
 
 TEST_F(Module1OnAFakeBus, PerfSecondsCountsFromTheLatestWait)
@@ -143,7 +143,7 @@ TEST_F(Module1OnAFakeBus, AReplyThatTricklesInWithoutCounterIsReceived)
     clock.frequency.reset();
     device->onTheLine = "abc";
     EXPECT_TRUE(module1.WaitForInput(1.0F, 3));
-    EXPECT_EQ(module1.takeInput(), "abc");
+    EXPECT_EQ(comm.Input(), "abc");
 }
 
 TEST_F(Module1OnAFakeBus, ALongWaitWithoutCounterLetsNoEventsRun)
@@ -172,7 +172,7 @@ TEST_F(Module1OnAFakeBus, ReceiveReplyTakesExactlyWhatWasAsked)
     device->receive("abcdefg");
     EXPECT_TRUE(module1.ReceiveReply(5));
     EXPECT_EQ(module1.ReplyText(), "abcde");
-    EXPECT_EQ(module1.takeInput(), "fg");
+    EXPECT_EQ(comm.Input(), "fg");
 }
 
 TEST_F(Module1OnAFakeBus, ReceiveReplyOfNothingIsCompleteAndEmpty)
@@ -208,7 +208,7 @@ TEST_F(Module1OnAFakeBus, ReceiveGrayscaleEndsWithTheLineFeed)
     device->receive(":0565\r\nmore");
     EXPECT_TRUE(module1.ReceiveGrayscale());
     EXPECT_EQ(module1.ReplyText(), ":0565\r\n");
-    EXPECT_EQ(module1.takeInput(), "more");
+    EXPECT_EQ(comm.Input(), "more");
 }
 
 TEST_F(Module1OnAFakeBus, ReceiveGrayscaleGivesUpAfterTwoSilentSeconds)
@@ -256,19 +256,6 @@ TEST_F(Module1OnAFakeBus, AnAbandonedTransactionWaitsForNothing)
     EXPECT_FALSE(module1.ReceiveReply(29));
     EXPECT_FALSE(module1.WaitForInput(10, 0));
     EXPECT_NEAR(clock.passed(), 0, 0.01);
-}
-
-TEST_F(Module1OnAFakeBus, TransactDrainsWhenAskedTo)
-{
-    device->onCharacter = [this](char c) {
-        if (c == '\n') device->receive("reply");
-    };
-    device->receive("old");
-    EXPECT_TRUE(module1.transact(":0576FF\r\n", 5));
-    EXPECT_EQ(module1.ReplyText(), "reply");
-    device->receive("old");
-    EXPECT_TRUE(module1.transact(":0576FF\r\n", 8, Module1::Drain::No));
-    EXPECT_EQ(module1.ReplyText(), "oldreply");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "link/gate.h"
+#include "main/workplace.h"
 #include "support/scripted_readout.h"
 #include "support/test_messages.h"
 
@@ -30,6 +31,7 @@ protected:
     link::Bench bench;
     link::Gate gate;
     TestMessages messages;
+    Workplace workplace{bench, module1, gate, messages};
     std::deque<std::string> answers;
     std::function<void()> onFrame; ///< called when a frame is out, before its answer arrives
 

@@ -10,6 +10,7 @@ BenchOnTheBus::BenchOnTheBus(const QStringList& arguments)
 {
     qApp->installEventFilter(&filter);
     bench.programFolder = folder.path().toStdString();
+    bench.helpText = bench.programFolder / "readme.txt";
     bench.currentAddress = QStringLiteral("5");
     const auto reason = mscomm1.setPortOpen(true);
     EXPECT_TRUE(reason.isEmpty()) << qPrintable(reason);

@@ -4,6 +4,7 @@
 #include "link/gate.h"
 #include "link/module1.h"
 #include "main/inputfilter.h"
+#include "main/workplace.h"
 #include "support/simulated_bus.h"
 #include "support/test_messages.h"
 
@@ -38,6 +39,7 @@ protected:
     link::Gate gate;
     InputFilter filter;
     TestMessages messages;
+    Workplace workplace{bench, module1, gate, messages};
 };
 
 /// The descendant called `name`; a test that asks for one that is not there fails with the names that are, and

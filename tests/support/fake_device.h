@@ -24,7 +24,11 @@ public:
     }
 
     /// Characters arrive from the bus.
-    void receive(const std::string& characters) { waiting += characters; }
+    void receive(const std::string& characters)
+    {
+        waiting += characters;
+        if (!characters.empty()) Q_EMIT readyRead();
+    }
     /// The adapter is pulled.
     void vanish()
     {

@@ -99,7 +99,7 @@ TEST_F(Celebration1Download, SurvivesAnAdapterThatIsPulled)
 /// The window before readout 1, whose answers are a list and for which waiting costs no time.
 class Celebration1ByHand : public BenchByHand, protected Celebration1Hands {
 protected:
-    Celebration1ByHand() : Celebration1Hands(bench, module1, gate, messages)
+    Celebration1ByHand() : Celebration1Hands(workplace)
     {
         bench.programFolder = folder.path().toStdString();
         onFrame = [this] {

@@ -15,16 +15,15 @@ namespace quorvel::test {
 /// Opens the calibration window on a bench and works in it.
 class Celebration1Hands {
 protected:
-    Celebration1Hands(link::Bench& bench, link::Module1& module1, link::Gate& gate, TestMessages& messages)
-        : bench_(bench), module1_(module1), gate_(gate), messages_(messages)
+    explicit Celebration1Hands(const Workplace& workplace) : workplace_(workplace)
     {
-        bench.edition = "FACTORY";
+        workplace.bench.edition = "FACTORY";
     }
 
     void open(const QString& direction)
     {
-        bench_.CalibrationDirection = direction;
-        window = std::make_unique<calibration::Celebration1>(bench_, module1_, gate_, messages_);
+        workplace_.bench.CalibrationDirection = direction;
+        window = std::make_unique<calibration::Celebration1>(workplace_);
         window->show();
     }
 
@@ -99,10 +98,7 @@ protected:
     std::unique_ptr<calibration::Celebration1> window;
 
 private:
-    link::Bench& bench_;
-    link::Module1& module1_;
-    link::Gate& gate_;
-    TestMessages& messages_;
+    const Workplace& workplace_;
 };
 
 /// The calibration window of the factory edition before readouts 5 (type A) and 33 (type C).
@@ -110,7 +106,7 @@ class Celebration1OnTheBus : public BenchOnTheBus, protected Celebration1Hands {
 protected:
     Celebration1OnTheBus()
         : BenchOnTheBus({"--fast", "--seed", "1", "--readout", "5:A", "--readout", "33:C"}),
-          Celebration1Hands(bench, module1, gate, messages)
+          Celebration1Hands(workplace)
     {}
 
     /// The wire stands at `place` mm before a sensor of a readout.

@@ -80,7 +80,7 @@ protected:
     link::Gate gate;
     InputFilter filter{gate};
     TestMessages messages;
-    Form1 form{bench, ports, module1, gate, messages};
+    Form1 form{{bench, module1, gate, messages}, ports};
 
 private:
     std::unique_ptr<FakeDevice> answeringDevice()

@@ -29,7 +29,7 @@ protected:
     void startAs(const QString& edition)
     {
         bench.edition = edition;
-        form = std::make_unique<Form1>(bench, ports, module1, gate, messages);
+        form = std::make_unique<Form1>(workplace, ports);
         form->show();
     }
 

@@ -128,7 +128,7 @@ TEST_F(Form1OnTheBus, AnEmptyPortListIsNoTrouble)
     link::PortList none({}, [] { return std::vector<link::PortInfo>(); });
     link::MSComm comm(none);
     link::Module1 module(comm, clock);
-    Form1 window(bench, none, module, gate, messages);
+    Form1 window({bench, module, gate, messages}, none);
     EXPECT_EQ(child<QComboBox>(window, "Combo1")->count(), 0);
     child<QPushButton>(window, "Command1")->click();
     EXPECT_EQ(lastMessage(), "The Commport is error,please change!");

@@ -1,4 +1,5 @@
 #include "windows/form1_by_hand.h"
+#include "protocol/values.h"
 #include "windows/form1_on_the_bus.h"
 
 #include <QAbstractItemView>
@@ -294,14 +295,14 @@ TEST_F(Form1OnTheBus, FaultsOfTheLineAreCommErrorsOrShownAsReceived)
     openPort();
     for (const auto* fault : {"silent@2101:1", "short@2101:1", "long@2101:1"}) {
         bus.fault(fault);
-        EXPECT_EQ(module1.ReadSensorValues(5, bench), " CommError") << fault;
+        EXPECT_EQ(protocol::ReadSensorValues(module1, 5, bench), " CommError") << fault;
     }
     bus.fault("garbled@2101:1");
-    const auto noise = module1.ReadSensorValues(5, bench);
+    const auto noise = protocol::ReadSensorValues(module1, 5, bench);
     EXPECT_EQ(noise.size(), 28U) << noise;
     EXPECT_TRUE(noise.starts_with("  X: ")) << noise;
     EXPECT_EQ(noise.substr(13, 5), "  Y: ") << noise;
-    const auto good = QString::fromStdString(module1.ReadSensorValues(5, bench));
+    const auto good = QString::fromStdString(protocol::ReadSensorValues(module1, 5, bench));
     const QRegularExpression form8(R"(^  X: [+-][\d.]{7}  Y: [+-][\d.]{7}  $)");
     EXPECT_TRUE(form8.match(good).hasMatch()) << qPrintable(good);
 }
@@ -315,10 +316,10 @@ TEST_F(ThreeDirections, ASilentZIsAnEmptyField)
 {
     openPort();
     const QRegularExpression whole(R"(^  X: .{8}  Y: .{8}  Z: [+-][\d.]{7}$)");
-    EXPECT_TRUE(whole.match(QString::fromStdString(module1.ReadSensorValues(5, bench))).hasMatch());
+    EXPECT_TRUE(whole.match(QString::fromStdString(protocol::ReadSensorValues(module1, 5, bench))).hasMatch());
     bus.fault("silent@2102");
     const QRegularExpression empty(R"(^  X: .{8}  Y: .{8}  Z: $)");
-    EXPECT_TRUE(empty.match(QString::fromStdString(module1.ReadSensorValues(5, bench))).hasMatch());
+    EXPECT_TRUE(empty.match(QString::fromStdString(protocol::ReadSensorValues(module1, 5, bench))).hasMatch());
 }
 
 } // namespace

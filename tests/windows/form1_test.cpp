@@ -79,7 +79,7 @@ TEST_F(Form1Window, TheEditionDecidesAboutCalibration)
 {
     EXPECT_FALSE(child<QMenu>(*form, "cal")->menuAction()->isVisible());
     bench.edition = "FACTORY";
-    const Form1 factory(bench, ports, module1, gate, messages);
+    const Form1 factory({bench, module1, gate, messages}, ports);
     EXPECT_TRUE(child<QMenu>(factory, "cal")->menuAction()->isVisible());
 }
 

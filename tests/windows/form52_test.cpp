@@ -1,4 +1,5 @@
 #include "settings/form52.h"
+#include "protocol/values.h"
 #include "support/bench_by_hand.h"
 #include "windows/settings_on_the_bus.h"
 
@@ -25,7 +26,7 @@ TEST_F(Form52OnTheBus, XReportsItsReferenceFromThenOn)
     EXPECT_EQ(press("Command4"),
               QStringList("Set OK!The current value is +2.50000, the Internal Offset Value is +7.50000."));
     EXPECT_EQ(state("offsets", 12).value("X").toString(), "+7.50000");
-    EXPECT_TRUE(QString::fromStdString(module1.ReadSensorValues(12, bench)).startsWith("  X: +10.0000"));
+    EXPECT_TRUE(QString::fromStdString(protocol::ReadSensorValues(module1, 12, bench)).startsWith("  X: +10.0000"));
 }
 
 TEST_F(Form52OnTheBus, ZReportsItsReferenceFromThenOn)

@@ -14,7 +14,7 @@ using calibration::Form6;
 
 class Form6OnTheBus : public BenchOnTheBus {
 protected:
-    Form6OnTheBus() : BenchOnTheBus({"--fast", "--readout", "12:B"}), form(bench, module1, gate, messages)
+    Form6OnTheBus() : BenchOnTheBus({"--fast", "--readout", "12:B"}), form(workplace)
     {
         bench.currentAddress = "12";
         form.show();
@@ -79,7 +79,7 @@ TEST_F(Form6OnTheBus, OtherEchoIsSilent)
 
 class Form6ByHand : public BenchByHand {
 protected:
-    Form6ByHand() : form(bench, module1, gate, messages) {}
+    Form6ByHand() : form(workplace) {}
     Form6 form;
 };
 

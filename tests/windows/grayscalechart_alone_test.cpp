@@ -18,7 +18,7 @@ protected:
     bool closesByItself(const char* direction)
     {
         bench.GrayscaleDirection = QString::fromLatin1(direction);
-        shown = std::make_unique<Shown>(bench, module1, gate, messages);
+        shown = std::make_unique<Shown>(workplace);
         shown->show();
         return !shown->window.isVisible();
     }
@@ -36,6 +36,7 @@ protected:
     link::Gate gate;
     InputFilter filter{gate};
     test::TestMessages messages;
+    Workplace workplace{bench, module1, gate, messages};
     std::unique_ptr<Shown> shown;
 };
 

@@ -19,9 +19,7 @@ using test::child;
 
 /// Where one window's tests begin: it is shown, and has read.
 struct Shown {
-    Shown(link::Bench& bench, link::Module1& module1, link::Gate& itsGate, Messages& messages)
-        : window(bench, module1, itsGate, messages), gate(itsGate)
-    {}
+    explicit Shown(const Workplace& workplace) : window(workplace), gate(workplace.gate) {}
 
     /// Shows the window (again) and waits until its reading has ended.
     void show()
@@ -59,7 +57,7 @@ protected:
         bench.GrayscaleDirection = QString::fromLatin1(direction);
         bench.currentAddress = QString::fromLatin1(address);
         bench.instrumentType = type;
-        shown = std::make_unique<Shown>(bench, module1, gate, messages);
+        shown = std::make_unique<Shown>(workplace);
         shown->show();
         return *shown;
     }

@@ -175,7 +175,7 @@ TEST_F(GrayScaleChartOnTheBus, ComingBackFromTheTaskBarReadsNothing)
 TEST_F(GrayScaleChartOnTheBus, AShowingDuringAnotherHandlerReadsAfterIt)
 {
     bench.GrayscaleDirection = QStringLiteral("X");
-    shown = std::make_unique<Shown>(bench, module1, gate, messages);
+    shown = std::make_unique<Shown>(workplace);
     gate.run([this] {
         shown->window.show();
         QTest::qWait(50);

@@ -18,7 +18,7 @@ protected:
         bench.instrumentType = type;
         messages.answers = answers;
         messages.shown.clear();
-        ResetSetting_Click(bench, module1, gate, messages, nullptr,
+        ResetSetting_Click(workplace, nullptr,
                            [this](const QString& text) { statuses << text; });
         return messages.shown;
     }

@@ -34,7 +34,7 @@ protected:
     SetAutoOnTheBus()
         : BenchOnTheBus({"--fast", "--seed", "1", "--clock", "2024-05-17T09:05:30", "--readout", "5:A",
                          "--readout", "12:C", "--ring", "5:1000,10,15", "--ring", "12:3,2,1"}),
-          form(bench, module1, gate, messages), controls(form)
+          form(workplace), controls(form)
     {
         form.show();
     }

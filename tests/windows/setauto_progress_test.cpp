@@ -61,11 +61,11 @@ protected:
 
     QTemporaryDir folder;
     ScriptedReadout readout{shortRing};
-    const link::Bench bench = benchAtFive();
+    link::Bench bench = benchAtFive();
     link::Gate gate;
     InputFilter filter{gate};
     TestMessages messages;
-    SetAuto form{bench, readout.module1, gate, messages};
+    SetAuto form{Workplace{bench, readout.module1, gate, messages}};
     SetAutoControls controls{form};
 };
 

@@ -35,13 +35,14 @@ protected:
     /// The row that a record should give, asked for by hand.
     Row onTheBus(const std::string& index)
     {
-        EXPECT_TRUE(hurried.transact(":0524" + index + "FF\r\n", 41));
-        return rowOnTheBus(hurried.ReplyText(), 2);
+        const auto exchange = hurried.transact({.frame = ":0524" + index + "FF\r\n", .reply = {.count = 41}});
+        EXPECT_TRUE(exchange.complete());
+        return rowOnTheBus(exchange.reply, 2);
     }
 
     HurriedClock hurry;
     link::Module1 hurried{mscomm1, hurry};
-    SetAuto form{bench, hurried, gate, messages};
+    SetAuto form{Workplace{bench, hurried, gate, messages}};
     SetAutoControls controls{form};
 };
 

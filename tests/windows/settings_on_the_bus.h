@@ -23,7 +23,7 @@ protected:
     void open(link::InstrumentType type = link::TypeA)
     {
         this->bench.instrumentType = type;
-        form = std::make_unique<Window>(this->bench, this->module1, this->gate, this->messages);
+        form = std::make_unique<Window>(this->workplace);
         form->show();
     }
 

@@ -1,0 +1,25 @@
+#include "app/program.h"
+
+#include <QApplication>
+
+namespace quorvel {
+
+Program::Program(const QStringList& portNames, const std::filesystem::path& folder,
+                 const std::filesystem::path& help, const QString& edition)
+    : ports(portNames), mscomm1(ports), module1(mscomm1, clock), filter(gate), messages(gate),
+      workplace{bench, module1, gate, messages}, form1(benchOf(folder, help, edition), ports)
+{
+    qApp->installEventFilter(&filter);
+}
+
+/// Fills the bench before the main window looks at it.
+const Workplace& Program::benchOf(const std::filesystem::path& folder, const std::filesystem::path& help,
+                                  const QString& edition)
+{
+    bench.edition = edition;
+    bench.programFolder = folder;
+    bench.helpText = help;
+    return workplace;
+}
+
+} // namespace quorvel

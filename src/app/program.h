@@ -1,0 +1,40 @@
+#pragma once
+
+#include "link/bench.h"
+#include "link/clock.h"
+#include "link/gate.h"
+#include "link/module1.h"
+#include "link/mscomm.h"
+#include "link/portlist.h"
+#include "main/form1.h"
+#include "main/inputfilter.h"
+#include "main/qtmessages.h"
+#include "main/workplace.h"
+
+namespace quorvel {
+
+/// All that one run of the program consists of, wired together.
+struct Program {
+    /// @param ports   devices that come first in the port list.
+    /// @param folder  the program's own folder.
+    /// @param help    the help text.
+    Program(const QStringList& ports, const std::filesystem::path& folder, const std::filesystem::path& help,
+            const QString& edition);
+
+    link::Bench bench;
+    link::PortList ports;
+    link::SystemClock clock;
+    link::MSComm mscomm1;
+    link::Module1 module1;
+    link::Gate gate;
+    InputFilter filter;
+    QtMessages messages;
+    Workplace workplace;
+    Form1 form1;
+
+private:
+    const Workplace& benchOf(const std::filesystem::path& folder, const std::filesystem::path& help,
+                             const QString& edition);
+};
+
+} // namespace quorvel

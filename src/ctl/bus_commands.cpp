@@ -1,0 +1,117 @@
+#include "ctl/commands.h"
+#include "ctl/console.h"
+#include "link/bytes.h"
+#include "protocol/search.h"
+#include "protocol/values.h"
+#include "text/reply.h"
+
+#include <QJsonArray>
+
+#include <CLI/CLI.hpp>
+
+namespace quorvel::ctl {
+
+namespace {
+
+using link::shown;
+
+constexpr int kDefaultEvery = 10; // s
+
+void listPorts(Console& console)
+{
+    for (const auto& entry : console.ports().entries()) {
+        console.answer(entry.text, {{"port", entry.device}, {"text", entry.text}});
+    }
+}
+
+void searchBus(Console& console)
+{
+    if (!console.openPort()) return;
+    const auto addresses = protocol::foundAddresses(console.module1().transact(protocol::search()).reply);
+    if (addresses.empty()) {
+        console.fail(kNotAnswered, protocol::kNothingFound);
+        return;
+    }
+    for (const auto& address : addresses) {
+        console.answer(shown(address), {{"address", shown(address).toInt()}});
+    }
+}
+
+/// The values of a display line by their names.
+QJsonObject inFields(int address, const std::string& line)
+{
+    QJsonObject fields{{"address", address}};
+    const auto text = shown(line);
+    for (const auto* name : {"X", "Y", "Z", "Z1", "Z2"}) {
+        const auto label = QLatin1String(name) + QLatin1String(": ");
+        const auto at = text.indexOf(label);
+        if (at >= 0)
+            fields.insert(QString::fromLatin1(name).toLower(), text.mid(at + label.size(), 8).trimmed());
+    }
+    return fields;
+}
+
+/// One reading; `prefix` stands before it in a text answer, `fields` in a JSON one.
+void takeReading(Console& console, const QString& prefix = {}, const QJsonObject& fields = {})
+{
+    const auto line = protocol::ReadSensorValues(console.module1(), console.address(), console.bench());
+    if (line == protocol::kReadingFailed) {
+        console.fail(
+            kNotAnswered,
+            prefix + QStringLiteral("readout %1 did not answer, or not with the %2 characters of a reading.")
+                         .arg(console.address())
+                         .arg(protocol::kValuesReplyLength));
+        return;
+    }
+    auto object = inFields(console.address(), line);
+    for (auto field = fields.begin(); field != fields.end(); ++field) {
+        object.insert(field.key(), field.value());
+    }
+    console.answer(prefix + shown(line).trimmed(), object);
+}
+
+void readOnce(Console& console)
+{
+    if (console.openReadout()) takeReading(console);
+}
+
+/// Waits for the next time of day whose seconds since midnight are a multiple of `every`.
+QTime waitForTurn(link::Module1& module1, int every)
+{
+    const auto period = every * 1000;
+    const auto now = module1.clock().now().time();
+    const int left = period - now.msecsSinceStartOfDay() % period;
+    module1.WaitForInput(static_cast<float>(left) / 1000, 0);
+    return now.addMSecs(left);
+}
+
+void watch(Console& console, int every, int count)
+{
+    if (!console.openReadout()) return;
+    for (int taken = 0; (count == 0 || taken < count) && console.module1().port().PortOpen(); ++taken) {
+        const auto time = waitForTurn(console.module1(), every).toString(QStringLiteral("HH:mm:ss"));
+        takeReading(console, time + QStringLiteral("  "), {{"time", time}});
+    }
+}
+
+} // namespace
+
+void addBusCommands(CLI::App& app, Console& console)
+{
+    app.add_subcommand("ports", "List the serial ports")->callback([&console] { listPorts(console); });
+    app.add_subcommand("search", "List the addresses that answer on the bus")->callback([&console] {
+        searchBus(console);
+    });
+    app.add_subcommand("read", "Read the values of one readout")->callback([&console] { readOnce(console); });
+
+    auto* watching = app.add_subcommand("watch", "Read one readout again and again");
+    const auto every = std::make_shared<int>(kDefaultEvery);
+    const auto count = std::make_shared<int>(0);
+    watching->add_option("--every", *every, "Seconds from reading to reading (default: 10)")
+        ->check(CLI::Range(1, 86400));
+    watching->add_option("--count", *count, "Readings to take (default: until interrupted)")
+        ->check(CLI::PositiveNumber);
+    watching->callback([&console, every, count] { watch(console, *every, *count); });
+}
+
+} // namespace quorvel::ctl

@@ -1,0 +1,86 @@
+#include "ctl/console.h"
+
+#include "link/address.h"
+#include "text/number.h"
+
+#include <QJsonDocument>
+
+#include <cstdio>
+#include <utility>
+
+namespace quorvel::ctl {
+
+Console::Console(const QString& edition) { bench_.edition = edition; }
+
+const link::PortList& Console::ports()
+{
+    if (!ports_) {
+        const auto port = QString::fromLocal8Bit(options.port.c_str());
+        ports_ = std::make_unique<link::PortList>(port.isEmpty() ? QStringList() : QStringList(port));
+    }
+    return *ports_;
+}
+
+bool Console::openPort()
+{
+    bench_.instrumentType = static_cast<link::InstrumentType>(link::TypeA + (options.type[0] - 'A'));
+    bench_.currentAddress = QString::fromStdString(options.address);
+    mscomm1_ = std::make_unique<link::MSComm>(ports());
+    module1_ = std::make_unique<link::Module1>(*mscomm1_, clock_);
+    QObject::connect(mscomm1_.get(), &link::MSComm::lost, mscomm1_.get(),
+                     [this](const QString& reason) { fail(kNotAnswered, reason); });
+    if (ports().entries().empty()) {
+        fail(kNotAnswered,
+             QStringLiteral("There is no serial port. Plug the adapter in, or name a device with --port."));
+        return false;
+    }
+    mscomm1_->setCommPort(ports().entries().front().number);
+    const auto reason = mscomm1_->setPortOpen(true);
+    if (!reason.isEmpty()) fail(kNotAnswered, reason);
+    return reason.isEmpty();
+}
+
+bool Console::openReadout()
+{
+    if (!text::allDigits(options.address) || !link::isAddress(address())) {
+        fail(kWrongUsage, QStringLiteral("Give the readout's address with --address, 1 to 249."));
+        return false;
+    }
+    return openPort();
+}
+
+int Console::address() const { return text::integerOf(options.address); }
+
+void Console::tell(const QString& words) const
+{
+    endProgress();
+    std::fprintf(stderr, "%s\n", qPrintable(words));
+}
+
+void Console::fail(int exitStatus, const QString& words)
+{
+    status = exitStatus;
+    tell(words);
+}
+
+void Console::progress(const QString& words) const
+{
+    std::fprintf(stderr, "\r%s", qPrintable(words));
+    std::fflush(stderr);
+    progressShown_ = true;
+}
+
+void Console::endProgress() const
+{
+    if (std::exchange(progressShown_, false)) std::fputc('\n', stderr);
+}
+
+void Console::answer(const QString& text, const QJsonObject& object) const
+{
+    endProgress();
+    const auto line = options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8();
+    std::fprintf(stdout, "%s\n", line.constData());
+    std::fflush(stdout);
+}
+
+} // namespace quorvel::ctl

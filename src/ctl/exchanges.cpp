@@ -1,0 +1,38 @@
+#include "ctl/exchanges.h"
+
+#include "ctl/console.h"
+#include "main/messages.h"
+#include "protocol/answer.h"
+
+namespace quorvel::ctl {
+
+std::optional<link::Exchange> ask(Console& console, link::Transaction transaction)
+{
+    transaction.drains = true;
+    auto exchange = console.module1().transact(transaction);
+    if (exchange.complete()) return exchange;
+    failed(console, kCommError, exchange);
+    return std::nullopt;
+}
+
+bool order(Console& console, const link::Transaction& transaction)
+{
+    const auto exchange = ask(console, transaction);
+    if (!exchange) return false;
+    if (link::isConfirmed(*exchange)) {
+        console.tell(protocol::kSetOk);
+        return true;
+    }
+    failed(console, protocol::kSetFailed, *exchange);
+    return false;
+}
+
+void failed(Console& console, const char* text, const link::Exchange& exchange)
+{
+    auto words = QString::fromUtf8(text);
+    // A port that vanished has been told already.
+    if (console.module1().port().PortOpen()) words += u' ' + protocol::whyFailed(exchange);
+    console.fail(kNotAnswered, words);
+}
+
+} // namespace quorvel::ctl

@@ -1,0 +1,138 @@
+#include "ctl/commands.h"
+#include "ctl/console.h"
+#include "grayscale/drawthart.h"
+#include "grayscale/pixelfile.h"
+#include "protocol/answer.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+
+#include <CLI/CLI.hpp>
+
+namespace quorvel::ctl {
+
+namespace {
+
+using namespace grayscale;
+using namespace protocol;
+
+constexpr QSize kChartSize(1200, 600);
+
+struct GrayscaleOptions {
+    std::string direction;
+    std::string data;
+    std::string chart;
+    bool force = false;
+};
+
+CLI::Validator endsIn(const std::vector<std::string>& suffixes, const char* form)
+{
+    return {[suffixes, form](std::string& name) {
+                for (const auto& suffix : suffixes) {
+                    if (QString::fromStdString(name).endsWith(QString::fromStdString(suffix),
+                                                              Qt::CaseInsensitive))
+                        return std::string();
+                }
+                return "\"" + name + "\" does not end in " + form;
+            },
+            form};
+}
+
+QString fileName(const std::string& argument) { return QString::fromLocal8Bit(argument.c_str()); }
+
+/// Asked before the readout is: a reading takes many seconds.
+bool mayWrite(Console& console, const GrayscaleOptions& options)
+{
+    for (const auto& file : {fileName(options.data), fileName(options.chart)}) {
+        if (file.isEmpty()) continue;
+        const bool refused = !options.force && QFileInfo::exists(file);
+        const auto reason = refused ? QStringLiteral("%1 exists. Add --force to overwrite it.").arg(file)
+                                    : whyNotWritable(file);
+        if (reason.isEmpty()) continue;
+        console.fail(kNotAnswered, reason);
+        return false;
+    }
+    return true;
+}
+
+bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array)
+{
+    const auto exchange = console.module1().transact(grayscaleQuery(row, console.bench().addressDigits()));
+    const auto read = exchange.complete() ? readGrayscale(row, exchange.reply, array) : GrayscaleReply();
+    if (read.notHex > 0) console.tell(QStringLiteral("%1 pixels arrived damaged.").arg(read.notHex));
+    if (read.good) return true;
+    console.fail(kNotAnswered, QStringLiteral("Readout %1 %2")
+                                   .arg(console.address())
+                                   .arg(exchange.complete()
+                                            ? QStringLiteral("gave an answer that is not grayscale.")
+                                            : QStringLiteral("did not answer, or not to the end.")));
+    return false;
+}
+
+void answerPixels(Console& console, const GrayscaleRow& row, const PixelArray& array)
+{
+    QJsonArray values;
+    QString rows = QStringLiteral("sn,hd");
+    int number = 0;
+    for (const int value : array.pixels()) {
+        values << value;
+        rows += QStringLiteral("\n%1,%2").arg(++number).arg(value);
+    }
+    console.answer(rows, {{"address", console.address()},
+                          {"direction", QString::fromStdString(std::string(nameOf(row.sensor)))},
+                          {"count", array.count()},
+                          {"pixels", values}});
+}
+
+QString saveChartOf(Console& console, const GrayscaleRow& row, const PixelArray& array,
+                    const QString& file)
+{
+    TChart chart;
+    chart.resize(kChartSize);
+    drawThart(chart, array, nameOf(row.sensor), console.bench().instrumentType);
+    chart.setTitle(QString::fromStdString(chartTitle(nameOf(row.sensor))));
+    return saveChart(chart, file, file.endsWith(QLatin1String(".png"), Qt::CaseInsensitive) ? "png" : "jpeg");
+}
+
+/// Says what became of a file.
+void report(Console& console, const QString& file, const QString& reason)
+{
+    if (reason.isEmpty()) {
+        console.tell(QStringLiteral("Saved: %1").arg(file));
+    } else {
+        console.fail(kNotAnswered, reason);
+    }
+}
+
+void readGrayscale(Console& console, const GrayscaleOptions& options)
+{
+    const auto& row = *findGrayscale(options.direction);
+    PixelArray array;
+    if (!mayWrite(console, options) || !console.openReadout() || !fetchPixels(console, row, array))
+        return;
+    const auto data = fileName(options.data);
+    const auto chart = fileName(options.chart);
+    if (!data.isEmpty()) report(console, data, savePixels(data, array));
+    if (!chart.isEmpty()) report(console, chart, saveChartOf(console, row, array, chart));
+    if (console.options.json || (data.isEmpty() && chart.isEmpty())) answerPixels(console, row, array);
+}
+
+} // namespace
+
+void addGrayscaleCommands(CLI::App& app, Console& console)
+{
+    auto* command = app.add_subcommand(
+        "grayscale", "Read the brightness of every pixel of one sensor; without a file, on standard output");
+    const auto options = std::make_shared<GrayscaleOptions>();
+    command->add_option("--direction", options->direction, "X, Y, Z1 or Z2")
+        ->required()
+        ->check(CLI::IsMember({"X", "Y", "Z1", "Z2"}));
+    command->add_option("--data", options->data, "Save the pixels: .mdb or .csv")
+        ->check(endsIn({".mdb", ".csv"}, ".mdb or .csv"));
+    command->add_option(kChartOption, options->chart, "Save the chart: .jpg or .png")
+        ->check(endsIn({".jpg", ".jpeg", ".png"}, ".jpg or .png"));
+    command->add_flag("--force", options->force, "Overwrite files that exist");
+    command->callback([&console, options] { readGrayscale(console, *options); });
+}
+
+} // namespace quorvel::ctl

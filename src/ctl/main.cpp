@@ -1,0 +1,63 @@
+#include "ctl/commands.h"
+#include "ctl/console.h"
+#include "ctl/mdb_command.h"
+
+#include <QApplication>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+
+namespace quorvel::ctl {
+
+namespace {
+
+void addCommonOptions(CLI::App& app, CommonOptions& options)
+{
+    app.add_option("--port", options.port, "Device path or tcp:host:port (default: the first serial port)");
+    app.add_option("--address", options.address, "Bus address of the readout, 1 to 249");
+    app.add_option("--type", options.type, "Instrument type (default: A)")
+        ->check(CLI::IsMember({"A", "B", "C", "D"}));
+    app.add_flag("--json", options.json, "Answer in JSON");
+}
+
+/// Charts are drawn as the windows draw them, although nothing is shown; all else needs no interface at all.
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char* argv[])
+{
+    const bool draws = std::any_of(argv, argv + argc, [](const char* argument) {
+        return std::string_view(argument).starts_with(kChartOption);
+    });
+    if (!draws) return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QApplication>(argc, argv);
+}
+
+} // namespace
+
+int runControl(int argc, char* argv[], const char* edition)
+{
+    const auto application = makeApplication(argc, argv);
+    Console console(QString::fromLatin1(edition));
+    CLI::App app("Talks to CCD plumb-line readouts on a serial bus.");
+    app.set_version_flag("--version", std::string("quorvelctl V" QUORVEL_VERSION " ") + edition);
+    app.require_subcommand(1);
+    app.fallthrough();
+    addCommonOptions(app, console.options);
+    addBusCommands(app, console);
+    addAutoreadCommands(app, console);
+    addMdbCommand(app, console.status);
+    addCalibrationCommands(app, console);
+    addSettingsCommands(app, console);
+    addSettingCommands(app, console);
+    addGrayscaleCommands(app, console);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kAnswered : kWrongUsage;
+    }
+    return console.status;
+}
+
+} // namespace quorvel::ctl

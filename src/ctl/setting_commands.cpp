@@ -1,0 +1,358 @@
+#include "ctl/commands.h"
+#include "ctl/console.h"
+#include "ctl/exchanges.h"
+#include "link/address.h"
+#include "link/bytes.h"
+#include "main/messages.h"
+#include "protocol/answer.h"
+#include "protocol/change_address.h"
+#include "protocol/feature.h"
+#include "protocol/readout_clock.h"
+#include "protocol/reference.h"
+#include "protocol/reset.h"
+#include "protocol/switches.h"
+#include "protocol/wire.h"
+#include "text/number.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cmath>
+#include <functional>
+#include <optional>
+
+namespace quorvel::ctl {
+
+namespace {
+
+using link::shown;
+using namespace protocol;
+
+/// What stands behind a subcommand; empty where it was not given.
+struct Arguments {
+    std::string direction; ///< X, Y or Z
+    std::string value;
+    std::string diameter;
+    std::string permittedError;
+    std::string selfCalibration = "on";
+    bool yes = false;
+};
+
+bool isOn(const std::string& word) { return word == "on"; }
+QString onOff(bool on) { return on ? QStringLiteral("on") : QStringLiteral("off"); }
+
+/// The place of a direction in the tables.
+std::size_t indexOf(const std::string& direction) { return static_cast<std::size_t>(direction[0] - 'X'); }
+
+/// openReadout(), for a readout that has this direction.
+bool openDirection(Console& console, const std::string& direction)
+{
+    if (!console.openReadout()) return false;
+    if (hasDirection(console.bench().instrumentType, kOffsets[indexOf(direction)].direction)) return true;
+    console.fail(kWrongUsage,
+                 QStringLiteral("A readout of type %1 has no %2 direction. Give its type with --type.")
+                     .arg(shown(console.options.type), shown(direction)));
+    return false;
+}
+
+void answerOffset(const Console& console, const std::string& direction, const std::string& offset)
+{
+    console.answer(shown(offset), {{"direction", shown(direction)}, {"offset", shown(offset)}});
+}
+
+void queryOffset(Console& console, const OffsetRow& row)
+{
+    const auto exchange = ask(console, offsetQuery(row, console.bench().addressDigits()));
+    if (!exchange) return;
+    const auto held = offsetOf(row, exchange->reply);
+    if (isSignedValue(held)) {
+        answerOffset(console, std::string(nameOf(row.direction)), held);
+    } else {
+        failed(console, kCommError, *exchange);
+    }
+}
+
+void offset(Console& console, const Arguments& given)
+{
+    if (!openDirection(console, given.direction)) return;
+    const auto& row = kOffsets[indexOf(given.direction)];
+    const auto address = console.bench().addressDigits();
+    if (given.value.empty()) {
+        queryOffset(console, row);
+        return;
+    }
+    const auto value = signedValue(row, text::Val(given.value));
+    if (order(console, offsetSet(row, address, value))) answerOffset(console, given.direction, value);
+}
+
+void setReference(Console& console, const ReferenceRow& row, const Arguments& given)
+{
+    const auto run =
+        setReference(console.module1(), console.bench(), row, text::Val(given.value), [&console] {
+            console.tell(QStringLiteral("Waiting 2 seconds for the readout to settle ..."));
+        });
+    if (run.offset.size() > kValueLength) console.tell(kOffsetTooLong);
+    if (!run.confirmed) {
+        failed(console, run.complete ? kSetFailed : kCommError, run.last);
+        if (const auto loss = lossText(run); !loss.empty()) console.tell(shown(loss));
+        return;
+    }
+    console.tell(shown(inOneLine(referenceSetText(run))));
+    answerOffset(console, given.direction, run.offset);
+    if (const auto counted = countedText(run); !counted.empty()) console.fail(kNotAnswered, shown(counted));
+}
+
+void queryReference(Console& console, const ReferenceRow& row, const Arguments& given)
+{
+    const auto run =
+        queryReference(console.module1(), console.bench(), row, [](const std::string& /*offset*/) {});
+    if (!run.complete) {
+        failed(console, kCommError, run.last);
+        return;
+    }
+    if (!isSignedValue(run.offset) || !text::isNumber(run.reading)) {
+        console.fail(kNotAnswered,
+                     QStringLiteral("The readout gave no numbers: the offset \"%1\", the reading \"%2\".")
+                         .arg(shown(inOneLine(run.offset)), shown(inOneLine(run.reading))));
+        return;
+    }
+    console.answer(shown(run.offset + "  " + text::general(run.realValue)),
+                   {{"direction", shown(given.direction)},
+                    {"offset", shown(run.offset)},
+                    {"valueWithoutOffset", run.realValue}});
+}
+
+void reference(Console& console, const Arguments& given)
+{
+    if (!openDirection(console, given.direction)) return;
+    const auto& row = kReferences[indexOf(given.direction)];
+    (given.value.empty() ? queryReference : setReference)(console, row, given);
+}
+
+/// Sets something that is on or off, or prints its state.
+void flipOrQuery(Console& console, const QString& name, const Arguments& given,
+                 const std::function<link::Transaction(bool)>& set,
+                 const link::Transaction& query,
+                 std::optional<bool> (*stateOf)(std::string_view reply))
+{
+    if (!given.value.empty()) {
+        const bool on = isOn(given.value);
+        if (order(console, set(on))) console.answer(onOff(on), {{name, on}});
+        return;
+    }
+    const auto exchange = ask(console, query);
+    if (!exchange) return;
+    if (const auto state = stateOf(exchange->reply)) {
+        console.answer(onOff(*state), {{name, *state}});
+    } else {
+        failed(console, kCommError, *exchange);
+    }
+}
+
+void feature(Console& console, const Arguments& given)
+{
+    if (!console.openReadout()) return;
+    const auto address = console.bench().addressDigits();
+    flipOrQuery(
+        console, QStringLiteral("referenceFeature"), given, [&](bool on) { return featureSet(address, on); },
+        featureQuery(address), featureStateOf);
+}
+
+void switchOne(Console& console, const SwitchRow& row, const QString& name, const Arguments& given)
+{
+    const auto address = console.bench().addressDigits();
+    flipOrQuery(
+        console, name, given, [&](bool on) { return switchSet(row, address, on); }, switchQuery(row, address),
+        switchStateOf);
+}
+
+void invert(Console& console, const Arguments& given)
+{
+    if (!openDirection(console, given.direction)) return;
+    switchOne(console, kSwitches[indexOf(given.direction)], QStringLiteral("invert") + shown(given.direction),
+              given);
+}
+
+void swap(Console& console, const Arguments& given)
+{
+    if (console.openReadout()) switchOne(console, kSwap, QStringLiteral("swap"), given);
+}
+
+void queryWire(Console& console)
+{
+    const auto exchange = ask(console, wireQuery(console.bench().addressDigits()));
+    if (!exchange) return;
+    const auto wire = wireOf(exchange->reply);
+    if (!wire || !isPlainWireReply(exchange->reply)) {
+        failed(console, kCommError, *exchange);
+        return;
+    }
+    QJsonObject object{{"diameterMm", static_cast<double>(wire->diameterTenthsMm) / 10},
+                       {"permittedErrorMm", static_cast<double>(wire->errorTenthsMm) / 10}};
+    if (!console.bench().isUserEdition()) object.insert("selfCalibration", wire->selfCalibration);
+    console.answer(shown(wireText(*wire, console.bench().isUserEdition())).trimmed(), object);
+}
+
+void wire(Console& console, const Arguments& given)
+{
+    if (!console.openReadout()) return;
+    if (given.diameter.empty()) {
+        queryWire(console);
+        return;
+    }
+    const WireParameters wanted{tenthsOf(given.diameter), tenthsOf(given.permittedError),
+                                isOn(given.selfCalibration)};
+    if (!fitsWireField(wanted.diameterTenthsMm) || !fitsWireField(wanted.errorTenthsMm)) {
+        console.fail(kWrongUsage, QStringLiteral("Lengths are 0 to 9.9 mm."));
+        return;
+    }
+    if (order(console, wireSet(console.bench().addressDigits(), wanted))) queryWire(console);
+}
+
+void clock(Console& console, const Arguments& given)
+{
+    if (!console.openReadout()) return;
+    const auto address = console.bench().addressDigits();
+    if (given.yes && !order(console, clockSet(address, console.module1().clock().now()))) return;
+    const auto exchange = ask(console, clockQuery(address));
+    if (!exchange) return;
+    const auto& reply = exchange->reply;
+    const auto text = shown(inOneLine(clockText(reply)));
+    if (const auto time = clockOf(reply)) {
+        console.answer(text, {{"clock", time->toString(Qt::ISODate)}});
+    } else {
+        console.fail(kNotAnswered,
+                     QStringLiteral("The readout's clock shows no date and time: \"%1\".").arg(text));
+    }
+}
+
+void address(Console& console, const Arguments& given)
+{
+    const int wanted = text::integerOf(given.value);
+    if (!console.openReadout()) return;
+    if (const auto* error = addressChangeError(console.address(), wanted)) {
+        console.fail(kWrongUsage, error);
+        return;
+    }
+    auto change = addressChange(console.address(), wanted);
+    change.drains = true;
+    if (const auto exchange = console.module1().transact(change);
+        !link::confirms(exchange.transaction, exchange.reply)) {
+        console.fail(kNotAnswered, kAddressNotChanged);
+        return;
+    }
+    console.tell(kAddressChanged);
+    console.answer(QString::number(wanted), {{"address", wanted}});
+}
+
+void reset(Console& console, const Arguments& given)
+{
+    if (!given.yes) {
+        console.fail(
+            kWrongUsage,
+            QStringLiteral("A reset overwrites all settings and deletes the stored readings for good. "
+                           "Add --yes if you want that."));
+        return;
+    }
+    if (!console.openReadout()) return;
+    const auto run = runReset(console.module1(), console.bench(),
+                              [&console](const std::string& step) { console.tell(shown(step)); });
+    if (run.ok) {
+        console.answer(kResetOk, {{"reset", true}});
+    } else {
+        console.fail(kNotAnswered, kResetFailed + shown(" At " + run.where + ": ") + run.why);
+    }
+}
+
+/// What a subcommand takes.
+enum Takes : unsigned {
+    kDirection = 1,
+    kNumber = 2,
+    kOnOff = 4,
+    kAddress = 8,
+    kWire = 16,
+    kYes = 32,
+    kSet = 64,
+};
+
+struct Row {
+    const char* name;
+    const char* help;
+    unsigned takes;
+    void (*run)(Console& console, const Arguments& given);
+};
+constexpr Row kRows[] = {
+    {"offset", "Print or set the offset of a direction", kDirection | kNumber, offset},
+    {"reference", "Print or set the reference of a direction: what it reads where the wire is now",
+     kDirection | kNumber, reference},
+    {"feature", "Print or switch the use of the reference", kOnOff, feature},
+    {"invert", "Print or switch the inversion of a direction", kDirection | kOnOff, invert},
+    {"swap", "Print or switch the exchange of X and Y", kOnOff, swap},
+    {"wire", "Print or set diameter, permitted error and self-calibration", kWire, wire},
+    {"clock", "Print the readout's clock, or set it to this machine's", kSet, clock},
+    {"address", "Give the readout a new address", kAddress, address},
+    {"reset", "Put all settings back and delete the stored readings", kYes, reset},
+};
+
+CLI::Validator number()
+{
+    return {[](std::string& text) {
+                return text::isNumber(text) && std::abs(text::Val(text)) < 1000
+                           ? std::string()
+                           : "\"" + text + "\" is not a number between -1000 and 1000";
+            },
+            "NUMBER"};
+}
+
+CLI::Validator busAddress()
+{
+    return {[](std::string& text) {
+                return text::allDigits(text) && link::isAddress(text::integerOf(text))
+                           ? std::string()
+                           : "\"" + text + "\" is not an address from 1 to 249";
+            },
+            "ADDRESS"};
+}
+
+void addWireOptions(CLI::App& command, Arguments& given, bool userEdition)
+{
+    auto* diameter =
+        command.add_option("--diameter", given.diameter, "Millimetres, 0 to 9.9")->check(number());
+    auto* error =
+        command.add_option("--error", given.permittedError, "Millimetres, 0 to 9.9")->check(number());
+    diameter->needs(error);
+    error->needs(diameter);
+    if (userEdition) return;
+    command.add_option("--self-calibration", given.selfCalibration, "on (default) or off")
+        ->check(CLI::IsMember({"on", "off"}))
+        ->needs(diameter);
+}
+
+void addOptions(CLI::App& command, Arguments& given, unsigned takes, bool userEdition)
+{
+    if (takes & kDirection) {
+        command.add_option("DIRECTION", given.direction, "X, Y or Z")
+            ->required()
+            ->check(CLI::IsMember({"X", "Y", "Z"}));
+    }
+    if (takes & kNumber) command.add_option("VALUE", given.value, "Millimetres to set")->check(number());
+    if (takes & kOnOff)
+        command.add_option("STATE", given.value, "on or off")->check(CLI::IsMember({"on", "off"}));
+    if (takes & kAddress) command.add_option("NEW", given.value, "1 to 249")->required()->check(busAddress());
+    if (takes & kWire) addWireOptions(command, given, userEdition);
+    if (takes & kYes) command.add_flag("--yes", given.yes, "Really do it");
+    if (takes & kSet) command.add_flag("--set", given.yes, "Set it");
+}
+
+} // namespace
+
+void addSettingCommands(CLI::App& app, Console& console)
+{
+    for (const auto& row : kRows) {
+        auto* command = app.add_subcommand(row.name, row.help);
+        const auto given = std::make_shared<Arguments>();
+        addOptions(*command, *given, row.takes, console.bench().isUserEdition());
+        command->callback([&console, given, run = row.run] { run(console, *given); });
+    }
+}
+
+} // namespace quorvel::ctl

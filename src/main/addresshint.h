@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+namespace quorvel {
+
+/// What is to be said of an address box whose text does not name one readout: which readout its frames reach, if any.
+/// @param text  of the box, as typed.
+/// @return empty for a text that begins with a number from 1 to 249.
+QString addressHint(const QString& text);
+
+} // namespace quorvel

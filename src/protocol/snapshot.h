@@ -1,0 +1,49 @@
+#pragma once
+
+#include "link/bench.h"
+#include "link/transaction.h"
+
+#include <QJsonValue>
+
+#include <string_view>
+#include <variant>
+#include <vector>
+
+/// All settings of a readout as data, for backup and restore. In files and answers each has a name and a value:
+///
+///     wire              {"diameterMm": 1.5, "permittedErrorMm": 0.3, "selfCalibration": true}
+///     offsetX, Y, Z     "+1.50000", a sign and seven places, as the readout holds them
+///     referenceFeature, invertX, Y, Z, swap   true or false
+///     clock             "2024-05-17T09:05:30"; one that shows no date and time as received, "20XX-17-05  09:05:30"
+///     autoReading       {"mode": "interval", "hours": 1, "minutes": 0, "seconds": 0}
+///                       or {"mode": "fixed", "hoursOfDay": [8, 12, 16, 20]}
+///     stitching         "3665", four printable characters, blanks among them
+namespace quorvel::protocol {
+
+/// Why a value of a file is not sent.
+enum class NotSent {
+    ForTheRecord, ///< there is no setting it from here, or no sense in it
+    Malformed     ///< not of the form above
+};
+
+struct Setting {
+    const char* name;
+    bool (*isFor)(link::InstrumentType type);
+    link::Transaction (*query)(std::string_view addressDigits);
+    /// The value in a complete reply, one that write() takes or keeps for the record; null when the reply holds
+    /// none.
+    QJsonValue (*read)(std::string_view reply);
+    /// The command that sets the value.
+    std::variant<link::Transaction, NotSent> (*write)(std::string_view addressDigits,
+                                                       const QJsonValue& value);
+};
+
+/// The settings that a readout of this type can be asked for. Its clock and fixed hours of the day are among them for
+/// the record: the one is out of date when it is restored, the other has no command.
+std::vector<Setting> settingsOf(link::InstrumentType type);
+
+/// A value in words that can stand in a line: "on", "+1.50000", "nothing" for null, "diameterMm 1.5, permittedErrorMm
+/// 0.3, selfCalibration on". Control characters become "?".
+QString inWords(const QJsonValue& value);
+
+} // namespace quorvel::protocol

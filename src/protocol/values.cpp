@@ -1,0 +1,65 @@
+#include "protocol/values.h"
+
+#include "link/address.h"
+#include "link/module1.h"
+#include "protocol/command.h"
+
+namespace quorvel::protocol {
+
+namespace {
+
+constexpr float kPauseBeforeZ = 0.2F;     // s
+constexpr float kPauseAfterValues = 0.1F; // s
+
+} // namespace
+
+link::Transaction xyQuery(std::string_view addressDigits)
+{
+    return transaction(CommandId::ReadXY, addressDigits);
+}
+
+link::Transaction zQuery(std::string_view addressDigits)
+{
+    return transaction(CommandId::ReadZ, addressDigits);
+}
+
+link::Transaction zQueryByCharacters(std::string_view addressDigits)
+{
+    auto query = zQuery(addressDigits);
+    query.reply = {.until = link::ReplyRule::Until::Count, .count = kValuesReplyLength};
+    query.drains = false;
+    return query;
+}
+
+bool isValuesReply(std::string_view reply) { return reply.size() == kValuesReplyLength; }
+
+std::string firstValue(std::string_view reply) { return std::string(field(CommandId::ReadXY, 0, reply)); }
+
+std::string secondValue(std::string_view reply) { return std::string(field(CommandId::ReadXY, 1, reply)); }
+
+std::string xyText(std::string_view reply)
+{
+    if (!isValuesReply(reply)) return std::string(kReadingFailed);
+    return "  X: " + firstValue(reply) + "  Y: " + secondValue(reply) + "  ";
+}
+
+std::string zText(std::string_view reply, bool userEdition)
+{
+    if (userEdition) return "Z: " + firstValue(reply);
+    return "Z1: " + firstValue(reply) + "  Z2: " + secondValue(reply) + "  ";
+}
+
+std::string ReadSensorValues(link::Module1& module1, int address, const link::Bench& bench)
+{
+    const auto digits = link::AddressToHex(address);
+    const auto reply = module1.transact(xyQuery(digits)).reply;
+    auto line = xyText(reply);
+    if (isValuesReply(reply) && bench.isThreeDirection()) {
+        module1.WaitForInput(kPauseBeforeZ, 0);
+        line += zText(module1.transact(zQuery(digits)).reply, bench.isUserEdition());
+    }
+    module1.settle(kPauseAfterValues);
+    return line;
+}
+
+} // namespace quorvel::protocol
