@@ -37,7 +37,8 @@ double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PE
 
 double floorOf(const link::Transaction& transaction)
 {
-    return 0.03 + static_cast<double>(transaction.frame.size()) * 0.005 + transaction.reply.count * kCharacter;
+    return 0.03 + static_cast<double>(transaction.frame.size()) * 0.005 +
+           transaction.reply.count * kCharacter;
 }
 
 /// Seconds that one durable row takes in a file of its own.

@@ -56,7 +56,8 @@ void parseLongestReply(benchmark::State& state)
     const auto reply = longestReply();
     PixelArray array;
     measure(state, kParseLimit, [&] {
-        if (!readGrayscale(protocol::kGrayscales[0], reply, array).good) state.SkipWithError("the reply is refused");
+        if (!readGrayscale(protocol::kGrayscales[0], reply, array).good)
+            state.SkipWithError("the reply is refused");
     });
 }
 BENCHMARK(parseLongestReply)->Unit(benchmark::kMicrosecond);
@@ -118,12 +119,14 @@ void transfer7450Pixels(benchmark::State& state)
     link::Module1 module1(port, clock);
     if (!port.setPortOpen(true).isEmpty()) return state.SkipWithError("the bus cannot be opened");
     const auto request = protocol::grayscaleQuery(protocol::kGrayscales[0], "05");
-    const double sending = kPauseBeforeFrame + kPauseAfterCharacter * static_cast<double>(request.frame.size());
+    const double sending =
+        kPauseBeforeFrame + kPauseAfterCharacter * static_cast<double>(request.frame.size());
     PixelArray array;
     for (auto _ : state) {
         const auto start = Clock::now();
         const auto exchange = module1.transact(request);
-        if (!readGrayscale(protocol::kGrayscales[0], exchange.reply, array).good) state.SkipWithError("no reply");
+        if (!readGrayscale(protocol::kGrayscales[0], exchange.reply, array).good)
+            state.SkipWithError("no reply");
         const double seconds = secondsSince(start);
         const double floor =
             sending + static_cast<double>(exchange.reply.size()) * kBitsPerCharacter / kBitsPerSecond;

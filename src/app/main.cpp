@@ -44,8 +44,8 @@ int runProgram(int argc, char* argv[])
         if (trouble.isEmpty()) options.ports.prepend(demo.device());
     }
     const auto own = link::executableFolder();
-    Program program(options.ports, link::programFolder(options.folder, own), link::helpText(options.folder, own),
-                    QString::fromLatin1(kEdition));
+    Program program(options.ports, link::programFolder(options.folder, own),
+                    link::helpText(options.folder, own), QString::fromLatin1(kEdition));
     openAutoread(program);
     openSettings(program);
     openCalibration(program);

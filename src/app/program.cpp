@@ -6,8 +6,8 @@ namespace quorvel {
 
 Program::Program(const QStringList& portNames, const std::filesystem::path& folder,
                  const std::filesystem::path& help, const QString& edition)
-    : ports(portNames), mscomm1(ports), module1(mscomm1, clock), filter(gate), messages(gate),
-      workplace{bench, module1, gate, messages}, form1(benchOf(folder, help, edition), ports)
+    : ports(portNames), mscomm1(ports), module1(mscomm1, clock), filter(gate),
+      messages(gate), workplace{bench, module1, gate, messages}, form1(benchOf(folder, help, edition), ports)
 {
     qApp->installEventFilter(&filter);
 }

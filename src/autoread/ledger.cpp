@@ -9,7 +9,10 @@ namespace quorvel::autoread {
 namespace {
 
 /// A ring keeps one slot free, or none.
-bool isFull(const protocol::RingPointers& pointers) { return protocol::spanOf(pointers).count() >= pointers.capacity - 1; }
+bool isFull(const protocol::RingPointers& pointers)
+{
+    return protocol::spanOf(pointers).count() >= pointers.capacity - 1;
+}
 
 /// Only a full ring loses its oldest record to a new one; any other that begins elsewhere was cleared.
 bool isSameRing(const protocol::RingPointers& before, const protocol::RingPointers& now)

@@ -79,7 +79,7 @@ link::Exchange SetAuto::ask(const link::Transaction& transaction)
 void SetAuto::Command1_Click()
 {
     const auto asked = ask(protocol::modeQuery(addressDigits()));
-    if (!asked.complete()) say(kCommError);
+    if (!asked.complete()) say(protocol::kCommError);
     const auto mode = protocol::readMode(asked.reply);
     if (!messages_.ask(this, shown(protocol::modeQuestion(mode)))) return;
     const auto set = ask(protocol::intervalSet(addressDigits(), ui_->Combo1->currentIndex()));
@@ -92,7 +92,7 @@ void SetAuto::Command2_Click()
 {
     if (!module1_.port().PortOpen()) return say(kPortNotOpened);
     const auto asked = ask(protocol::pointersQuery(addressDigits()));
-    if (!asked.complete()) say(kCommError);
+    if (!asked.complete()) say(protocol::kCommError);
     const auto pointers = protocol::readPointers(asked.reply);
     noteReply(pointers, asked);
     if (pointers.isEmpty()) return say(protocol::kNoData);
@@ -163,7 +163,7 @@ void SetAuto::Command3_Click()
     const auto deletion = ask(protocol::recordsDelete(addressDigits()));
     if (deletion.complete()) ledger_.deleted(who);
     refreshStatus();
-    say(deletion.complete() ? protocol::kDataDeleted : kCommError);
+    say(deletion.complete() ? protocol::kDataDeleted : protocol::kCommError);
 }
 
 void SetAuto::addressTyped()

@@ -176,7 +176,8 @@ jet::Result<path> renewFormat(jet::Database& database, const path& file)
     return kept;
 }
 
-jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working, const DirectionRow& direction)
+jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working,
+                                         const DirectionRow& direction)
 {
     const auto fields = checkCalibrationFile(chosen);
     if (!fields) return fields.failure();

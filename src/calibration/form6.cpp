@@ -36,8 +36,9 @@ void Form6::Command2_Click()
     const auto typed = ui_->Text1->text();
     if (!isLocation(link::bytes(typed))) return say(kLocationError);
     if (!link::canBeSent(typed)) {
-        return say(tr("\"%1\" was not sent: it holds characters that the bus cannot carry. Type plain digits.")
-                       .arg(typed));
+        return say(
+            tr("\"%1\" was not sent: it holds characters that the bus cannot carry. Type plain digits.")
+                .arg(typed));
     }
     const auto exchange = perform(locationSet(addressDigits(), link::bytes(typed)));
     if (!answered(exchange)) return;

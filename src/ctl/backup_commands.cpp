@@ -138,7 +138,7 @@ void restoreOne(Console& console, const protocol::Setting& setting, const QJsonV
     if (const auto* why = std::get_if<protocol::NotSent>(&command)) {
         if (*why == protocol::NotSent::Malformed) console.status = kNotAnswered;
         report((*why == protocol::NotSent::Malformed ? QStringLiteral("not set; %1 is not a value of it")
-                                           : QStringLiteral("left as it is; %1 cannot be restored"))
+                                                     : QStringLiteral("left as it is; %1 cannot be restored"))
                    .arg(protocol::inWords(wanted)));
         return;
     }
@@ -152,7 +152,8 @@ void restoreOne(Console& console, const protocol::Setting& setting, const QJsonV
         report(QStringLiteral("%1, verified").arg(protocol::inWords(held)));
         return;
     }
-    report(QStringLiteral("the readout holds %1 after %2 was set").arg(protocol::inWords(held), protocol::inWords(wanted)));
+    report(QStringLiteral("the readout holds %1 after %2 was set")
+               .arg(protocol::inWords(held), protocol::inWords(wanted)));
     console.status = kNotAnswered;
 }
 
@@ -170,8 +171,9 @@ void restore(Console& console, const FileOptions& options)
         restoreOne(console, setting, wanted.value(setting.name));
     }
     for (const auto& name : left) {
-        console.fail(kNotAnswered, QStringLiteral("%1: a readout of type %2 has no such setting.")
-                                       .arg(protocol::inWords(name), QString::fromStdString(console.options.type)));
+        console.fail(kNotAnswered,
+                     QStringLiteral("%1: a readout of type %2 has no such setting.")
+                         .arg(protocol::inWords(name), QString::fromStdString(console.options.type)));
     }
 }
 

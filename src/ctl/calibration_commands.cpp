@@ -43,7 +43,8 @@ public:
     Calibrating(Console& console, const CalibrateOptions& options)
         : console_(console), options_(options), direction_(*directionOf(words(options.direction)))
     {
-        data_.setDatabaseName(link::programFolder(options.folder, link::executableFolder()) / direction_.file);
+        data_.setDatabaseName(link::programFolder(options.folder, link::executableFolder()) /
+                              direction_.file);
     }
 
     void show();

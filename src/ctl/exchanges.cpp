@@ -1,7 +1,6 @@
 #include "ctl/exchanges.h"
 
 #include "ctl/console.h"
-#include "main/messages.h"
 #include "protocol/answer.h"
 
 namespace quorvel::ctl {
@@ -11,7 +10,7 @@ std::optional<link::Exchange> ask(Console& console, link::Transaction transactio
     transaction.drains = true;
     auto exchange = console.module1().transact(transaction);
     if (exchange.complete()) return exchange;
-    failed(console, kCommError, exchange);
+    failed(console, protocol::kCommError, exchange);
     return std::nullopt;
 }
 

@@ -61,11 +61,11 @@ bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array)
     const auto read = exchange.complete() ? readGrayscale(row, exchange.reply, array) : GrayscaleReply();
     if (read.notHex > 0) console.tell(QStringLiteral("%1 pixels arrived damaged.").arg(read.notHex));
     if (read.good) return true;
-    console.fail(kNotAnswered, QStringLiteral("Readout %1 %2")
-                                   .arg(console.address())
-                                   .arg(exchange.complete()
-                                            ? QStringLiteral("gave an answer that is not grayscale.")
-                                            : QStringLiteral("did not answer, or not to the end.")));
+    console.fail(kNotAnswered,
+                 QStringLiteral("Readout %1 %2")
+                     .arg(console.address())
+                     .arg(exchange.complete() ? QStringLiteral("gave an answer that is not grayscale.")
+                                              : QStringLiteral("did not answer, or not to the end.")));
     return false;
 }
 
@@ -84,8 +84,7 @@ void answerPixels(Console& console, const GrayscaleRow& row, const PixelArray& a
                           {"pixels", values}});
 }
 
-QString saveChartOf(Console& console, const GrayscaleRow& row, const PixelArray& array,
-                    const QString& file)
+QString saveChartOf(Console& console, const GrayscaleRow& row, const PixelArray& array, const QString& file)
 {
     TChart chart;
     chart.resize(kChartSize);
@@ -108,8 +107,7 @@ void readGrayscale(Console& console, const GrayscaleOptions& options)
 {
     const auto& row = *findGrayscale(options.direction);
     PixelArray array;
-    if (!mayWrite(console, options) || !console.openReadout() || !fetchPixels(console, row, array))
-        return;
+    if (!mayWrite(console, options) || !console.openReadout() || !fetchPixels(console, row, array)) return;
     const auto data = fileName(options.data);
     const auto chart = fileName(options.chart);
     if (!data.isEmpty()) report(console, data, savePixels(data, array));

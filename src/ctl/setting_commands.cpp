@@ -3,7 +3,6 @@
 #include "ctl/exchanges.h"
 #include "link/address.h"
 #include "link/bytes.h"
-#include "main/messages.h"
 #include "protocol/answer.h"
 #include "protocol/change_address.h"
 #include "protocol/feature.h"
@@ -130,8 +129,7 @@ void reference(Console& console, const Arguments& given)
 
 /// Sets something that is on or off, or prints its state.
 void flipOrQuery(Console& console, const QString& name, const Arguments& given,
-                 const std::function<link::Transaction(bool)>& set,
-                 const link::Transaction& query,
+                 const std::function<link::Transaction(bool)>& set, const link::Transaction& query,
                  std::optional<bool> (*stateOf)(std::string_view reply))
 {
     if (!given.value.empty()) {

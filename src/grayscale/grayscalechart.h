@@ -27,6 +27,8 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    /// What was read stays told until something else is.
+    void beginHandler() override {}
     /// Its height may be another one.
     void statusChanged() override { Form_Resize(); }
 

@@ -12,7 +12,8 @@ QString shown(std::string_view bytes)
 bool canBeSent(const QString& text)
 {
     constexpr char16_t kLastByte = 0xFF;
-    return std::all_of(text.begin(), text.end(), [](QChar character) { return character.unicode() <= kLastByte; });
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar character) { return character.unicode() <= kLastByte; });
 }
 
 std::string bytes(const QString& text) { return text.toLatin1().toStdString(); }

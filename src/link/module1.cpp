@@ -88,8 +88,9 @@ bool Module1::receive(const ReplyRule& rule, std::string& reply)
 {
     using Until = ReplyRule::Until;
     if (rule.until == Until::Count || rule.until == Until::LineFeed) {
-        const bool complete = rule.until == Until::Count ? ReceiveReply(static_cast<std::uint16_t>(rule.count))
-                                                         : ReceiveGrayscale();
+        const bool complete = rule.until == Until::Count
+                                  ? ReceiveReply(static_cast<std::uint16_t>(rule.count))
+                                  : ReceiveGrayscale();
         reply = replyText_;
         return complete;
     }

@@ -84,10 +84,9 @@ void PortList::number(const std::vector<PortInfo>& ports)
 
 QString PortList::deviceOf(int number) const
 {
-    const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                    [number](const PortEntry& entry) {
-                                        return entry.number == number && entry.number > 0;
-                                    });
+    const auto found = std::find_if(entries_.begin(), entries_.end(), [number](const PortEntry& entry) {
+        return entry.number == number && entry.number > 0;
+    });
     return found == entries_.end() ? QString() : found->device;
 }
 

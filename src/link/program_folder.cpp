@@ -35,6 +35,9 @@ std::filesystem::path helpText(const std::string& wanted, const std::filesystem:
     return wanted.empty() && !isThere(text) ? own / kHelpText : text;
 }
 
-std::filesystem::path executableFolder() { return QDir(QCoreApplication::applicationDirPath()).filesystemPath(); }
+std::filesystem::path executableFolder()
+{
+    return QDir(QCoreApplication::applicationDirPath()).filesystemPath();
+}
 
 } // namespace quorvel::link

@@ -24,7 +24,8 @@ bool answers(const Transaction& transaction, const std::string& reply)
     auto frame = transaction.frame;
     const auto come = compared(transaction, reply);
     const auto address = text::mid(come, kAddressPosition, kAddressLength);
-    if (text::mid(frame, kAddressPosition, kAddressLength) == kEveryReadout && address.size() == kAddressLength)
+    if (text::mid(frame, kAddressPosition, kAddressLength) == kEveryReadout &&
+        address.size() == kAddressLength)
         frame.replace(kAddressPosition - 1, kAddressLength, address);
     return text::echoes(frame, come, transaction.head) && come.ends_with("\r\n");
 }

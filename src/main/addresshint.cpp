@@ -20,10 +20,12 @@ QString addressHint(const QString& text)
 {
     const auto typed = link::bytes(text);
     if (link::isAddress(text::integerOf(typed))) return {};
-    if (text.isEmpty()) return tr("The address box is empty: no readout will answer. Addresses are 1 to 249.");
+    if (text.isEmpty())
+        return tr("The address box is empty: no readout will answer. Addresses are 1 to 249.");
     const int reached = text::integerOf(link::HexToDec(link::AddressToHex(typed)));
     if (reached == kEveryReadout) {
-        return tr("\"%1\" addresses every readout on the bus: what is set or deleted is set or deleted in all "
+        return tr("\"%1\" addresses every readout on the bus: what is set or deleted is set or deleted in "
+                  "all "
                   "of them. One readout has an address from 1 to 249.")
             .arg(text);
     }

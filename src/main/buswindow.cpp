@@ -3,7 +3,6 @@
 #include "link/address.h"
 #include "link/bytes.h"
 #include "main/addresshint.h"
-#include "protocol/answer.h"
 
 #include <QComboBox>
 #include <QEvent>

@@ -2,6 +2,7 @@
 
 #include "link/transaction.h"
 #include "main/workplace.h"
+#include "protocol/answer.h"
 
 #include <QDialog>
 #include <QLabel>
@@ -62,7 +63,7 @@ protected:
     /// Runs a transaction. @param sent  called with the number of characters sent so far.
     link::Exchange perform(const link::Transaction& transaction, const std::function<void(int)>& sent = {});
     /// True for a complete exchange. Otherwise says `failedText`, with the reason in the status line.
-    bool answered(const link::Exchange& exchange, const char* failedText = kCommError);
+    bool answered(const link::Exchange& exchange, const char* failedText = protocol::kCommError);
     /// Says whether a complete reply confirms the command. A null text says nothing.
     void report(const link::Exchange& exchange, const char* failedText);
     /// Shows a complete reply in the status line when it is not the answer or its values are not of their form.

@@ -116,7 +116,8 @@ void Form1::unlock(bool on)
 void Form1::addReading(const QString& time)
 {
     const int address = text::integerOf(bytes(ui_->TestNo->text()));
-    const auto line = time + QStringLiteral("  ") + shown(protocol::ReadSensorValues(module1_, address, bench_));
+    const auto line =
+        time + QStringLiteral("  ") + shown(protocol::ReadSensorValues(module1_, address, bench_));
     ui_->List1->addItem(line);
     ui_->List1->setCurrentRow(ui_->List1->count() - 1);
 }

@@ -36,7 +36,6 @@ public:
 };
 
 inline constexpr auto kPortNotOpened = "CommPort not Opened";
-inline constexpr auto kCommError = "Comm Error";
 
 /// Asks for the database file to write; the name may be new. @return the path, empty when cancelled.
 QString ChooseDatabaseFile(Messages& messages, QWidget* parent);

@@ -11,6 +11,7 @@
 /// What is told of an answer, whatever the command was.
 namespace quorvel::protocol {
 
+inline constexpr auto kCommError = "Comm Error";
 inline constexpr auto kSetOk = "Set OK!";
 inline constexpr auto kSetFailed = "Set Failed!";
 

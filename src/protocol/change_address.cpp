@@ -14,7 +14,8 @@ const char* addressChangeError(int oldAddress, int newAddress)
 
 link::Transaction addressChange(int oldAddress, int newAddress)
 {
-    return transaction(CommandId::ChangeAddress, link::AddressToHex(oldAddress), link::AddressToHex(newAddress));
+    return transaction(CommandId::ChangeAddress, link::AddressToHex(oldAddress),
+                       link::AddressToHex(newAddress));
 }
 
 } // namespace quorvel::protocol

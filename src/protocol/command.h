@@ -71,9 +71,9 @@ struct Command {
     std::span<const Field> fields;
     /// How the reply is received, its length included; without the pixels for the grayscale.
     link::ReplyRule reply;
-    bool drains = true;         ///< unless a window says otherwise
-    int echoLength = 0;         ///< leading characters of the frame that confirm a set command; 0: any reply will do
-    int head = 5;               ///< leading characters of the frame that every reply begins with
+    bool drains = true; ///< unless a window says otherwise
+    int echoLength = 0; ///< leading characters of the frame that confirm a set command; 0: any reply will do
+    int head = 5;       ///< leading characters of the frame that every reply begins with
     bool ignoresBlanks = false; ///< blanks around a reply do not count
 };
 

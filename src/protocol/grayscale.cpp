@@ -37,8 +37,8 @@ std::int16_t pixelOf(char high, char low)
 
 const GrayscaleRow* findGrayscale(std::string_view name)
 {
-    const auto* found =
-        std::ranges::find_if(kGrayscales, [name](const GrayscaleRow& row) { return nameOf(row.sensor) == name; });
+    const auto* found = std::ranges::find_if(
+        kGrayscales, [name](const GrayscaleRow& row) { return nameOf(row.sensor) == name; });
     return found == std::end(kGrayscales) ? nullptr : found;
 }
 
@@ -64,7 +64,8 @@ GrayscaleReply readGrayscale(const GrayscaleRow& row, std::string_view reply, Pi
     GrayscaleReply result{.good = true};
     std::vector<std::int16_t> pixels;
     pixels.reserve(static_cast<std::size_t>(count));
-    const auto digits = field(row.command, kPixelsField, reply).substr(0, static_cast<std::size_t>(kPixelDigits * count));
+    const auto digits =
+        field(row.command, kPixelsField, reply).substr(0, static_cast<std::size_t>(kPixelDigits * count));
     for (std::size_t i = 0; i < digits.size(); i += kPixelDigits) {
         const bool hex = text::hexDigitValue(digits[i]) >= 0 && text::hexDigitValue(digits[i + 1]) >= 0;
         if (!hex) ++result.notHex;

@@ -72,8 +72,8 @@ link::Transaction grayscaleQuery(const GrayscaleRow& row, std::string_view addre
 
 /// What a reply held.
 struct GrayscaleReply {
-    bool good = false;   ///< otherwise the array is untouched
-    int notHex = 0;      ///< pixels that were not two hexadecimal digits
+    bool good = false; ///< otherwise the array is untouched
+    int notHex = 0;    ///< pixels that were not two hexadecimal digits
 };
 
 /// Reads a reply into the array. A pixel that is not two hexadecimal digits takes the number that its field begins
@@ -83,8 +83,8 @@ GrayscaleReply readGrayscale(const GrayscaleRow& row, std::string_view reply, Pi
 
 /// How far a reply has come in.
 struct GrayscaleProgress {
-    int received = 0;  ///< whole pixels
-    int expected = -1; ///< N as announced; -1 while it is not known, or out of range
+    int received = 0;   ///< whole pixels
+    int expected = -1;  ///< N as announced; -1 while it is not known, or out of range
     bool begun = false; ///< something has come
 };
 GrayscaleProgress grayscaleProgress(const GrayscaleRow& row, std::string_view received);

@@ -92,9 +92,10 @@ std::string realValueText(const ReferenceRow& row, double realValue)
 std::string lossText(const ReferenceRun& run)
 {
     if (run.confirmed || run.formerOffset == FormerOffset::Untouched) return {};
-    return run.formerOffset == FormerOffset::Lost ? "The former offset was overwritten with zero and is lost."
-                                                  : "The former offset may have been overwritten with zero: the "
-                                                    "readout did not answer whole. Query it.";
+    return run.formerOffset == FormerOffset::Lost
+               ? "The former offset was overwritten with zero and is lost."
+               : "The former offset may have been overwritten with zero: the "
+                 "readout did not answer whole. Query it.";
 }
 
 std::string countedText(const ReferenceRun& run)

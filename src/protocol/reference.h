@@ -48,11 +48,11 @@ struct ReferenceRun {
     bool complete = false;  ///< every reply arrived whole
     bool confirmed = false; ///< the readout repeated the new offset
     FormerOffset formerOffset = FormerOffset::Untouched;
-    std::string offset;     ///< eight characters: written by a set, received by a query
-    std::string reading;    ///< the current reading as received
+    std::string offset;          ///< eight characters: written by a set, received by a query
+    std::string reading;         ///< the current reading as received
     bool offsetIsAnswer = false; ///< of a query: the offset came in an answer to its question
-    double realValue = 0;   ///< of a query: the reading without the offset, to five decimals as both have
-    link::Exchange last;    ///< the latest exchange whose reply the run looked at
+    double realValue = 0; ///< of a query: the reading without the offset, to five decimals as both have
+    link::Exchange last;  ///< the latest exchange whose reply the run looked at
 };
 
 /// Makes the readout of `bench` report `reference`: its offset is set to zero, its reading awaited and the

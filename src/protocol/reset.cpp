@@ -46,10 +46,7 @@ link::Transaction oneHour(Address address, const QDateTime& /*now*/)
     return intervalSet(address, kOneHour);
 }
 
-link::Transaction deleteReadings(Address address, const QDateTime& /*now*/)
-{
-    return recordsDelete(address);
-}
+link::Transaction deleteReadings(Address address, const QDateTime& /*now*/) { return recordsDelete(address); }
 
 constexpr ResetStep kSteps[] = {
     {"wire parameters", always, defaultWire},           {"reference feature off", always, featureOff},

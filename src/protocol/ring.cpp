@@ -19,7 +19,10 @@ int endOf(const RingPointers& pointers)
 
 } // namespace
 
-link::Transaction pointersQuery(std::string_view addressDigits) { return transaction(kPointersCommand, addressDigits); }
+link::Transaction pointersQuery(std::string_view addressDigits)
+{
+    return transaction(kPointersCommand, addressDigits);
+}
 
 link::Transaction recordsDelete(std::string_view addressDigits)
 {
@@ -28,7 +31,9 @@ link::Transaction recordsDelete(std::string_view addressDigits)
 
 RingPointers readPointers(std::string_view reply)
 {
-    const auto number = [reply](std::size_t index) { return text::integerOf(field(kPointersCommand, index, reply)); };
+    const auto number = [reply](std::size_t index) {
+        return text::integerOf(field(kPointersCommand, index, reply));
+    };
     return {number(0), number(1), number(2)};
 }
 

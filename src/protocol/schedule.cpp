@@ -13,11 +13,16 @@ constexpr auto kModeCommand = CommandId::QueryMode;
 
 } // namespace
 
-link::Transaction modeQuery(std::string_view addressDigits) { return transaction(kModeCommand, addressDigits); }
+link::Transaction modeQuery(std::string_view addressDigits)
+{
+    return transaction(kModeCommand, addressDigits);
+}
 
 AutoMode readMode(std::string_view reply)
 {
-    const auto number = [reply](std::size_t index) { return text::integerOf(field(kModeCommand, index, reply)); };
+    const auto number = [reply](std::size_t index) {
+        return text::integerOf(field(kModeCommand, index, reply));
+    };
     return {number(0), {number(1), number(2), number(3), number(4)}};
 }
 

@@ -35,7 +35,7 @@ struct Setting {
     QJsonValue (*read)(std::string_view reply);
     /// The command that sets the value.
     std::variant<link::Transaction, NotSent> (*write)(std::string_view addressDigits,
-                                                       const QJsonValue& value);
+                                                      const QJsonValue& value);
 };
 
 /// The settings that a readout of this type can be asked for. Its clock and fixed hours of the day are among them for

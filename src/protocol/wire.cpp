@@ -65,7 +65,8 @@ std::optional<WireParameters> wireOf(std::string_view reply)
 
 bool isPlainWireReply(std::string_view reply)
 {
-    return text::allDigits(wireField(reply, WireField::Diameter)) && text::allDigits(wireField(reply, WireField::PermittedError)) &&
+    return text::allDigits(wireField(reply, WireField::Diameter)) &&
+           text::allDigits(wireField(reply, WireField::PermittedError)) &&
            flagIn(wireField(reply, WireField::SelfCalibration));
 }
 

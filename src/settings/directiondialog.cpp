@@ -1,7 +1,7 @@
 #include "settings/directiondialog.h"
 
-#include "protocol/feature.h"
 #include "protocol/answer.h"
+#include "protocol/feature.h"
 #include "ui_directiondialog.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "protocol/offset.h"
 #include "main/buswindow.h"
+#include "protocol/offset.h"
 
 #include <memory>
 

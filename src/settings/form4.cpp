@@ -31,8 +31,7 @@ struct Form4::Row {
     const char* setButton;
 };
 
-Form4::Form4(const Workplace& workplace, QWidget* parent)
-    : BusWindow(workplace, parent)
+Form4::Form4(const Workplace& workplace, QWidget* parent) : BusWindow(workplace, parent)
 {
     setObjectName(QStringLiteral("Form4"));
     setWindowTitle(QStringLiteral("Invert and Swap"));

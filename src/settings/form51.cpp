@@ -11,8 +11,7 @@ namespace quorvel {
 using link::shown;
 using namespace protocol;
 
-Form51::Form51(const Workplace& workplace, QWidget* parent)
-    : DirectionDialog(workplace, parent)
+Form51::Form51(const Workplace& workplace, QWidget* parent) : DirectionDialog(workplace, parent)
 {
     load(QStringLiteral("Form51"), QStringLiteral("Offset Setting"),
          QStringLiteral("Input the offset into the blank. The reading of readout will be the summation of "

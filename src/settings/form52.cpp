@@ -11,8 +11,7 @@ namespace quorvel {
 using link::shown;
 using namespace protocol;
 
-Form52::Form52(const Workplace& workplace, QWidget* parent)
-    : DirectionDialog(workplace, parent)
+Form52::Form52(const Workplace& workplace, QWidget* parent) : DirectionDialog(workplace, parent)
 {
     load(QStringLiteral("Form52"), QStringLiteral("Reference Setting"),
          QStringLiteral("Input the reference into the blank. The reading of readout will be the input "

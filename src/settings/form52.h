@@ -1,7 +1,7 @@
 #pragma once
 
-#include "settings/directiondialog.h"
 #include "protocol/reference.h"
+#include "settings/directiondialog.h"
 
 namespace quorvel {
 

@@ -131,10 +131,11 @@ TEST_F(QuorvelctlAutoread, PulledAdapterIsSaidOnALineOfItsOwn)
 TEST_F(QuorvelctlAutoread, SilentReadoutIsExitStatus1)
 {
     bus.fault("silent@*");
-    const std::pair<QStringList, QString> commands[] = {{{"auto"}, "Comm Error\n"},
-                                                        {{"auto", "--set", "5m"}, "Set Error\n"},
-                                                        {{"clear", "--yes"}, "Comm Error\n"},
-                                                        {{"download", file("a.mdb")}, "Comm Error\n"}};
+    const std::pair<QStringList, QString> commands[] = {
+        {{"auto"}, "Comm Error The readout did not answer.\n"},
+        {{"auto", "--set", "5m"}, "Set Error The readout did not answer.\n"},
+        {{"clear", "--yes"}, "Comm Error The readout did not answer.\n"},
+        {{"download", file("a.mdb")}, "Comm Error The readout did not answer.\n"}};
     for (const auto& [arguments, words] : commands) {
         const auto silent = run(arguments);
         EXPECT_EQ(silent.status, 1) << qPrintable(arguments[0]);

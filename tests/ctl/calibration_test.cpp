@@ -106,7 +106,7 @@ TEST_F(QuorvelctlCalibration, MeasurementThatFailsChangesNothing)
     for (const auto& [fault, told] :
          {Row{"silent@2101", "Nothing was measured: the readout did not answer.\n"},
           Row{"short@2101", "Nothing was measured: 28 characters came instead of 27 or 29.\n"},
-          Row{"badnumber@2101", "is no reading for a column X_Data"}, Row{"hangup@2101", "is gone"}}) {
+          Row{"badnumber@2101", "is not a reading for a column X_Data"}, Row{"hangup@2101", "is gone"}}) {
         bus.clearFaults();
         bus.fault(fault);
         const auto measured = calibrate("X", {"measure", "--point", "0", "--dial", "9"});
@@ -204,7 +204,7 @@ TEST_F(QuorvelctlCalibration, StitchingThatIsNotAnsweredIsExitStatus1)
     bus.fault("silent@7822");
     const auto silent = run({"stitching"}, "33");
     EXPECT_EQ(silent.status, 1);
-    EXPECT_EQ(silent.err, "Comm Error\n");
+    EXPECT_EQ(silent.err, "Comm Error The readout did not answer.\n");
 }
 
 TEST_F(QuorvelctlCalibration, IsNoPartOfTheUserEdition)

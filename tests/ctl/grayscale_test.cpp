@@ -148,7 +148,7 @@ TEST_F(QuorvelctlGrayscale, MalformedReplyIsExitStatus1ForZ1Too)
     bus.fault("count@7803");
     const auto read = run({"--address", "12", "--type", "C", "--direction", "Z1", "--data", file("z.csv")});
     EXPECT_EQ(read.status, 1);
-    EXPECT_EQ(read.err, "Readout 12 gave an answer that is no grayscale.\n");
+    EXPECT_EQ(read.err, "Readout 12 gave an answer that is not grayscale.\n");
     EXPECT_EQ(names(), QStringList());
 }
 

@@ -166,9 +166,9 @@ TEST_F(QuorvelctlSettings, WrongValuesInAFileAreNotSent)
     EXPECT_EQ(restore.status, 1);
     EXPECT_TRUE(bus.frames().isEmpty());
     EXPECT_EQ(restore.out.count(": not set; "), 10) << qPrintable(restore.out);
-    EXPECT_TRUE(restore.out.contains("offsetY: not set; +1.5000? is no value of it\n"))
+    EXPECT_TRUE(restore.out.contains("offsetY: not set; +1.5000? is not a value of it\n"))
         << qPrintable(restore.out);
-    EXPECT_TRUE(restore.out.contains("swap: not set; nothing is no value of it\n"))
+    EXPECT_TRUE(restore.out.contains("swap: not set; nothing is not a value of it\n"))
         << qPrintable(restore.out);
     EXPECT_EQ(restore.out.count("clock: left as it is; "), 1) << qPrintable(restore.out);
     EXPECT_TRUE(restore.err.contains("nonsense: a readout of type C has no such setting."));
@@ -226,7 +226,7 @@ TEST_F(QuorvelctlSettings, FileThatHoldsNoSettingsIsRefused)
         write("a.json", text);
         const auto restore = runC({"settings", "restore", path("a.json"), "--yes"});
         EXPECT_EQ(restore.status, 1) << text.constData();
-        EXPECT_TRUE(restore.err.contains("a.json is no file of settings")) << qPrintable(restore.err);
+        EXPECT_TRUE(restore.err.contains("a.json is not a settings file")) << qPrintable(restore.err);
     };
     refused("");
     refused("{\"format\":\"quor");

@@ -111,7 +111,8 @@ TEST_F(PixelFile, NoPixelsGiveAnEmptyTable)
 
 TEST_F(PixelFile, TheLongestReadingFits)
 {
-    EXPECT_EQ(savePixels(file("long.mdb"), arrayOf(std::vector<std::int16_t>(protocol::kHighestIndex, 200))), "");
+    EXPECT_EQ(savePixels(file("long.mdb"), arrayOf(std::vector<std::int16_t>(protocol::kHighestIndex, 200))),
+              "");
     const auto rows = rowsOf(file("long.mdb"));
     ASSERT_EQ(rows.size(), 20000U);
     EXPECT_EQ(rows.back(), "20000 200");

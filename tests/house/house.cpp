@@ -25,11 +25,23 @@ const std::vector<Ban>& bans()
     static const std::vector<Ban> all{
         {{"text", "jet"}, {"Q", "CLI/", "termios.h", "sys/ioctl.h"}, "knows no widget and no serial port"},
         {{"link"}, {"QMessageBox", "QFileDialog", "QInputDialog"}, "opens no box"},
+        {{"protocol"},
+         {"QWidget", "QApplication", "QDialog", "QLabel", "QLineEdit", "QMessageBox", "QtWidgets",
+          "QSerialPort", "QIODevice"},
+         "knows no widget and no port"},
         {{"settings", "autoread", "grayscale", "calibration"},
          {"QMessageBox", "QFileDialog", "QInputDialog", "QSerialPort"},
          "asks for boxes and devices through what it is given"},
         {{"sim"}, {"QWidget", "QApplication", "QMessageBox"}, "is a program without windows"},
     };
+    return all;
+}
+
+/// What the rooms above the database files may include of them.
+const std::set<std::string>& publicOfJet()
+{
+    static const std::set<std::string> all{"jet/database.h",    "jet/recordset.h",   "jet/result.h",
+                                           "jet/replaceable.h", "jet/text_coding.h", "jet/value.h"};
     return all;
 }
 
@@ -77,6 +89,8 @@ std::optional<std::string> fault(const std::string& folder, const std::string& h
                                                     : std::nullopt;
     }
     if (target == folder) return std::nullopt;
+    if (target == "jet" && publicOfJet().count(header) == 0)
+        return "\"" + header + "\" is for jet alone; its public headers are the recordset surface";
     if (folder != "sim" && arrows().at(folder).count(target) > 0) return std::nullopt;
     return folder + " must not include " + target;
 }
@@ -108,12 +122,15 @@ const Arrows& arrows()
         {"text", {}},
         {"jet", {}},
         {"link", {"text"}},
-        {"main", {"link", "text"}},
-        {"settings", {"main", "link", "text"}},
-        {"autoread", {"main", "link", "text", "jet"}},
-        {"grayscale", {"main", "link", "text", "jet"}},
-        {"calibration", {"main", "link", "text", "jet"}},
-        {"app", {"settings", "autoread", "grayscale", "calibration", "main", "link", "text", "jet"}},
+        {"protocol", {"link", "text", "jet"}},
+        {"main", {"protocol", "link", "text"}},
+        {"settings", {"main", "protocol", "link", "text"}},
+        {"autoread", {"main", "protocol", "link", "text", "jet"}},
+        {"grayscale", {"main", "protocol", "link", "text", "jet"}},
+        {"calibration", {"main", "protocol", "link", "text", "jet"}},
+        {"ctl", {"autoread", "grayscale", "calibration", "protocol", "link", "text", "jet"}},
+        {"app",
+         {"settings", "autoread", "grayscale", "calibration", "main", "protocol", "link", "text", "jet"}},
     };
     return all;
 }

@@ -13,7 +13,8 @@ using Until = ReplyRule::Until;
 constexpr double kFrame = 0.03 + 17 * 0.005; // s, for a frame of 17 characters
 constexpr double kTolerance = 0.01;          // s
 
-const Transaction kSet{.frame = ":0171+1.50000FF\r\n", .kind = Kind::Set, .reply = {.count = 17}, .echoLength = 13};
+const Transaction kSet{
+    .frame = ":0171+1.50000FF\r\n", .kind = Kind::Set, .reply = {.count = 17}, .echoLength = 13};
 
 TEST(Transaction, EchoIsComparedUpToItsLength)
 {
@@ -76,7 +77,8 @@ TEST(Transaction, BlanksAroundAReplyCountUnlessTheyAreIgnored)
 struct Notes final : ExchangeObserver {
     void sending(const Exchange& exchange) override
     {
-        told.push_back("sending " + std::to_string(exchange.number) + " " + exchange.transaction.frame.substr(0, 5));
+        told.push_back("sending " + std::to_string(exchange.number) + " " +
+                       exchange.transaction.frame.substr(0, 5));
         onSending();
     }
     void ended(const Exchange& exchange) override
@@ -123,7 +125,7 @@ TEST_F(TransactionByHand, DrainsWhenAskedToAndKeepsWhatItThrewAway)
     auto keeping = kSet;
     keeping.drains = false;
     const auto exchange = module1.transact(keeping);
-    EXPECT_EQ(exchange.reply, "old:0171+1.50000FF");
+    EXPECT_EQ(exchange.reply, "old:0171+1.50000F");
     EXPECT_EQ(exchange.discarded, "");
 }
 

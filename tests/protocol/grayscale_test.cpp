@@ -26,7 +26,6 @@ bool readReply(const GrayscaleRow& row, const std::string& reply, PixelArray& ar
     return readGrayscale(row, reply, array).good;
 }
 
-
 /// A good reply of readout 1 whose pixels are all "1A".
 std::string replyOf(const GrayscaleRow& row, int count)
 {

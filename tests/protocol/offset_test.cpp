@@ -20,7 +20,8 @@ class SignedValue : public ::testing::TestWithParam<ValueCase> {};
 TEST_P(SignedValue, IsASignAndSevenPlaces)
 {
     for (const auto& direction : kOffsets)
-        EXPECT_EQ(signedValue(direction, GetParam().value), GetParam().written) << nameOf(direction.direction);
+        EXPECT_EQ(signedValue(direction, GetParam().value), GetParam().written)
+            << nameOf(direction.direction);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -112,8 +112,9 @@ TEST_F(Reference, SilenceOrAShortReplyToTheZeroMayHaveLostTheOffset)
         const auto run = set(kReferenceX, 10);
         EXPECT_FALSE(run.complete);
         EXPECT_EQ(run.formerOffset, FormerOffset::MayBeLost);
-        EXPECT_EQ(lossText(run), "The former offset may have been overwritten with zero: the readout did not answer "
-                                 "whole. Query it.");
+        EXPECT_EQ(lossText(run),
+                  "The former offset may have been overwritten with zero: the readout did not answer "
+                  "whole. Query it.");
         EXPECT_EQ(frames.size(), 1U);
     }
 }

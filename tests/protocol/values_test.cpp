@@ -96,7 +96,8 @@ TEST_F(ReadingOnAFakeBus, TheThreeDirectionTypeAsksForZToo)
     EXPECT_EQ(device->written, ":052101FF\r\n:052102FF\r\n");
     bench.edition = "FACTORY";
     replies = {kGood, ":052102+00.1111+00.2222FF\r\nxx"};
-    EXPECT_EQ(ReadSensorValues(module1, 5, bench), "  X: +12.3456  Y: -00.0078  Z1: +00.1111  Z2: +00.2222  ");
+    EXPECT_EQ(ReadSensorValues(module1, 5, bench),
+              "  X: +12.3456  Y: -00.0078  Z1: +00.1111  Z2: +00.2222  ");
 }
 
 TEST_F(ReadingOnAFakeBus, TheZFrameFollowsAfterAPauseAndADrain)

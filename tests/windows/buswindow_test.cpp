@@ -23,6 +23,13 @@ protected:
         QApplication::setActiveWindow(form.get());
     }
 
+    /// Presses Return. @return the frame that goes out.
+    std::string enterIn(QWidget& field)
+    {
+        frames.clear();
+        QTest::keyClick(&field, Qt::Key_Return);
+        return frames.empty() ? std::string() : frames.front();
+    }
     /// What happens while the readout is awaited.
     void meanwhile(std::function<void()> action)
     {
@@ -30,21 +37,38 @@ protected:
     }
 };
 
-TEST_F(SettingsByHand, EnterPressesSetOfItsRow)
+struct EnterRow {
+    const char* field;
+    const char* query;
+    const char* set;
+};
+const EnterRow kEnterRows[] = {{"Combo1", "76FF", "7500FF"},
+                               {"Text2", "72FF", "71+2"},
+                               {"Text3", "74FF", "73+2"},
+                               {"Text4", "7806FF", "7805+2"}};
+
+// An empty box would otherwise send an offset of zero.
+TEST_F(SettingsByHand, EnterQueriesItsRowUntilTheValueWasEdited)
 {
-    struct {
-        const char* field;
-        const char* code;
-    } const rows[] = {{"Combo1", "7501FF"}, {"Text2", "71+2"}, {"Text3", "73+2"}, {"Text4", "7805+2"}};
-    for (const auto& row : rows) {
+    for (const auto& row : kEnterRows) {
         auto* field = child<QWidget>(*form, row.field);
-        if (auto* typed = qobject_cast<QLineEdit*>(field)) typed->setText("2");
         field->setFocus();
-        frames.clear();
-        QTest::keyClick(field, Qt::Key_Return);
-        ASSERT_EQ(frames.size(), 1U) << row.field;
-        EXPECT_TRUE(frames[0].starts_with(std::string(":01") + row.code)) << frames[0];
+        EXPECT_EQ(enterIn(*field), std::string(":01") + row.query) << row.field;
+        QTest::keyClick(field, qobject_cast<QLineEdit*>(field) ? Qt::Key_2 : Qt::Key_Down);
+        EXPECT_TRUE(enterIn(*field).starts_with(std::string(":01") + row.set))
+            << row.field << ' ' << frames[0];
     }
+}
+
+TEST_F(SettingsByHand, AValueThatTheReadoutToldIsNotEdited)
+{
+    auto& typed = box("Text2");
+    typed.setFocus();
+    QTest::keyClick(&typed, Qt::Key_2);
+    answerWith({":0172+1.50000FF\r\n"});
+    press("Command3");
+    EXPECT_EQ(typed.text(), "+1.50000");
+    EXPECT_EQ(enterIn(typed), ":0172FF");
 }
 
 TEST_F(SettingsByHand, EscapeCloses)
@@ -229,10 +253,15 @@ TEST_F(EnterInForm2, PressesOk)
     EXPECT_EQ(sent("Text2"), "New Address Input Error");
 }
 
-TEST_F(EnterInForm4, PressesSetOfTheRow)
+// The lists show "False" until they are queried, whatever the readout holds.
+TEST_F(EnterInForm4, QueriesTheRowUntilItWasChanged)
 {
-    EXPECT_EQ(sent("Combo1"), ":01770300FF");
-    EXPECT_EQ(sent("Combo4"), ":01770100FF");
+    EXPECT_EQ(sent("Combo1"), ":017704FF");
+    EXPECT_EQ(sent("Combo4"), ":017702FF");
+    frames.clear();
+    QTest::keyClick(&list("Combo4"), Qt::Key_Up);
+    QTest::keyClick(&list("Combo4"), Qt::Key_Return);
+    EXPECT_EQ(frames, std::vector<std::string>{":01770101FF"});
 }
 
 TEST_F(EnterInSetTime, PressesSet) { EXPECT_EQ(sent("Text1"), ":0104FF"); }

@@ -39,6 +39,13 @@ protected:
     calibration::DBGrid& grid() { return *child<calibration::DBGrid>(*window, "DBGrid1"); }
     QString label(const QString& name) { return child<QLabel>(*window, name)->text(); }
     QString status() { return label("Status"); }
+    /// What the status line says while nothing else is to be told.
+    QString standing() const
+    {
+        const auto file = workplace_.bench.CalibrationDirection + QStringLiteral("Direction.mdb");
+        return QStringLiteral("File: ") +
+               QString::fromStdString((workplace_.bench.programFolder / file.toStdString()).string());
+    }
     QString cell(int row, int column) { return grid().model()->index(row, column).data().toString(); }
     void goTo(int row, int column) { grid().setCurrentIndex(grid().model()->index(row, column)); }
     /// The open one; those that were closed may not be gone yet.

@@ -1,5 +1,5 @@
-#include "windows/form1_by_hand.h"
 #include "protocol/values.h"
+#include "windows/form1_by_hand.h"
 #include "windows/form1_on_the_bus.h"
 
 #include <QAbstractItemView>
@@ -177,8 +177,8 @@ TEST_F(ReadingByHand, TabGoesRoundWhatCanBeOperatedAndTheKeyboardStopsIt)
         press(Qt::Key_Space);
     });
     readFor(60);
-    EXPECT_EQ(forth, QStringList({"TestNo", "List1", "Option1", "Combo1", "Command2"}));
-    EXPECT_EQ(back, QStringList({"Combo1", "Option1", "List1", "TestNo", "Command2"}));
+    EXPECT_EQ(forth, QStringList({"TestNo", "List1", "Option1", "Combo1", "foundScroll", "Command2"}));
+    EXPECT_EQ(back, QStringList({"foundScroll", "Combo1", "Option1", "List1", "TestNo", "Command2"}));
     EXPECT_LE(clock.passed(), 3.1);
 }
 
@@ -316,10 +316,12 @@ TEST_F(ThreeDirections, ASilentZIsAnEmptyField)
 {
     openPort();
     const QRegularExpression whole(R"(^  X: .{8}  Y: .{8}  Z: [+-][\d.]{7}$)");
-    EXPECT_TRUE(whole.match(QString::fromStdString(protocol::ReadSensorValues(module1, 5, bench))).hasMatch());
+    EXPECT_TRUE(
+        whole.match(QString::fromStdString(protocol::ReadSensorValues(module1, 5, bench))).hasMatch());
     bus.fault("silent@2102");
     const QRegularExpression empty(R"(^  X: .{8}  Y: .{8}  Z: $)");
-    EXPECT_TRUE(empty.match(QString::fromStdString(protocol::ReadSensorValues(module1, 5, bench))).hasMatch());
+    EXPECT_TRUE(
+        empty.match(QString::fromStdString(protocol::ReadSensorValues(module1, 5, bench))).hasMatch());
 }
 
 } // namespace

@@ -1,13 +1,15 @@
-#include "settings/form52.h"
 #include "protocol/values.h"
+#include "settings/form52.h"
 #include "support/bench_by_hand.h"
 #include "windows/settings_on_the_bus.h"
 
 namespace quorvel::test {
 namespace {
 
+const QString kMayBeLost = QStringLiteral(
+    "The former offset may have been overwritten with zero: the readout did not answer whole. Query it.");
 constexpr auto kLost = "The former offset was overwritten with zero and is lost.";
-const QString kNoReading = QStringLiteral("The readout gave no reading; it was counted as 0.");
+const QString kNoReading = QStringLiteral("\"Error\" is not a reading; it was counted as 0.");
 
 class Form52OnTheBus : public SettingsOnTheBus<Form52> {
 protected:
@@ -26,7 +28,8 @@ TEST_F(Form52OnTheBus, XReportsItsReferenceFromThenOn)
     EXPECT_EQ(press("Command4"),
               QStringList("Set OK!The current value is +2.50000, the Internal Offset Value is +7.50000."));
     EXPECT_EQ(state("offsets", 12).value("X").toString(), "+7.50000");
-    EXPECT_TRUE(QString::fromStdString(protocol::ReadSensorValues(module1, 12, bench)).startsWith("  X: +10.0000"));
+    EXPECT_TRUE(
+        QString::fromStdString(protocol::ReadSensorValues(module1, 12, bench)).startsWith("  X: +10.0000"));
 }
 
 TEST_F(Form52OnTheBus, ZReportsItsReferenceFromThenOn)
@@ -108,7 +111,7 @@ TEST_F(Form52ByHand, SilenceToTheZeroingIsACommError)
         frames.clear();
         EXPECT_EQ(press(name), QStringList("Comm Error"));
         EXPECT_EQ(frames.size(), 1U);
-        EXPECT_EQ(status(), "The readout did not answer.");
+        EXPECT_EQ(status(), "The readout did not answer. " + kMayBeLost);
     }
 }
 
@@ -213,8 +216,7 @@ TEST_F(Form52ByHand, OffsetOfYThatWhatWaitedHasShiftedIsTold)
     answerWith({":0174+1.50000FF\r\n", ":012101+0.00000+2.5000000FF\r\n"});
     press("Command5");
     EXPECT_EQ(box("Text3").text(), "74+1.500");
-    EXPECT_TRUE(status().startsWith("\"74+1.500\" is no offset as readouts give it."))
-        << qPrintable(status());
+    EXPECT_TRUE(status().startsWith("\"74+1.500\" is not a valid offset.")) << qPrintable(status());
     answerWith({":0174+1.50000FF\r\n", ":012101+0.00000+2.5000000FF\r\n"});
     press("Command5");
     EXPECT_EQ(box("Text3").text(), "+1.50000");
@@ -275,7 +277,7 @@ TEST_F(Form52ByHand, ReadingThatFailsCountsAsZeroAndIsWarnedOf)
     box("Text2").setText("10");
     EXPECT_EQ(press("Command4"),
               QStringList("Set OK!The current value is Error, the Internal Offset Value is +10.0000."));
-    EXPECT_EQ(status(), "The readout gave no reading; it was counted as 0.");
+    EXPECT_EQ(status(), "\"Error\" is not a reading; it was counted as 0.");
 }
 
 TEST_F(Form52ByHand, EveryWarningOfALongOffsetIsShownTogether)
@@ -312,6 +314,7 @@ TEST_F(Form52ByHand, PortThatVanishesInAnyStepIsTheReason)
         EXPECT_EQ(press("Command4"), QStringList("Comm Error")) << step;
         EXPECT_TRUE(status().contains("by hand is gone (pulled).")) << qPrintable(status());
         EXPECT_EQ(status().contains(kLost), step > 1) << qPrintable(status());
+        EXPECT_EQ(status().contains(kMayBeLost), step == 1) << qPrintable(status());
     }
 }
 

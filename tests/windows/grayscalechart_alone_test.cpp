@@ -125,8 +125,8 @@ TEST_F(GrayScaleChartAlone, TheStatusTellsHowFarTheReadingIs)
         device->receive("CCFF\r\n");
     });
     EXPECT_TRUE(closesByItself("X"));
-    EXPECT_EQ(told, (QStringList{"Waiting for the readout ...", "2 of 3 pixels received",
-                                 "2 of 3 pixels received. The window closes when the reply has ended."}));
+    EXPECT_EQ(told, (QStringList{"Waiting for the readout ...", "2 of 3 pixels arrived.",
+                                 "2 of 3 pixels arrived. The window closes when the reply has ended."}));
     EXPECT_EQ(shown->status(), "3 pixels read.");
 }
 

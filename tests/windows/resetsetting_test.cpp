@@ -18,8 +18,7 @@ protected:
         bench.instrumentType = type;
         messages.answers = answers;
         messages.shown.clear();
-        ResetSetting_Click(workplace, nullptr,
-                           [this](const QString& text) { statuses << text; });
+        ResetSetting_Click(workplace, nullptr, [this](const QString& text) { statuses << text; });
         return messages.shown;
     }
 
@@ -75,7 +74,7 @@ TEST_F(ResetOnTheBus, StatusTellsWhichStepFailedAndWhy)
     EXPECT_EQ(bus.frames().size(), 2);
     EXPECT_EQ(statuses.last(),
               "The reset of readout 5 failed at step 2 of 10 (reference feature off). The readout "
-              "answered \":057501FF\" to \":057500FF\". The steps before it stay in force.");
+              "answered \":057501FF\" to \":057500FF\". The step before it stays in force.");
 }
 
 TEST_F(ResetOnTheBus, SilenceEndsTheReset)
@@ -92,7 +91,7 @@ TEST_F(ResetOnTheBus, AdapterPulledInMidResetEndsIt)
     EXPECT_EQ(reset({true, true}).last(), "Reset Failed!");
     EXPECT_FALSE(mscomm1.PortOpen());
     EXPECT_EQ(statuses.last(), "The reset of readout 5 failed at step 3 of 10 (X offset to zero). " +
-                                   mscomm1.lostReason() + " The steps before it stay in force.");
+                                   mscomm1.lostReason() + " The 2 steps before it stay in force.");
     EXPECT_TRUE(mscomm1.lostReason().startsWith(bus.device() + " is gone")) << qPrintable(statuses.last());
 }
 

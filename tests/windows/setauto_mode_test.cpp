@@ -131,7 +131,7 @@ TEST_F(SetAutoOnTheBus, TypedAddressIsAsked)
 TEST_F(SetAutoOnTheBus, AddressThatNoReadoutHasIsPointedOut)
 {
     controls.Text1().setText("250");
-    EXPECT_EQ(controls.status(), "No readout has this address: it is a number from 1 to 249.");
+    EXPECT_EQ(controls.status(), "No readout has the address \"250\". Addresses are 1 to 249.");
     controls.Text1().setText("5");
     EXPECT_EQ(controls.status(), "The records stored in readout 5 have not been downloaded in this window.");
 }
