@@ -2,9 +2,10 @@
 
 #include "calibration/database.h"
 #include "calibration/download.h"
-#include "calibration/filecopy.h"
 #include "calibration/fit.h"
 #include "calibration/measurement.h"
+#include "files/name.h"
+#include "files/replace.h"
 #include "link/address.h"
 #include "link/bytes.h"
 #include "ui_celebration1.h"
@@ -69,7 +70,7 @@ QString Celebration1::standing() const
     if (Data1.olderKeptAs().empty()) return {};
     return tr("The file was written anew, because its older format can only be read. The older file is kept "
               "as %1.")
-        .arg(QString::fromStdString(inWords(Data1.olderKeptAs())));
+        .arg(QString::fromStdString(files::inWords(Data1.olderKeptAs())));
 }
 
 std::string Celebration1::addressDigits() const
@@ -87,8 +88,9 @@ void Celebration1::Form_Load()
     ui_->GridCaption->setText(direction_->gridCaption);
     ui_->DBGrid1->setAccessibleName(direction_->gridCaption);
     ui_->Label2->setText(QString::fromUtf8(direction_->hint));
-    const auto created =
-        isThere(CalibrationDatabasePath) ? jet::Status() : CreateCalibrationDatabase(CalibrationDatabasePath);
+    const auto created = files::isThere(CalibrationDatabasePath)
+                             ? jet::Status()
+                             : CreateCalibrationDatabase(CalibrationDatabasePath);
     Data1.setDatabaseName(CalibrationDatabasePath);
     bind();
     if (!created && !unreadableBecause_.empty()) {
@@ -296,7 +298,7 @@ void Celebration1::Command4_Click()
     if (chosen.isEmpty()) return;
     const auto destination = chosen + kEnding;
     Data1.Close();
-    const auto copied = copyWhole(CalibrationDatabasePath, pathOf(destination));
+    const auto copied = files::replaceByCopy(CalibrationDatabasePath, pathOf(destination));
     const bool bound = bind();
     if (!copied) {
         tell(copied.error());

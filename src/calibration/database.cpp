@@ -1,8 +1,9 @@
 #include "calibration/database.h"
 
-#include "calibration/filecopy.h"
 #include "calibration/points.h"
 #include "calibration/records.h"
+#include "files/name.h"
+#include "files/replace.h"
 
 #include <algorithm>
 #include <optional>
@@ -14,6 +15,8 @@ namespace {
 using jet::FieldDef;
 using jet::FieldType;
 using std::filesystem::path;
+
+constexpr auto kUnreadable = "unreadable"; // mark of a working file that is kept although it cannot be read
 
 /// The direction that a path names in the ten characters before its last four; null for none.
 const Direction* directionNamed(const path& file)
@@ -115,7 +118,7 @@ std::string lacking(const std::vector<FieldDef>& fields, const Direction& direct
         missing += (missing.empty() ? "" : " and ") + std::string(reading.column);
     }
     if (missing.empty()) return {};
-    return "Loaded, but " + inWords(chosen) + " is of another direction: it has the readings " +
+    return "Loaded, but " + files::inWords(chosen) + " is of another direction: it has the readings " +
            fields[kReadingColumn].name + ", not " + missing + ". It can be fitted, not downloaded.";
 }
 
@@ -138,7 +141,7 @@ jet::Result<std::vector<FieldDef>> calibrationFields(const jet::Database& databa
 {
     auto fields = database.Fields(kTable);
     if (fields && !isCalibration(*fields)) {
-        return jet::Failure{inWords(file) +
+        return jet::Failure{files::inWords(file) +
                             " has a table Calibration that does not begin with the columns SN, "
                             "Rule_Data and X_Data, Y_Data or Z1_Data, all of numbers. Choose "
                             "another file."};
@@ -164,16 +167,10 @@ jet::Result<std::vector<FieldDef>> checkCalibrationFile(const path& file)
 
 jet::Result<path> renewFormat(jet::Database& database, const path& file)
 {
-    auto fresh = file;
-    fresh.replace_filename(file.stem().concat(".new").concat(file.extension().native()));
-    std::error_code error;
-    std::filesystem::remove(fresh, error); // left by an earlier run that was cut off
-    if (auto done = writeAnew(database, file, fresh); !done) return done.failure();
-    if (auto done = database.Close(); !done) return done.failure();
-    auto kept = keepAside(file, "older");
-    if (!kept) return kept;
-    std::filesystem::rename(fresh, file, error);
-    if (error) return jet::Failure{inWords(file) + " could not be replaced: " + error.message() + "."};
+    const auto make = [&](const path& fresh) { return writeAnew(database, file, fresh); };
+    auto kept = files::replaceFile(file, make, {.keepAs = "older", .lockedByUs = true});
+    // Open until here: its lock keeps other programs from writing what is about to be replaced. It was only read.
+    if (kept) static_cast<void>(static_cast<bool>(database.Close()));
     return kept;
 }
 
@@ -181,18 +178,21 @@ jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working
 {
     const auto fields = checkCalibrationFile(chosen);
     if (!fields) return fields.failure();
-    std::string words = lacking(*fields, direction, chosen);
-    if (isThere(working)) {
-        if (const auto readable = checkCalibrationFile(working); !readable) {
-            const auto kept = keepAside(working, "unreadable");
-            if (!kept) return kept.failure();
-            words +=
-                (words.empty() ? "" : " ") + ("What could not be read is kept as " + inWords(*kept) + ".");
-        } else if (const auto opened = jet::OpenDatabase(working); !opened) {
-            return opened.failure();
-        }
+    path aside;
+    if (!files::targetOf(working)) {
+        const auto moved = files::setAside(working, kUnreadable);
+        if (!moved) return moved.failure();
+        aside = *moved;
     }
-    if (auto copied = copyWhole(chosen, working); !copied) return copied.failure();
+    const bool readable = !files::isThere(working) || checkCalibrationFile(working);
+    const auto kept = files::replaceByCopy(chosen, working, {.keepAs = readable ? "" : kUnreadable});
+    if (!kept) return kept.failure();
+    if (aside.empty()) aside = *kept;
+    std::string words = lacking(*fields, direction, chosen);
+    if (!aside.empty()) {
+        words +=
+            (words.empty() ? "" : " ") + ("What could not be read is kept as " + files::inWords(aside) + ".");
+    }
     return words;
 }
 

@@ -1,7 +1,7 @@
 #include "calibration/datacontrol.h"
 
 #include "calibration/database.h"
-#include "calibration/filecopy.h"
+#include "files/name.h"
 
 #include <QFileInfo>
 
@@ -82,7 +82,7 @@ const jet::Value& DataControl::value(int row, int column) const
 
 jet::Status DataControl::prepareWriting()
 {
-    if (!recordset_) return jet::Failure{inWords(databaseName_) + " is not open."};
+    if (!recordset_) return jet::Failure{files::inWords(databaseName_) + " is not open."};
     if (!readOnlyBecause_.empty()) return jet::Failure{readOnlyBecause_};
     if (recordset_->Updatable()) return {};
     recordset_.reset();

@@ -1,6 +1,8 @@
 #include "jet/file.h"
+
+#include "files/disk.h"
+#include "files/name.h"
 #include "jet/header.h"
-#include "jet/text_coding.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -139,19 +141,9 @@ Status removeLeftOver(const std::filesystem::path& path)
     return ::unlink(path.c_str()) == 0 ? Status{} : Status(notCreated(errno));
 }
 
-// A name in a folder lasts through a power cut only when the folder itself has been flushed.
-void syncFolder(const std::filesystem::path& path)
-{
-    const auto folder = path.parent_path();
-    const int handle = openHandle(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
-    if (handle < 0) return;
-    ::fsync(handle);
-    ::close(handle);
-}
-
 Failure secondNameStays(const std::filesystem::path& name, int code)
 {
-    return Failure{"is whole, but its temporary name \"" + textOf(name.filename()) + "\"" +
+    return Failure{"is whole, but its temporary name \"" + files::inWords(name.filename()) + "\"" +
                    " stays beside it: " + systemReason(code) + ". Delete that name."};
 }
 
@@ -199,30 +191,15 @@ public:
         } else if (::rename(from.c_str(), to.c_str()) != 0) {
             return Failure{"could not be given its name: " + systemReason(errno) + "."};
         }
-        syncFolder(to);
+        files::flushFolderOf(to);
         return {};
     }
 
-    bool exists(const std::filesystem::path& path) override
-    {
-        struct stat about {};
-        return ::lstat(path.c_str(), &about) == 0;
-    }
+    bool exists(const std::filesystem::path& path) override { return files::isThere(path); }
 
     void remove(const std::filesystem::path& path) override { ::unlink(path.c_str()); }
 
-    bool lockedByOthers(const std::filesystem::path& path) override
-    {
-        const int handle = openHandle(path, O_RDONLY | O_NONBLOCK);
-        if (handle < 0) return false;
-        struct flock lock {};
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        const bool asked = ::fcntl(handle, F_GETLK, &lock) == 0;
-        const bool whole = ::flock(handle, LOCK_EX | LOCK_NB) != 0;
-        ::close(handle);
-        return whole || (asked && lock.l_type != F_UNLCK);
-    }
+    bool lockedByOthers(const std::filesystem::path& path) override { return files::lockedByOthers(path); }
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "jet/store.h"
 
-#include "jet/replaceable.h"
+#include "files/name.h"
+#include "files/replace.h"
 #include "jet/text_coding.h"
 
 #include <algorithm>
@@ -42,22 +43,20 @@ std::optional<std::uint32_t> bitsOf(const Value& value)
 
 Status firstFault(const Status& first, const Status& second) { return first ? second : first; }
 
-std::filesystem::path withEnding(std::filesystem::path path, const char* ending)
-{
-    path += ending;
-    return path;
-}
-
 } // namespace
 
-Failure Store::named(const std::string& reason) const { return Failure{textOf(path_) + " " + reason}; }
+Failure Store::named(const std::string& reason) const
+{
+    return Failure{files::inWords(path_) + " " + reason};
+}
 
 Result<std::shared_ptr<Store>> Store::open(const std::filesystem::path& path, OpenOptions options)
 {
     Files& files = options.files != nullptr ? *options.files : diskFiles();
     const std::shared_ptr<Store> store(new Store(path, files));
     const bool forWriting = options.access == Access::ReadWrite;
-    if (forWriting && openInAccess(path, files)) {
+    const auto locked = [&files](const std::filesystem::path& file) { return files.lockedByOthers(file); };
+    if (forWriting && files::openInAccess(path, locked)) {
         return store->named("is open in Access. Close it there and try again.");
     }
     auto opened = files.open(path, forWriting);
@@ -82,7 +81,7 @@ Result<std::shared_ptr<Store>> Store::create(const std::filesystem::path& path, 
 {
     std::shared_ptr<Store> store(new Store(path, files));
     if (files.exists(path)) return store->named("already exists. Delete it or choose another name.");
-    const auto temporary = withEnding(path, ".part");
+    const auto temporary = files::unfinished(path);
     auto file = files.create(temporary);
     if (!file) return store->named(file.error());
     store->temporary_ = temporary;

@@ -245,6 +245,16 @@ TEST_F(Loading, KeepsALinkThatLeadsInCircles)
     EXPECT_EQ(contentOf(at("XDirection.mdb")), contentOf(at("saved.mdb")));
 }
 
+TEST_F(Loading, KeepsALinkAndReplacesItsTarget)
+{
+    std::filesystem::rename(at("XDirection.mdb"), at("elsewhere.mdb"));
+    std::filesystem::create_symlink("elsewhere.mdb", at("XDirection.mdb"));
+    const auto loaded = load("saved.mdb");
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_TRUE(std::filesystem::is_symlink(at("XDirection.mdb")));
+    EXPECT_EQ(contentOf(at("elsewhere.mdb")), contentOf(at("saved.mdb")));
+}
+
 TEST_F(Loading, LeavesAWorkingFileAloneThatSomebodyElseWrites)
 {
     const auto before = contentOf(at("XDirection.mdb"));
@@ -252,7 +262,7 @@ TEST_F(Loading, LeavesAWorkingFileAloneThatSomebodyElseWrites)
     ASSERT_TRUE(other);
     const auto loaded = load("saved.mdb");
     ASSERT_FALSE(loaded);
-    EXPECT_NE(loaded.error().find("is used by another program"), std::string::npos) << loaded.error();
+    EXPECT_NE(loaded.error().find("is open in another program"), std::string::npos) << loaded.error();
     EXPECT_EQ(contentOf(at("XDirection.mdb")), before);
 }
 

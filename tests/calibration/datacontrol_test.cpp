@@ -1,5 +1,6 @@
 #include "calibration/datacontrol.h"
 
+#include "autoread/largest_file.h"
 #include "calibration/calibration_files.h"
 #include "calibration/older_file.h"
 
@@ -159,6 +160,27 @@ TEST_F(OlderFile, IsWrittenAnewWhenItIsFirstChanged)
     EXPECT_EQ(names(), (Names{"XDirection.mdb", "XDirection.older.mdb"}));
 }
 
+TEST_F(OlderFile, TakesNoNameOfAnotherFileWhenItIsWrittenAnew)
+{
+    put(at("XDirection.new.mdb"), "mine");
+    refresh();
+    const auto written = data.write(4, {{"X_Data", 1.25}});
+    ASSERT_TRUE(written) << written.error();
+    EXPECT_EQ(contentOf(at("XDirection.new.mdb")), "mine");
+    EXPECT_EQ(names(), (Names{"XDirection.mdb", "XDirection.new.mdb", "XDirection.older.mdb"}));
+}
+
+TEST_F(OlderFile, BehindALinkIsReplacedWhereTheLinkLeads)
+{
+    std::filesystem::rename(at("XDirection.mdb"), at("elsewhere.mdb"));
+    std::filesystem::create_symlink("elsewhere.mdb", at("XDirection.mdb"));
+    refresh();
+    ASSERT_TRUE(data.write(4, {{"X_Data", 1.25}}));
+    EXPECT_TRUE(std::filesystem::is_symlink(at("XDirection.mdb")));
+    EXPECT_EQ(rowsOf(at("elsewhere.mdb"))[4], "4 4 1.25");
+    EXPECT_EQ(contentOf(at("XDirection.older.mdb")), older);
+}
+
 TEST_F(OlderFile, TakesNewRowsToo)
 {
     refresh();
@@ -170,12 +192,15 @@ TEST_F(OlderFile, TakesNewRowsToo)
 TEST_F(OlderFile, StaysWholeWhenItCannotBeWrittenAnew)
 {
     refresh();
-    std::filesystem::create_directories(at("XDirection.new.mdb") / "in the way");
-    const auto written = data.write(4, {{"X_Data", 1.25}});
-    EXPECT_FALSE(written);
+    {
+        const test::LargestFile limit(5000);
+        const auto written = data.write(4, {{"X_Data", 1.25}});
+        ASSERT_FALSE(written);
+        EXPECT_EQ(written.error().find(".new"), std::string::npos) << written.error();
+    }
     EXPECT_EQ(data.rowCount(), 11) << "it is shown as before";
     EXPECT_EQ(contentOf(at("XDirection.mdb")), older);
-    std::filesystem::remove_all(at("XDirection.new.mdb"));
+    EXPECT_EQ(names(), (Names{"XDirection.mdb"}));
     EXPECT_TRUE(data.write(4, {{"X_Data", 1.25}}));
 }
 

@@ -23,7 +23,9 @@ struct Ban {
 const std::vector<Ban>& bans()
 {
     static const std::vector<Ban> all{
-        {{"text", "jet"}, {"Q", "CLI/", "termios.h", "sys/ioctl.h"}, "knows no widget and no serial port"},
+        {{"text", "files", "jet"},
+         {"Q", "CLI/", "termios.h", "sys/ioctl.h"},
+         "knows no widget and no serial port"},
         {{"link"}, {"QMessageBox", "QFileDialog", "QInputDialog"}, "opens no box"},
         {{"settings", "autoread", "grayscale", "calibration"},
          {"QMessageBox", "QFileDialog", "QInputDialog", "QSerialPort"},
@@ -106,14 +108,15 @@ const Arrows& arrows()
 {
     static const Arrows all{
         {"text", {}},
-        {"jet", {}},
+        {"files", {}},
+        {"jet", {"files"}},
         {"link", {"text"}},
-        {"main", {"link", "text"}},
+        {"main", {"link", "text", "files"}},
         {"settings", {"main", "link", "text"}},
-        {"autoread", {"main", "link", "text", "jet"}},
-        {"grayscale", {"main", "link", "text", "jet"}},
-        {"calibration", {"main", "link", "text", "jet"}},
-        {"app", {"settings", "autoread", "grayscale", "calibration", "main", "link", "text", "jet"}},
+        {"autoread", {"main", "link", "text", "jet", "files"}},
+        {"grayscale", {"main", "link", "text", "jet", "files"}},
+        {"calibration", {"main", "link", "text", "jet", "files"}},
+        {"app", {"settings", "autoread", "grayscale", "calibration", "main", "link", "text", "jet", "files"}},
     };
     return all;
 }
