@@ -105,6 +105,7 @@ jet::Status writeAnew(jet::Database& database, const path& file, const path& fre
     auto to = made->OpenRecordset(kTable);
     if (!from) return from.failure();
     if (!to) return to.failure();
+    if (auto complete = from->Complete(); !complete) return complete;
     if (auto done = copyRows(*from, *to, table); !done) return done;
     return made->Close();
 }
@@ -157,6 +158,7 @@ jet::Result<std::vector<FieldDef>> checkCalibrationFile(const path& file)
     if (!fields) return fields;
     auto rows = database->OpenRecordset(kRecordSource);
     if (!rows) return rows.failure();
+    if (const auto complete = rows->Complete(); !complete) return complete.failure();
     auto moved = rows->MoveFirst();
     while (moved && !rows->Eof()) {
         moved = rows->MoveNext();

@@ -38,6 +38,10 @@ jet::Status DataControl::open()
     if (!rows) return rows.failure();
     fields_ = std::move(*fields);
     recordset_ = std::move(*rows);
+    // What is left of a damaged table would be written as the whole.
+    if (const auto complete = recordset_->Complete(); !complete && readOnlyBecause_.empty()) {
+        readOnlyBecause_ = complete.error();
+    }
     // A table that only cannot be written as it is will be written anew.
     const auto updatable = recordset_->Updatable();
     if (readOnlyBecause_.empty() && !updatable && !QFileInfo(databaseName_).isWritable()) {

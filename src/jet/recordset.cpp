@@ -43,6 +43,8 @@ Status Recordset::MoveNext()
 
 int Recordset::RecordCount() const { return static_cast<int>(rows_->count()); }
 
+Status Recordset::Complete() const { return rows_->complete(); }
+
 Field Recordset::Fields(std::string_view name)
 {
     return {rows_.get(), rows_->usable() ? rows_->columnOf(name) : -1};

@@ -55,6 +55,9 @@ Result<std::unique_ptr<RecordsetRows>> RecordsetRows::open(std::shared_ptr<Store
     auto all = table.table->rows();
     if (!all) return rows->store_->named(all.error());
     rows->rows_ = std::move(*all);
+    if (auto complete = table.table->complete(rows->rows_.size()); !complete) {
+        rows->complete_ = rows->store_->named(complete.error());
+    }
     rows->current_.resize(rows->columns().size());
     if (auto sorted = rows->sort(query.order); !sorted) return sorted.failure();
     return rows;

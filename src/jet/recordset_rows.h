@@ -25,6 +25,8 @@ public:
     bool onDeleted() const { return onDeleted_; }
     std::uint32_t lastModified() const { return lastModified_; }
 
+    const Status& complete() const { return complete_; }
+
     Status moveTo(std::size_t position);
     Status moveToRow(std::uint32_t row);
 
@@ -54,6 +56,7 @@ private:
     std::shared_ptr<Store> store_;
     Store::OpenTable* table_; ///< lives as long as the store is not closed
     std::vector<std::uint32_t> rows_;
+    Status complete_; ///< why rows are missing
     std::size_t at_ = 0;
     bool onDeleted_ = false; ///< the row at the position was deleted; at_ is where the next one stands
     bool unread_ = false;    ///< the current row could not be read: it must not be written either

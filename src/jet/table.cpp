@@ -109,6 +109,14 @@ Result<std::vector<std::uint32_t>> Table::rows()
     return rows;
 }
 
+Status Table::complete(std::size_t found) const
+{
+    const std::size_t counted = definition_.rowCount;
+    if (found + 1 >= counted) return {};
+    return damagedTable(std::to_string(counted - found) + " of the " + std::to_string(counted) +
+                        " rows of a table are missing");
+}
+
 Result<ByteVector> Table::movedRow(std::uint32_t pointer)
 {
     for (int hop = 0; hop < kMaxHops; ++hop) {
@@ -189,6 +197,12 @@ Status Table::checkPages()
     return freePages_.check(std::move(used));
 }
 
+Status Table::checkRows()
+{
+    const auto found = rows();
+    return found ? complete(found->size()) : Status(found.failure());
+}
+
 Status Table::dropTornRow()
 {
     if (owned_.empty()) return {};
@@ -224,6 +238,7 @@ Status Table::prepareWriting()
 {
     if (auto shape = checkShape(); !shape) return shape;
     if (auto pages = checkPages(); !pages) return pages;
+    if (auto rows = checkRows(); !rows) return rows;
     if (auto cut = pager_->cutIncomplete(); !cut) return cut;
     if (auto dropped = dropTornRow(); !dropped) return dropped;
     if (auto freed = freeStray(); !freed) return freed;

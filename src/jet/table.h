@@ -31,6 +31,10 @@ public:
     /// All rows, in the order of their pages. Fails when a page is damaged.
     Result<std::vector<std::uint32_t>> rows();
 
+    /// Fails when the definition counts more rows than `found`, those of rows(): pages are lost. One less is what a
+    /// killed deletion leaves.
+    Status complete(std::size_t found) const;
+
     /// Reads a row, one value per column of the definition. On failure all values are Null.
     Status read(std::uint32_t row, std::vector<Value>& values);
 
@@ -54,6 +58,7 @@ private:
     Result<ByteVector> movedRow(std::uint32_t pointer);
     Status checkShape() const;
     Status checkPages();
+    Status checkRows();
     Status dropTornRow();
     Status freeStray();
     Result<std::uint32_t> appendRow(const ByteVector& row);

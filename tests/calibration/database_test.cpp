@@ -5,6 +5,8 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <numeric>
+
 namespace quorvel::calibration {
 namespace {
 
@@ -180,6 +182,45 @@ TEST_F(CalibrationFile, IsRefusedWhenItIsCutOff)
     }
 }
 
+/// Takes a page away from the table of a file of ours that has many rows: one of 300 lies on two pages.
+void loseAPage(const std::filesystem::path& path)
+{
+    auto content = contentOf(path);
+    ASSERT_EQ(content.size(), 20U * 4096);
+    content.replace(18 * std::size_t{4096}, 4096, 4096, '\0');
+    put(path, content);
+}
+
+std::vector<int> manyNumbers()
+{
+    std::vector<int> numbers(300);
+    std::iota(numbers.begin(), numbers.end(), 0);
+    return numbers;
+}
+
+TEST_F(CalibrationFile, IsRefusedWhenRowsAreMissing)
+{
+    makeFile(at("many.mdb"), columnsOf({"X_Data"}), manyNumbers(), 1.5);
+    EXPECT_EQ(refusal(at("many.mdb")), "");
+    loseAPage(at("many.mdb"));
+    EXPECT_NE(refusal(at("many.mdb")).find("of the 300 rows of a table are missing"), std::string::npos)
+        << refusal(at("many.mdb"));
+}
+
+TEST_F(CalibrationFile, IsNotWrittenAnewWhenRowsAreMissing)
+{
+    makeFile(at("many.mdb"), columnsOf({"X_Data"}), manyNumbers(), 1.5);
+    loseAPage(at("many.mdb"));
+    const auto before = contentOf(at("many.mdb"));
+    auto database = jet::OpenDatabase(at("many.mdb"));
+    ASSERT_TRUE(database) << database.error();
+    const auto renewed = renewFormat(*database, at("many.mdb"));
+    ASSERT_FALSE(renewed);
+    EXPECT_NE(renewed.error().find("rows of a table are missing"), std::string::npos) << renewed.error();
+    EXPECT_EQ(contentOf(at("many.mdb")), before);
+    EXPECT_EQ(names(), (Names{"many.mdb"}));
+}
+
 class Loading : public FolderOfFiles {
 protected:
     Loading()
@@ -233,6 +274,15 @@ TEST_F(Loading, KeepsAWorkingFileThatCannotBeRead)
     EXPECT_NE(loaded->find("XDirection.unreadable.mdb"), std::string::npos) << *loaded;
     EXPECT_EQ(contentOf(at("XDirection.unreadable.mdb")), "years of work, garbled");
     EXPECT_EQ(contentOf(at("XDirection.mdb")), contentOf(at("saved.mdb")));
+}
+
+TEST_F(Loading, LeavesTheWorkingFileAloneWhenRowsOfTheChosenOneAreMissing)
+{
+    makeFile(at("many.mdb"), columnsOf({"X_Data"}), manyNumbers(), 1.5);
+    loseAPage(at("many.mdb"));
+    const auto before = contentOf(at("XDirection.mdb"));
+    EXPECT_FALSE(load("many.mdb"));
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), before);
 }
 
 TEST_F(Loading, KeepsALinkThatLeadsInCircles)

@@ -127,6 +127,21 @@ TEST_F(Data, KeepsOtherProgramsFromWritingWhileItIsOpen)
     EXPECT_TRUE(jet::OpenDatabase(at("XDirection.mdb")));
 }
 
+TEST_F(Data, OnlyLooksAtAFileOfWhichRowsAreMissing)
+{
+    create();
+    auto content = contentOf(at("XDirection.mdb"));
+    content[18 * 4096 + 12] = 9; // of the 11 slots of its page
+    put(at("XDirection.mdb"), content);
+    refresh();
+    EXPECT_EQ(data.rowCount(), 9);
+    EXPECT_NE(data.readOnlyBecause().find("2 of the 11 rows of a table are missing"), std::string::npos)
+        << data.readOnlyBecause();
+    EXPECT_FALSE(data.write(0, {{"Rule_Data", 1.0}}));
+    data.Close();
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), content);
+}
+
 class OlderFile : public Data {
 protected:
     OlderFile() : older(olderFile()) { put(at("XDirection.mdb"), older); }

@@ -130,7 +130,8 @@ jet::Status answer(const MdbRequest& request)
     }
     auto rows = database->OpenRecordset(request.table);
     if (!rows) return rows.failure();
-    return printRows(*rows, request.json);
+    const auto printed = printRows(*rows, request.json);
+    return printed ? rows->Complete() : printed;
 }
 
 } // namespace
