@@ -16,7 +16,8 @@ using jet::FieldDef;
 using jet::FieldType;
 using std::filesystem::path;
 
-constexpr auto kUnreadable = "unreadable"; // mark of a working file that is kept although it cannot be read
+const std::string kUnreadable =
+    "unreadable"; // mark of a working file that is kept although it cannot be read
 
 /// The direction that a path names in the ten characters before its last four; null for none.
 const Direction* directionNamed(const path& file)
@@ -110,6 +111,13 @@ jet::Status writeAnew(jet::Database& database, const path& file, const path& fre
     return made->Close();
 }
 
+/// A working file that is a link which leads in a circle has nothing to be replaced: it gets another name.
+/// @return that name; empty for any other working file.
+jet::Result<path> setCircleAside(const path& working)
+{
+    return files::targetOf(working) ? path() : files::setAside(working, kUnreadable);
+}
+
 /// Words about reading columns that the direction counts on and the file lacks; empty when it has all.
 std::string lacking(const std::vector<FieldDef>& fields, const Direction& direction, const path& chosen)
 {
@@ -176,26 +184,24 @@ jet::Result<path> renewFormat(jet::Database& database, const path& file)
     return kept;
 }
 
-jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working, const Direction& direction)
+jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working, const Direction& direction,
+                                         std::time_t now)
 {
     const auto fields = checkCalibrationFile(chosen);
     if (!fields) return fields.failure();
-    path aside;
-    if (!files::targetOf(working)) {
-        const auto moved = files::setAside(working, kUnreadable);
-        if (!moved) return moved.failure();
-        aside = *moved;
-    }
-    const bool readable = !files::isThere(working) || checkCalibrationFile(working);
-    const auto kept = files::replaceByCopy(chosen, working, {.keepAs = readable ? "" : kUnreadable});
+    const bool readable = static_cast<bool>(checkCalibrationFile(working));
+    auto kept = setCircleAside(working);
     if (!kept) return kept.failure();
-    if (aside.empty()) aside = *kept;
+    const auto mark = readable ? files::dateMark(now) : std::string(kUnreadable);
+    const auto copied = files::replaceByCopy(chosen, working, {.keepAs = mark});
+    if (!copied) return copied.failure();
+    if (kept->empty()) *kept = *copied;
     std::string words = lacking(*fields, direction, chosen);
-    if (!aside.empty()) {
-        words +=
-            (words.empty() ? "" : " ") + ("What could not be read is kept as " + files::inWords(aside) + ".");
-    }
-    return words;
+    if (kept->empty()) return words;
+    if (words.empty()) words = "Loaded " + files::inWords(chosen) + ".";
+    return words +
+           (readable ? " The points that were there are kept as " : " What could not be read is kept as ") +
+           files::inWords(*kept) + ".";
 }
 
 } // namespace quorvel::calibration

@@ -3,6 +3,7 @@
 #include "calibration/direction.h"
 #include "jet/database.h"
 
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -37,10 +38,12 @@ jet::Result<std::vector<jet::FieldDef>> checkCalibrationFile(const std::filesyst
 /// @return the name under which the older file is kept.
 jet::Result<std::filesystem::path> renewFormat(jet::Database& database, const std::filesystem::path& path);
 
-/// Copies `chosen` over the working file of a direction in one step. A working file that cannot be read is kept beside
-/// it first.
-/// @return words for the operator, empty when all is as expected; or why the working file was left alone.
+/// Copies `chosen` over the working file of a direction in one step. What it replaces is kept beside it, under the day of
+/// `now` or, when it cannot be read, as "unreadable".
+/// @return words for the operator, which name the copy; empty when there was nothing to keep and all is as expected. Or
+///         why the working file was left alone.
 jet::Result<std::string> loadWorkingFile(const std::filesystem::path& chosen,
-                                         const std::filesystem::path& working, const Direction& direction);
+                                         const std::filesystem::path& working, const Direction& direction,
+                                         std::time_t now = std::time(nullptr));
 
 } // namespace quorvel::calibration

@@ -231,8 +231,17 @@ protected:
     }
     jet::Result<std::string> load(const char* chosen)
     {
-        return loadWorkingFile(at(chosen), at("XDirection.mdb"), *directionOf("X"));
+        return loadWorkingFile(at(chosen), at("XDirection.mdb"), *directionOf("X"), noon);
     }
+
+    const std::time_t noon = [] {
+        std::tm day{};
+        day.tm_year = 2024 - 1900;
+        day.tm_mon = 4;
+        day.tm_mday = 17;
+        day.tm_hour = 12;
+        return std::mktime(&day);
+    }();
 };
 
 TEST_F(Loading, ReplacesTheWorkingFileOfItsDirectionOnly)
@@ -240,9 +249,37 @@ TEST_F(Loading, ReplacesTheWorkingFileOfItsDirectionOnly)
     const auto other = contentOf(at("YDirection.mdb"));
     const auto loaded = load("saved.mdb");
     ASSERT_TRUE(loaded) << loaded.error();
-    EXPECT_EQ(*loaded, "");
     EXPECT_EQ(rowsOf(at("XDirection.mdb")), (Names{"0 1.5 1.5", "1 1.5 1.5", "2 1.5 1.5"}));
     EXPECT_EQ(contentOf(at("YDirection.mdb")), other);
+}
+
+TEST_F(Loading, KeepsWhatIsReplacedUnderTheDay)
+{
+    const auto first = contentOf(at("XDirection.mdb"));
+    const auto loaded = load("saved.mdb");
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_EQ(*loaded, "Loaded " + at("saved.mdb").string() + ". The points that were there are kept as " +
+                           at("XDirection.2024-05-17.mdb").string() + ".");
+    EXPECT_EQ(contentOf(at("XDirection.2024-05-17.mdb")), first);
+    const auto again = load("YDirection.mdb");
+    ASSERT_TRUE(again) << again.error();
+    EXPECT_TRUE(again->ends_with("The points that were there are kept as " +
+                                 at("XDirection.2024-05-17-2.mdb").string() + "."))
+        << *again;
+    EXPECT_EQ(contentOf(at("XDirection.2024-05-17-2.mdb")), contentOf(at("saved.mdb")));
+    EXPECT_EQ(names(), (Names{"XDirection.2024-05-17-2.mdb", "XDirection.2024-05-17.mdb", "XDirection.mdb",
+                              "YDirection.mdb", "saved.mdb"}));
+}
+
+TEST_F(Loading, KeepsNothingWhenNothingIsReplaced)
+{
+    const auto itself = load("XDirection.mdb");
+    ASSERT_TRUE(itself) << itself.error();
+    EXPECT_EQ(*itself, "");
+    std::filesystem::remove(at("XDirection.mdb"));
+    const auto fresh = load("saved.mdb");
+    ASSERT_TRUE(fresh) << fresh.error();
+    EXPECT_EQ(*fresh, "");
     EXPECT_EQ(names(), (Names{"XDirection.mdb", "YDirection.mdb", "saved.mdb"}));
 }
 
