@@ -16,8 +16,8 @@ using jet::FieldDef;
 using jet::FieldType;
 using std::filesystem::path;
 
-const std::string kUnreadable =
-    "unreadable"; // mark of a working file that is kept although it cannot be read
+constexpr int kMostPoints = 32768;         // numbers from 0 on that an Integer holds
+constexpr auto kUnreadable = "unreadable"; // mark of a working file that is kept although it cannot be read
 
 /// The direction that a path names in the ten characters before its last four; null for none.
 const Direction* directionNamed(const path& file)
@@ -158,13 +158,23 @@ jet::Result<std::vector<FieldDef>> calibrationFields(const jet::Database& databa
     return fields;
 }
 
+jet::Result<jet::Recordset> openPoints(jet::Database& database, const path& file)
+{
+    auto rows = database.OpenRecordset(kRecordSource);
+    if (rows && rows->RecordCount() > kMostPoints) {
+        return jet::Failure{files::inWords(file) + " has more than " + std::to_string(kMostPoints) +
+                            " points. Choose another file."};
+    }
+    return rows;
+}
+
 jet::Result<std::vector<FieldDef>> checkCalibrationFile(const path& file)
 {
     auto database = jet::OpenDatabase(file, {.access = jet::Access::ReadOnly});
     if (!database) return database.failure();
     auto fields = calibrationFields(*database, file);
     if (!fields) return fields;
-    auto rows = database->OpenRecordset(kRecordSource);
+    auto rows = openPoints(*database, file);
     if (!rows) return rows.failure();
     if (const auto complete = rows->Complete(); !complete) return complete.failure();
     auto moved = rows->MoveFirst();

@@ -30,6 +30,10 @@ jet::Status CreateCalibrationDatabase(const std::filesystem::path& path);
 jet::Result<std::vector<jet::FieldDef>> calibrationFields(const jet::Database& database,
                                                           const std::filesystem::path& path);
 
+/// Opens the points of a calibration file in the order of their numbers. Fails when the table cannot be read or holds more
+/// rows than SN can number.
+jet::Result<jet::Recordset> openPoints(jet::Database& database, const std::filesystem::path& path);
+
 /// Reads a calibration file through, without changing it. @return its columns, or why it is no calibration file.
 jet::Result<std::vector<jet::FieldDef>> checkCalibrationFile(const std::filesystem::path& path);
 

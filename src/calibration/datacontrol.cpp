@@ -34,7 +34,7 @@ jet::Status DataControl::open()
     database_ = std::move(*opened);
     auto fields = calibrationFields(*database_, databaseName_);
     if (!fields) return fields.failure();
-    auto rows = database_->OpenRecordset(kRecordSource);
+    auto rows = openPoints(*database_, databaseName_);
     if (!rows) return rows.failure();
     fields_ = std::move(*fields);
     recordset_ = std::move(*rows);

@@ -4,6 +4,7 @@
 #include "jet/recordset.h"
 #include "jet/store.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -17,6 +18,7 @@ public:
     static Result<std::unique_ptr<RecordsetRows>> open(std::shared_ptr<Store> store, Store::OpenTable& table,
                                                        const Query& query);
 
+    const std::filesystem::path& path() const { return store_->path(); }
     bool usable() const { return !ended_ && !store_->closed(); }
     bool eof() const { return !usable() || at_ >= rows_.size(); }
     std::size_t count() const { return usable() ? rows_.size() : 0; }
@@ -48,6 +50,8 @@ private:
         : store_(std::move(store)), table_(&table)
     {}
 
+    void orFault(const std::function<void()>& step);
+    void setDraft(int column, const Value& value);
     void cancel();
     Status sort(const std::vector<Query::Order>& order);
     Status add();

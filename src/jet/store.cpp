@@ -19,6 +19,8 @@ constexpr std::uint32_t kCatalogPage = 2;
 constexpr std::uint32_t kPageBits = 0x00FFFFFF;
 constexpr std::uint32_t kSystemObject = 0x80000002;
 constexpr int kTableType = 1;
+constexpr std::size_t kMostObjects = 32768; // of an Access database
+constexpr std::size_t kMostNameBytes = 256; // 64 characters
 
 // Milliseconds would do, but a catalog date is for people.
 Date localNow()
@@ -120,6 +122,8 @@ Status Store::readCatalog()
     const int name = table.columnOf("Name");
     const int type = table.columnOf("Type");
     const int flags = table.columnOf("Flags");
+    const std::vector<std::size_t> wanted{static_cast<std::size_t>(id), static_cast<std::size_t>(name),
+                                          static_cast<std::size_t>(type), static_cast<std::size_t>(flags)};
     const Failure unlisted{
         "is damaged: it does not list its tables. Use \"Compact and Repair\" in Access, or an "
         "earlier copy."};
@@ -128,12 +132,14 @@ Status Store::readCatalog()
     if (!rows) return rows.failure();
     std::vector<Value> values;
     for (const std::uint32_t row : *rows) {
-        if (auto read = table.read(row, values); !read) return read;
+        if (auto read = table.read(row, values, wanted); !read) return read;
         const auto value = [&values](int column) { return values[static_cast<std::size_t>(column)]; };
         const auto page = bitsOf(value(id));
         if (value(type).number() != kTableType || !page) continue;
         const bool system = (bitsOf(value(flags)).value_or(0) & kSystemObject) != 0;
-        catalog_.push_back({value(name).text(), *page & kPageBits, system});
+        auto listed = value(name).text();
+        if (listed.size() > kMostNameBytes || catalog_.size() == kMostObjects) return unlisted;
+        catalog_.push_back({std::move(listed), *page & kPageBits, system});
     }
     // The catalog lists itself; where it does not, the page with its rows is gone.
     return hasTable("MSysObjects") ? Status{} : Status(unlisted);

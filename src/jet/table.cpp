@@ -135,7 +135,7 @@ Result<ByteVector> Table::movedRow(std::uint32_t pointer)
     return damagedTable("a row that was moved cannot be found");
 }
 
-Status Table::read(std::uint32_t row, std::vector<Value>& values)
+Status Table::read(std::uint32_t row, std::vector<Value>& values, const std::vector<std::size_t>& wanted)
 {
     values.assign(definition_.columns.size(), Value());
     const auto page = view(pointerPage(row));
@@ -144,11 +144,11 @@ Status Table::read(std::uint32_t row, std::vector<Value>& values)
     if (slot >= (*page)->slots()) return damagedTable("a row is missing");
     const auto bytes = (*page)->row(slot);
     if (((*page)->slot(slot) & kMovedSlot) == 0)
-        return decodeRow(bytes, definition_, codePage_, *pager_, values);
+        return decodeRow(bytes, definition_, codePage_, *pager_, values, wanted);
     if (bytes.size() < 4) return damagedTable("a row that was moved cannot be found");
     const auto moved = movedRow(get32(bytes, 0));
     if (!moved) return moved.failure();
-    return decodeRow(*moved, definition_, codePage_, *pager_, values);
+    return decodeRow(*moved, definition_, codePage_, *pager_, values, wanted);
 }
 
 Status Table::checkShape() const
@@ -313,12 +313,14 @@ Result<std::uint32_t> Table::append(const std::vector<Value>& values)
 {
     if (auto known = lookAgain(); !known) return known.failure();
     const std::uint32_t rowsBefore = definition_.rowCount;
-    auto added = appendRow(encodeRow(definition_, values));
+    const auto row = encodeRow(definition_, values);
+    unsure_ = true;
+    auto added = appendRow(row);
     if (added) {
+        unsure_ = false;
         countRows(+1);
         return added;
     }
-    unsure_ = true;
     if (lookAgain() && definition_.rowCount == rowsBefore) return added;
     return Failure{added.error() +
                    " The row may be in the file all the same: open it again and look before you "
@@ -385,10 +387,9 @@ Status Table::erase(std::uint32_t row)
     auto page = pageForChange(row);
     if (!page) return page.failure();
     eraseRow(*page, pointerSlot(row));
-    if (auto written = writePage(pointerPage(row), *page); !written) {
-        unsure_ = true;
-        return written;
-    }
+    unsure_ = true;
+    if (auto written = writePage(pointerPage(row), *page); !written) return written;
+    unsure_ = false;
     countRows(-1);
     return {};
 }

@@ -127,6 +127,15 @@ TEST_F(Data, KeepsOtherProgramsFromWritingWhileItIsOpen)
     EXPECT_TRUE(jet::OpenDatabase(at("XDirection.mdb")));
 }
 
+TEST_F(Data, HasNothingOfAFileWithMorePointsThanCanBeNumbered)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), std::vector<int>(32769, 1), 0.5);
+    const auto refreshed = data.Refresh();
+    ASSERT_FALSE(refreshed);
+    EXPECT_NE(refreshed.error().find("has more than 32768 points"), std::string::npos) << refreshed.error();
+    EXPECT_FALSE(checkCalibrationFile(at("XDirection.mdb")));
+}
+
 TEST_F(Data, OnlyLooksAtAFileOfWhichRowsAreMissing)
 {
     create();
