@@ -4,6 +4,24 @@
 #include "calibration/calibration_files.h"
 #include "calibration/older_file.h"
 
+#include <cstdio>
+#include <fcntl.h>
+#include <functional>
+
+namespace {
+
+/// Done before a file gets its name.
+std::function<void(const std::filesystem::path& to)> atRename;
+
+} // namespace
+
+extern "C" int rename(const char* from, const char* to) noexcept
+{
+    const auto before = std::exchange(atRename, nullptr);
+    if (before) before(to);
+    return ::renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
+
 namespace quorvel::calibration {
 namespace {
 
@@ -182,6 +200,17 @@ TEST_F(OlderFile, IsWrittenAnewWhenItIsFirstChanged)
     ASSERT_TRUE(data.write(5, {{"X_Data", 2.25}}));
     EXPECT_EQ(rowsOf(at("XDirection.mdb"))[5], "5 5 2.25");
     EXPECT_EQ(names(), (Names{"XDirection.mdb", "XDirection.older.mdb"}));
+}
+
+TEST_F(OlderFile, IsHeldUntilTheNewOneHasItsName)
+{
+    refresh();
+    bool held = false;
+    atRename = [&](const std::filesystem::path& to) {
+        if (to == at("XDirection.mdb")) held = !jet::OpenDatabase(to);
+    };
+    ASSERT_TRUE(data.write(4, {{"X_Data", 1.25}}));
+    EXPECT_TRUE(held) << "another program's change would be lost";
 }
 
 TEST_F(OlderFile, TakesNoNameOfAnotherFileWhenItIsWrittenAnew)
