@@ -11,6 +11,7 @@ protected:
     /// A file of rows 0 to `rows`-1.
     ByteVector& fileOf(int rows)
     {
+        disk_ = {};
         makeFile(disk_);
         fill(disk_, 0, rows);
         return disk_.files[kPath.string()];
@@ -46,6 +47,22 @@ TEST_F(OurOwnCommand, PrintsTheRowsThatAreLeftAndSaysHowManyAreMissing)
               path() +
                   " is damaged: 194 of the 196 rows of a table are missing. Use \"Compact and Repair\" in "
                   "Access, or an earlier copy.\n");
+}
+
+TEST_F(OurOwnCommand, SaysThatItsOutputCouldNotBeWritten)
+{
+    for (const int rows : {1, 20000}) {
+        save(fileOf(rows), folder_ / "t.mdb");
+        for (const auto* what : {"", " data", " --json", " --json data"}) {
+            EXPECT_EQ(outputOf(command() + what + " 2>&1 >/dev/full; echo status $?"),
+                      "The output could not be written: No space left on device.\nstatus 1\n")
+                << what;
+        }
+        std::filesystem::remove(folder_ / "t.mdb");
+    }
+    save(fileOf(1), folder_ / "t.mdb");
+    EXPECT_EQ(outputOf(command() + " data 2>&1 >&-; echo status $?"),
+              "The output could not be written: Bad file descriptor.\nstatus 1\n");
 }
 
 } // namespace
