@@ -1,5 +1,5 @@
-#include "autoread/disk.h"
 #include "autoread/table_format.h"
+#include "files/disk.h"
 
 #include <QFile>
 
@@ -39,7 +39,7 @@ public:
     {
         const auto before = file_.size();
         const auto size = static_cast<qint64>(row.size());
-        if (file_.write(row.data(), size) == size && flushToDisk(file_.handle())) return {};
+        if (file_.write(row.data(), size) == size && files::flushToDisk(file_.handle())) return {};
         auto failure = failed("could not be written", ". Make room on the disk or choose another one.");
         // Half a row would be read as a whole one.
         file_.resize(before);

@@ -1,10 +1,10 @@
 #include "calibration/database.h"
 #include "calibration/datacontrol.h"
-#include "calibration/filecopy.h"
 #include "calibration/fit.h"
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "ctl/exchanges.h"
+#include "files/name.h"
 #include "link/bytes.h"
 #include "link/program_folder.h"
 #include "protocol/measurement.h"
@@ -125,7 +125,7 @@ void Calibrating::measurePoint()
         console_.fail(kWrongUsage, QStringLiteral("--dial takes a number."));
         return;
     }
-    if (!isThere(data_.DatabaseName())) {
+    if (!files::isThere(data_.DatabaseName())) {
         const auto created = CreateCalibrationDatabase(data_.DatabaseName());
         if (!created) return console_.fail(kNotAnswered, words(created.error()));
     }

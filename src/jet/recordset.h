@@ -70,6 +70,10 @@ public:
     /// Number of rows, those added through this recordset included and those deleted through it not.
     int RecordCount() const;
 
+    /// Success when the recordset had all rows of its table as it was opened. Fails when the table counts more rows
+    /// than were found: pages are damaged, and what is shown is not the whole.
+    Status Complete() const;
+
     /// Fields by name (case does not matter) or by position, counted from 0.
     Field Fields(std::string_view name);
     Field Fields(int position);

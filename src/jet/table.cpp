@@ -109,6 +109,14 @@ Result<std::vector<std::uint32_t>> Table::rows()
     return rows;
 }
 
+Status Table::complete(std::size_t found) const
+{
+    const std::size_t counted = definition_.rowCount;
+    if (found + 1 >= counted) return {};
+    return damagedTable(std::to_string(counted - found) + " of the " + std::to_string(counted) +
+                        " rows of a table are missing");
+}
+
 Result<ByteVector> Table::movedRow(std::uint32_t pointer)
 {
     for (int hop = 0; hop < kMaxHops; ++hop) {
@@ -127,7 +135,7 @@ Result<ByteVector> Table::movedRow(std::uint32_t pointer)
     return damagedTable("a row that was moved cannot be found");
 }
 
-Status Table::read(std::uint32_t row, std::vector<Value>& values)
+Status Table::read(std::uint32_t row, std::vector<Value>& values, const std::vector<std::size_t>& wanted)
 {
     values.assign(definition_.columns.size(), Value());
     const auto page = view(pointerPage(row));
@@ -136,11 +144,11 @@ Status Table::read(std::uint32_t row, std::vector<Value>& values)
     if (slot >= (*page)->slots()) return damagedTable("a row is missing");
     const auto bytes = (*page)->row(slot);
     if (((*page)->slot(slot) & kMovedSlot) == 0)
-        return decodeRow(bytes, definition_, codePage_, *pager_, values);
+        return decodeRow(bytes, definition_, codePage_, *pager_, values, wanted);
     if (bytes.size() < 4) return damagedTable("a row that was moved cannot be found");
     const auto moved = movedRow(get32(bytes, 0));
     if (!moved) return moved.failure();
-    return decodeRow(*moved, definition_, codePage_, *pager_, values);
+    return decodeRow(*moved, definition_, codePage_, *pager_, values, wanted);
 }
 
 Status Table::checkShape() const
@@ -189,6 +197,12 @@ Status Table::checkPages()
     return freePages_.check(std::move(used));
 }
 
+Status Table::checkRows()
+{
+    const auto found = rows();
+    return found ? complete(found->size()) : Status(found.failure());
+}
+
 Status Table::dropTornRow()
 {
     if (owned_.empty()) return {};
@@ -224,6 +238,7 @@ Status Table::prepareWriting()
 {
     if (auto shape = checkShape(); !shape) return shape;
     if (auto pages = checkPages(); !pages) return pages;
+    if (auto rows = checkRows(); !rows) return rows;
     if (auto cut = pager_->cutIncomplete(); !cut) return cut;
     if (auto dropped = dropTornRow(); !dropped) return dropped;
     if (auto freed = freeStray(); !freed) return freed;
@@ -298,12 +313,14 @@ Result<std::uint32_t> Table::append(const std::vector<Value>& values)
 {
     if (auto known = lookAgain(); !known) return known.failure();
     const std::uint32_t rowsBefore = definition_.rowCount;
-    auto added = appendRow(encodeRow(definition_, values));
+    const auto row = encodeRow(definition_, values);
+    unsure_ = true;
+    auto added = appendRow(row);
     if (added) {
+        unsure_ = false;
         countRows(+1);
         return added;
     }
-    unsure_ = true;
     if (lookAgain() && definition_.rowCount == rowsBefore) return added;
     return Failure{added.error() +
                    " The row may be in the file all the same: open it again and look before you "
@@ -370,10 +387,9 @@ Status Table::erase(std::uint32_t row)
     auto page = pageForChange(row);
     if (!page) return page.failure();
     eraseRow(*page, pointerSlot(row));
-    if (auto written = writePage(pointerPage(row), *page); !written) {
-        unsure_ = true;
-        return written;
-    }
+    unsure_ = true;
+    if (auto written = writePage(pointerPage(row), *page); !written) return written;
+    unsure_ = false;
     countRows(-1);
     return {};
 }

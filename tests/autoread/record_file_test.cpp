@@ -126,6 +126,25 @@ TEST_P(EachKind, ReplacesAnExistingFile)
     EXPECT_EQ(names().size(), 1) << "something was left beside it";
 }
 
+TEST_P(EachKind, KeepsALinkAndReplacesItsTarget)
+{
+    put("real", "old");
+    std::filesystem::create_symlink("real", file());
+    ASSERT_TRUE(createRecordFile(file(), kTwoDirections, Existing::Replace));
+    EXPECT_EQ(read(), "time,x,y\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(file()));
+}
+
+TEST_P(EachKind, DoesNotReplaceAWriteProtectedFile)
+{
+    put(GetParam().name, "old");
+    std::filesystem::permissions(file(), std::filesystem::perms(0444));
+    const auto sink = createRecordFile(file(), kTwoDirections, Existing::Replace);
+    ASSERT_FALSE(sink);
+    EXPECT_THAT(sink.error(), ::testing::HasSubstr(file().string() + " is write-protected."));
+    EXPECT_EQ(contents(file()), "old");
+}
+
 TEST_P(EachKind, NeedsAFolder)
 {
     const auto sink = createRecordFile(path("missing") / GetParam().name, kTwoDirections, Existing::Keep);
