@@ -33,7 +33,9 @@ target_compile_options(
     INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
               -Wformat=2 $<$<BOOL:${QUORVEL_WERROR}>:-Werror>
               # GCC 12 takes "text" + std::string for overlapping copies when it optimises
-              $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+              $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+              # memory for time: the compiler collects its garbage seldom
+              $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=524288>)
 target_compile_definitions(quorvel_flags INTERFACE QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
 if(WIN32)
     target_compile_definitions(quorvel_flags INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
@@ -51,6 +53,31 @@ endif()
 # folder.
 function(quorvel_compile_as_one target)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ${QUORVEL_UNITY} UNITY_BUILD_BATCH_SIZE 0)
+    if(QUORVEL_UNITY)
+        # when the folder's CMakeLists.txt has said whether there is a moc
+        cmake_language(EVAL CODE "cmake_language(DEFER CALL quorvel_include_mocs [[${target}]])")
+    endif()
+endfunction()
+
+# CMake compiles what moc writes by itself, even when the sources are read as one. It becomes one of these sources.
+function(quorvel_include_mocs target)
+    get_target_property(moc ${target} AUTOMOC)
+    if(moc)
+        set(mocs ${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/mocs_compilation.cpp)
+        set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}_mocs.cpp)
+        file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${mocs}\"\n")
+        set_source_files_properties(${mocs} PROPERTIES HEADER_FILE_ONLY ON)
+        set_source_files_properties(${source} PROPERTIES SKIP_AUTOMOC ON)
+        target_sources(${target} PRIVATE ${source})
+    endif()
+endfunction()
+
+# quorvel_optimise_little(<target>)
+#
+# For what is mostly templates of CLI11 and waits for a person or a slow line: in a release the compiler saves itself the
+# costly optimisations.
+function(quorvel_optimise_little target)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
 endfunction()
 
 # quorvel_add_tests(<name> FILES <file.cpp>... LIBRARIES <library>... [SERIAL] [WINDOW])
