@@ -1,3 +1,4 @@
+#include "windows/form1_by_hand.h"
 #include "windows/form1_on_the_bus.h"
 
 #include <QApplication>
@@ -234,19 +235,25 @@ TEST_F(Form1Window, AnyEditionButUserOffersCalibration)
     EXPECT_FALSE(child<QMenu>(*form, "cal")->menuAction()->isVisible());
 }
 
-TEST_F(Form1Window, ImmediateReadingOfTheMenuDoesNothingWhileAnotherWindowIsOpen)
+TEST_F(Form1ByHand, ImmediateReadingOfTheMenuDoesNothingWhileAnotherWindowIsOpen)
 {
-    openPort();
+    mscomm1.setPortOpen(true);
     TestNo().setText("5");
-    QDialog other(form.get());
+    form.show();
+    QDialog other(&form);
     other.setModal(true);
     other.show();
     ASSERT_EQ(QApplication::activeModalWidget(), &other);
+    const auto stopLater = [this] { clock.plan(3, [this] { button("Command2").click(); }); };
+    stopLater();
     choose("ImmediateReading");
-    EXPECT_EQ(button("Command2").text(), "Immediate Reading");
-    EXPECT_EQ(status(), bus.device() + " is open.");
+    EXPECT_EQ(clock.passed(), 0) << "a reading ran";
+    EXPECT_EQ(status(), "");
     EXPECT_EQ(messages.shown, QStringList());
-    EXPECT_EQ(bus.frames(), QStringList());
+    other.close();
+    stopLater();
+    choose("ImmediateReading");
+    EXPECT_GE(clock.passed(), 3) << "none ran when the window was closed";
 }
 
 /// An address as typed, and what the status bar says of it.
