@@ -18,7 +18,7 @@ inline constexpr int kAnswered = 0;
 inline constexpr int kNotAnswered = 1;
 inline constexpr int kWrongUsage = 2;
 
-/// The options that all subcommands share. They may stand before or after the subcommand.
+/// The options that all subcommands share. They may come before or after the subcommand.
 struct CommonOptions {
     std::string port;       ///< device path or tcp:host:port; empty: the first of the port list
     std::string address;    ///< 1..249, decimal
@@ -47,9 +47,9 @@ public:
     /// The checked --address.
     int address() const;
 
-    /// Words for the person, on stderr.
+    /// A message for the user, on stderr.
     void tell(const QString& words) const;
-    /// tell() and an exit status.
+    /// tell(), and sets the exit status.
     void fail(int exitStatus, const QString& words);
     /// A line on stderr that the next one overwrites, until anything else is said. In a log the last one shows.
     void progress(const QString& words) const;

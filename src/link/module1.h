@@ -40,7 +40,7 @@ public:
     /// Pauses, then throws away what has come. For the end of a reading.
     void settle(float seconds);
 
-    /// Tells an observer of every exchange from now on; it must be removed before it goes.
+    /// Reports every exchange from now on to an observer, which must be removed before it is destroyed.
     void addObserver(ExchangeObserver& observer) { observers_.push_back(&observer); }
     void removeObserver(ExchangeObserver& observer);
 

@@ -45,7 +45,7 @@ enum class FormerOffset {
 
 /// How a run went, as far as it got.
 struct ReferenceRun {
-    bool complete = false;  ///< every reply arrived whole
+    bool complete = false;  ///< every reply was complete
     bool confirmed = false; ///< the readout repeated the new offset
     FormerOffset formerOffset = FormerOffset::Untouched;
     std::string offset;          ///< eight characters: written by a set, received by a query
@@ -71,9 +71,9 @@ ReferenceRun queryReference(link::Module1& module1, const link::Bench& bench, co
 /// What a confirmed set shows.
 std::string referenceSetText(const ReferenceRun& run);
 
-/// What is to be said of the former offset when the new one was not confirmed; empty when there is nothing.
+/// The warning about the former offset when the new one was not confirmed; empty when there is none.
 std::string lossText(const ReferenceRun& run);
-/// What is to be said of a reading that was not a number; empty when it was one, or there was none yet.
+/// The warning about a reading that was not a number; empty when it was one, or there was none yet.
 std::string countedText(const ReferenceRun& run);
 
 /// The second line that a query shows, in general number format.
