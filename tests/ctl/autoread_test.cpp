@@ -211,7 +211,7 @@ TEST_F(QuorvelctlAutoread, UnreadableCountIsNotTakenForAnEmptyRing)
     bus.command("reply 5 22 :0522ABCDEFGHIJKLFF");
     const auto download = run({"download", file("a.mdb")});
     EXPECT_EQ(download.status, 1);
-    EXPECT_TRUE(download.err.contains("not readable")) << qPrintable(download.err);
+    EXPECT_TRUE(download.err.contains("could not be read")) << qPrintable(download.err);
 }
 
 TEST_F(QuorvelctlAutoread, ClearsOnlyWhenSure)
