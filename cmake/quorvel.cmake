@@ -46,6 +46,20 @@ if(QUORVEL_SANITIZE)
     target_link_options(quorvel_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+# A release defends itself against what slips through (tests/packaging/hardening_test.py).
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+if(NOT QUORVEL_SANITIZE)
+    set(optimised $<AND:$<CONFIG:Release>,$<NOT:$<BOOL:$<TARGET_PROPERTY:QUORVEL_UNOPTIMISED>>>>)
+    target_compile_options(quorvel_flags INTERFACE $<${optimised}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>
+                                                   $<$<CONFIG:Release>:-fstack-protector-strong>)
+    target_compile_definitions(quorvel_flags INTERFACE $<$<CONFIG:Release>:_GLIBCXX_ASSERTIONS>)
+    if(NOT WIN32)
+        target_link_options(quorvel_flags INTERFACE $<$<CONFIG:Release>:-Wl,-z,relro,-z,now>)
+    endif()
+endif()
+
 # quorvel_compile_as_one(<target>)
 #
 # The headers of Qt and CLI11 cost more time than our own code. With QUORVEL_UNITY the compiler reads the sources of a
@@ -80,6 +94,12 @@ function(quorvel_optimise_little target)
     target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
 endfunction()
 
+# quorvel_optimise_nothing(<target>): for programs of the tests.
+function(quorvel_optimise_nothing target)
+    target_compile_options(${target} PRIVATE -O0)
+    set_target_properties(${target} PROPERTIES QUORVEL_UNOPTIMISED ON)
+endfunction()
+
 # quorvel_add_tests(<name> FILES <file.cpp>... LIBRARIES <library>... [SERIAL] [WINDOW])
 #
 # Makes one executable <name>_test of test files of a folder, which the compiler reads as one, and registers each of
@@ -93,7 +113,7 @@ function(quorvel_add_tests name)
     add_executable(${target} ${arg_FILES})
     target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} quorvel_flags GTest::gmock)
     target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
-    target_compile_options(${target} PRIVATE -O0)
+    quorvel_optimise_nothing(${target})
     quorvel_compile_as_one(${target})
     if(arg_WINDOW)
         target_link_libraries(${target} PRIVATE quorvel_test_support quorvel_window_test_main)

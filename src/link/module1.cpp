@@ -85,8 +85,10 @@ void Module1::prepareInput(Exchange& exchange)
 
 void Module1::send(Exchange& exchange, const std::function<void(int)>& sent)
 {
+    bool open = port_.PortOpen();
     SendFrame(exchange.transaction.frame, [&](int count) {
-        if (port_.PortOpen()) {
+        // The port may have vanished with the character just written.
+        if (std::exchange(open, port_.PortOpen())) {
             ++exchange.sent;
             exchange.lastOut = sinceBegin();
             if (!exchange.firstOut) exchange.firstOut = exchange.lastOut;
