@@ -7,6 +7,8 @@ namespace quorvel {
 
 namespace {
 
+constexpr QSize kTrafficSize(1090, 300); // all columns
+
 /// Nothing watches the traffic before its panel is opened for the first time; from then on it is kept.
 void showTraffic(Program& program)
 {
@@ -20,6 +22,7 @@ void showTraffic(Program& program)
     program.form1.addDockWidget(Qt::BottomDockWidgetArea, panel);
     // Beside the main window, whose own layout stays as it is.
     panel->setFloating(true);
+    panel->resize(kTrafficSize);
     panel->move(program.form1.frameGeometry().bottomLeft());
     panel->show();
 }
@@ -45,8 +48,9 @@ void addTools(Program& program)
     QObject::connect(readOnly, &QAction::toggled, &program.form1, [&program](bool on) {
         program.module1.setReadOnly(on);
         program.form1.showReadOnly(on);
-        program.form1.showStatus(on ? QStringLiteral("Read Only is on: nothing is sent that would change a readout.")
-                                    : QStringLiteral("Read Only is off."));
+        program.form1.showStatus(
+            on ? QStringLiteral("Read Only is on: nothing is sent that would change a readout.")
+               : QStringLiteral("Read Only is off."));
     });
     readOnly->setChecked(program.module1.readOnly());
     QObject::connect(&program.trace, &line::Trace::failed, &program.form1, &Form1::showStatus);

@@ -51,7 +51,8 @@ bool Console::openTrace()
         fail(kNotAnswered, reason);
         return false;
     }
-    QObject::connect(&trace_, &line::Trace::failed, mscomm1_.get(), [this](const QString& words) { tell(words); });
+    QObject::connect(&trace_, &line::Trace::failed, mscomm1_.get(),
+                     [this](const QString& words) { tell(words); });
     module1_->addObserver(trace_);
     return true;
 }

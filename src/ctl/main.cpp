@@ -22,8 +22,10 @@ void addCommonOptions(CLI::App& app, CommonOptions& options)
         ->check(CLI::IsMember({"A", "B", "C", "D"}));
     app.add_flag("--json", options.json, "Answer in JSON");
     app.add_flag("--read-only", options.readOnly, "Send nothing that would change a readout");
-    app.add_option("--trace", options.trace, "Append the traffic on the bus to this file, one JSON object a line");
-    app.add_flag("--stats", options.stats, "Print at the end how well each readout answered, as CSV on stderr");
+    app.add_option("--trace", options.trace,
+                   "Append the traffic on the bus to this file, one JSON object a line");
+    app.add_flag("--stats", options.stats,
+                 "Print at the end how well each readout answered, as CSV on stderr");
 }
 
 /// Charts are drawn as the windows draw them, although nothing is shown; all else needs no interface at all.

@@ -16,7 +16,8 @@ using protocol::Verdict;
 
 constexpr double kShortest = 0.1;      // ms
 constexpr double kLongest = 600'000.0; // ms
-constexpr double kGrowth = 1.0198;     // of a class over the one before it: 800 reach from the shortest to the longest
+constexpr double kGrowth =
+    1.0198; // of a class over the one before it: 800 reach from the shortest to the longest
 constexpr double kPercentile = 95;
 constexpr int kEveryReadout = 255;
 
@@ -88,7 +89,8 @@ void Health::ended(const link::Exchange& exchange)
 
 QString Health::csv() const
 {
-    QStringList rows{QStringLiteral("address,exchanges,complete,silent,short,notTheAnswer,meanMs,p95Ms,worstMs,lastGood")};
+    QStringList rows{
+        QStringLiteral("address,exchanges,complete,silent,short,notTheAnswer,meanMs,p95Ms,worstMs,lastGood")};
     for (const auto& [address, readout] : readouts_) {
         rows << rowOf(address, readout);
     }

@@ -36,14 +36,11 @@ private:
 /// What is known of one readout since the start, or since the last reset.
 struct ReadoutHealth {
     std::array<std::int64_t, protocol::kVerdicts> ended{}; ///< exchanges by how they ended
-    Durations answerMs;   ///< from the end of the frame to the last character, of good answers
-    QDateTime lastGood;   ///< of the latest good answer; invalid before
+    Durations answerMs; ///< from the end of the frame to the last character, of good answers
+    QDateTime lastGood; ///< of the latest good answer; invalid before
 
     std::int64_t exchanges() const;
-    std::int64_t endedAs(protocol::Verdict verdict) const
-    {
-        return ended[static_cast<std::size_t>(verdict)];
-    }
+    std::int64_t endedAs(protocol::Verdict verdict) const { return ended[static_cast<std::size_t>(verdict)]; }
 };
 
 /// Keeps the health of every readout that was asked. Exchanges with all readouts (the search) do not count, nor those

@@ -21,11 +21,11 @@ constexpr double kPercentile = 95;
 
 const QStringList& headings()
 {
-    static const QStringList all{HealthWindow::tr("Readout"),        HealthWindow::tr("Exchanges"),
-                                 HealthWindow::tr("Complete"),       HealthWindow::tr("Silent"),
-                                 HealthWindow::tr("Short"),          HealthWindow::tr("Not the answer"),
-                                 HealthWindow::tr("Mean ms"),        HealthWindow::tr("95 % ms"),
-                                 HealthWindow::tr("Worst ms"),       HealthWindow::tr("Last good answer")};
+    static const QStringList all{HealthWindow::tr("Readout"),  HealthWindow::tr("Exchanges"),
+                                 HealthWindow::tr("Complete"), HealthWindow::tr("Silent"),
+                                 HealthWindow::tr("Short"),    HealthWindow::tr("Not the answer"),
+                                 HealthWindow::tr("Mean ms"),  HealthWindow::tr("95 % ms"),
+                                 HealthWindow::tr("Worst ms"), HealthWindow::tr("Last good answer")};
     return all;
 }
 
@@ -63,7 +63,8 @@ HealthWindow::HealthWindow(Health& health, QWidget* parent) : QDialog(parent), h
     table_.setTabKeyNavigation(false);
     table_.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     table_.horizontalHeader()->setStretchLastSection(true);
-    auto* note = new QLabel(tr("Answer times run from the end of the frame to the last character of a good answer."));
+    auto* note =
+        new QLabel(tr("Answer times run from the end of the frame to the last character of a good answer."));
     note->setWordWrap(true);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(note, 1);
@@ -74,7 +75,8 @@ HealthWindow::HealthWindow(Health& health, QWidget* parent) : QDialog(parent), h
         connect(button, &QPushButton::clicked, this, handler);
         buttons->addWidget(button);
     };
-    addButton(tr("Copy as CSV"), "LineHealthCopy", [this] { QApplication::clipboard()->setText(health_.csv()); });
+    addButton(tr("Copy as CSV"), "LineHealthCopy",
+              [this] { QApplication::clipboard()->setText(health_.csv()); });
     addButton(tr("Reset"), "LineHealthReset", [this] {
         health_.reset();
         refresh();

@@ -25,13 +25,14 @@ QJsonObject headOf(const link::Exchange& exchange)
 {
     const auto& frame = exchange.transaction.frame;
     const auto* command = protocol::commandOf(frame);
-    return {{"exchange", static_cast<qint64>(exchange.number)},
-            {"time", exchange.begun.toOffsetFromUtc(exchange.begun.offsetFromUtc()).toString(Qt::ISODateWithMs)},
-            {"address", protocol::addressOf(frame)},
-            {"kind", fromText(protocol::nameOf(exchange.transaction.kind))},
-            {"command", command ? QJsonValue(fromText(command->digits)) : QJsonValue()},
-            {"meaning", fromText(protocol::meaningOf(frame))},
-            {"frame", fromText(frame)}};
+    return {
+        {"exchange", static_cast<qint64>(exchange.number)},
+        {"time", exchange.begun.toOffsetFromUtc(exchange.begun.offsetFromUtc()).toString(Qt::ISODateWithMs)},
+        {"address", protocol::addressOf(frame)},
+        {"kind", fromText(protocol::nameOf(exchange.transaction.kind))},
+        {"command", command ? QJsonValue(fromText(command->digits)) : QJsonValue()},
+        {"meaning", fromText(protocol::meaningOf(frame))},
+        {"frame", fromText(frame)}};
 }
 
 } // namespace
@@ -51,7 +52,8 @@ QString Trace::open(const QString& path)
     file_.close();
     file_.setFileName(path);
     if (file_.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) return {};
-    return tr("The traffic cannot be recorded to %1: %2. Choose another file.").arg(path, file_.errorString());
+    return tr("The traffic cannot be recorded to %1: %2. Choose another file.")
+        .arg(path, file_.errorString());
 }
 
 void Trace::write(const link::Exchange& exchange, bool whole)

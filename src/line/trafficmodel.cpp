@@ -11,11 +11,12 @@ namespace quorvel::line {
 
 namespace {
 
-constexpr int kFlushInterval = 30;  // ms
+constexpr int kFlushInterval = 30;   // ms
 constexpr int kDroppedAtOnce = 1000; // lines; moving the rows up one by one would be slow
 constexpr int kEveryReadout = 255;
 
-constexpr const char* kHeadings[] = {"Time", "Readout", "Meaning", "Frame", "Reply", "Outcome", "First ms", "Last ms"};
+constexpr const char* kHeadings[] = {"Time",  "Readout", "Meaning",  "Frame",
+                                     "Reply", "Outcome", "First ms", "Last ms"};
 
 QString readoutOf(const link::Exchange& exchange)
 {
@@ -23,7 +24,10 @@ QString readoutOf(const link::Exchange& exchange)
     return address == kEveryReadout ? TrafficModel::tr("all") : QString::number(address);
 }
 
-QString milliseconds(const std::optional<double>& ms) { return ms ? QString::number(*ms, 'f', 1) : QString(); }
+QString milliseconds(const std::optional<double>& ms)
+{
+    return ms ? QString::number(*ms, 'f', 1) : QString();
+}
 
 } // namespace
 
@@ -138,7 +142,8 @@ QVariant TrafficModel::data(const QModelIndex& index, int role) const
 
 QVariant TrafficModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (role != Qt::DisplayRole || orientation != Qt::Horizontal || section < 0 || section >= kColumns) return {};
+    if (role != Qt::DisplayRole || orientation != Qt::Horizontal || section < 0 || section >= kColumns)
+        return {};
     return tr(kHeadings[section]);
 }
 

@@ -82,7 +82,8 @@ void TrafficPanel::makeFilters(QLayout& row)
     }
     addLabelled(row, tr("Outcome"), outcome_, "TrafficOutcome");
     connect(&outcome_, &QComboBox::currentIndexChanged, this, [this](int index) {
-        filter_.setVerdict(index > 0 ? std::optional(static_cast<protocol::Verdict>(index - 1)) : std::nullopt);
+        filter_.setVerdict(index > 0 ? std::optional(static_cast<protocol::Verdict>(index - 1))
+                                     : std::nullopt);
     });
     find_.setPlaceholderText(tr("text, then Return"));
     addLabelled(row, tr("Find"), find_, "TrafficFind");

@@ -134,8 +134,8 @@ const Arrows& arrows()
         {"line", {"main", "protocol", "link", "text", "files"}},
         {"ctl", {"line", "autoread", "grayscale", "calibration", "protocol", "link", "text", "jet", "files"}},
         {"app",
-         {"line", "settings", "autoread", "grayscale", "calibration", "main", "protocol", "link", "text", "jet",
-          "files"}},
+         {"line", "settings", "autoread", "grayscale", "calibration", "main", "protocol", "link", "text",
+          "jet", "files"}},
     };
     return all;
 }
