@@ -272,5 +272,16 @@ TEST_F(Celebration1Files, ClosingAsksWhenWhatWasTypedCannotBeWritten)
     EXPECT_EQ(rowsOf(inFolder("XDirection.mdb"))[0], "0 1.5 -");
 }
 
+TEST_F(Celebration1Files, LoadingAsksForAFileToOpenAndSavingForOneToSave)
+{
+    open("X");
+    button("Command4").click();
+    EXPECT_TRUE(messages.lastChoice.toSave);
+    EXPECT_EQ(messages.lastChoice.filter, "*.mdb");
+    button("Command3").click();
+    EXPECT_FALSE(messages.lastChoice.toSave);
+    EXPECT_EQ(messages.lastChoice.filter, "");
+}
+
 } // namespace
 } // namespace quorvel::test
