@@ -220,7 +220,7 @@ void addCalibrate(CLI::App& app, Console& console)
     measuring->add_option("--point", options->point, "Number of the point, from 0")->required();
     measuring->add_option("--dial", options->dial, "Dial-gauge reading of the point, in mm");
     add("fit", "Fit a line through the points", &Calibrating::fit);
-    add("download", "Download the points into the readout", &Calibrating::download);
+    add("download", "Send the points to the readout", &Calibrating::download);
 }
 
 void queryLocation(Console& console)

@@ -283,8 +283,8 @@ QString Form1::openChosenPort()
     const int number = text::integerOf(bytes(name.mid(kPortNamePrefix)));
     // A name without a number, or with that of another port, would open a port that was not chosen.
     if (!name.isEmpty() && ports_.deviceOf(number) != ui_->Combo1->currentData().toString()) {
-        return tr("%1 cannot be opened: its name does not end in a port number of its own. Choose another "
-                  "port.")
+        return tr("%1 cannot be opened: its name does not end in a port number of its own. "
+                  "Choose another port.")
             .arg(name);
     }
     port.setSettings(kLineSettings);

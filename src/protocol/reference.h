@@ -39,7 +39,7 @@ inline constexpr float kSettlingTime = 2; ///< s, in which the readout measures 
 /// What became of the offset that the readout had before the run.
 enum class FormerOffset {
     Untouched, ///< nothing was written, or the run was a query
-    MayBeLost, ///< the zero went out, but the readout did not answer whole
+    MayBeLost, ///< the zero went out, but the readout did not answer completely
     Lost,      ///< the readout answered the zero
 };
 

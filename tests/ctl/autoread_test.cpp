@@ -192,7 +192,7 @@ TEST_F(QuorvelctlAutoread, FullDiskKeepsTheRowsBefore)
         download.err.contains(" records have been received.\n" + file("a.csv") + " could not be written: "))
         << qPrintable(download.err);
     EXPECT_TRUE(download.err.endsWith(
-        QStringLiteral("the file holds the %1 records before. The readout still has all its data.\n")
+        QStringLiteral("the file holds the %1 records received before. The readout still has all its data.\n")
             .arg(kept)))
         << qPrintable(download.err);
 }

@@ -65,7 +65,7 @@ TEST_F(Quorvelctl, ASilentReadoutIsExitStatus1)
     const auto read = run({"read", "--address", "77"});
     EXPECT_EQ(read.status, 1);
     EXPECT_EQ(read.out, "");
-    EXPECT_EQ(read.err, "readout 77 did not answer, or not with the 29 characters of a reading.\n");
+    EXPECT_EQ(read.err, "readout 77 did not answer with the 29 characters of a reading.\n");
 }
 
 TEST_F(Quorvelctl, WatchTakesReadingsAtTheTurnOfTheSecond)
