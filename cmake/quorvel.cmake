@@ -1,5 +1,7 @@
 # What every target of the project shares: the language, the warnings, the place of the binaries, the tests.
 
+include(CMakeDependentOption)
+
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -15,16 +17,25 @@ if(QUORVEL_LLD)
     add_link_options(-fuse-ld=lld)
 endif()
 
+# The options. Without any, the programs are built file by file and nothing else is; the presets switch on what
+# developers use. Tests and benchmarks run the simulated bus, which needs a POSIX system.
+option(QUORVEL_UNITY "Compile the sources of a folder as one" OFF)
+option(QUORVEL_WERROR "Treat warnings as errors" OFF)
 option(QUORVEL_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+cmake_dependent_option(QUORVEL_TESTS "Build the tests; needs GoogleTest" OFF "NOT WIN32" OFF)
+cmake_dependent_option(QUORVEL_BENCHES "Build the benchmarks; needs Google Benchmark, GoogleTest and SQLite" OFF
+                       "NOT WIN32" OFF)
 
 # The one place for warnings and sanitizers.
 add_library(quorvel_flags INTERFACE)
 target_compile_options(
     quorvel_flags
     INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
-              -Wformat=2 -Werror
+              -Wformat=2 $<$<BOOL:${QUORVEL_WERROR}>:-Werror>
               # GCC 12 takes "text" + std::string for overlapping copies when it optimises
-              $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+              $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+              # memory for time: the compiler collects its garbage seldom
+              $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=524288>)
 target_compile_definitions(quorvel_flags INTERFACE QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
 if(WIN32)
     target_compile_definitions(quorvel_flags INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
@@ -35,12 +46,58 @@ if(QUORVEL_SANITIZE)
     target_link_options(quorvel_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+# A release defends itself against what slips through (tests/packaging/hardening_test.py).
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+if(NOT QUORVEL_SANITIZE)
+    set(optimised $<AND:$<CONFIG:Release>,$<NOT:$<BOOL:$<TARGET_PROPERTY:QUORVEL_UNOPTIMISED>>>>)
+    target_compile_options(quorvel_flags INTERFACE $<${optimised}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>
+                                                   $<$<CONFIG:Release>:-fstack-protector-strong>)
+    target_compile_definitions(quorvel_flags INTERFACE $<$<CONFIG:Release>:_GLIBCXX_ASSERTIONS>)
+    if(NOT WIN32)
+        target_link_options(quorvel_flags INTERFACE $<$<CONFIG:Release>:-Wl,-z,relro,-z,now>)
+    endif()
+endif()
+
 # quorvel_compile_as_one(<target>)
 #
-# The headers of Qt and CLI11 cost more time than our own code. The compiler reads the sources of a folder as one, and the
-# lint looks at the same units (tools/lint). So a name in an unnamed namespace is used once per folder.
+# The headers of Qt and CLI11 cost more time than our own code. With QUORVEL_UNITY the compiler reads the sources of a
+# folder as one, and the lint looks at the same units (tools/lint). So a name in an unnamed namespace is used once per
+# folder.
 function(quorvel_compile_as_one target)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 0)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${QUORVEL_UNITY} UNITY_BUILD_BATCH_SIZE 0)
+    if(QUORVEL_UNITY)
+        # when the folder's CMakeLists.txt has said whether there is a moc
+        cmake_language(EVAL CODE "cmake_language(DEFER CALL quorvel_include_mocs [[${target}]])")
+    endif()
+endfunction()
+
+# CMake compiles what moc writes by itself, even when the sources are read as one. It becomes one of these sources.
+function(quorvel_include_mocs target)
+    get_target_property(moc ${target} AUTOMOC)
+    if(moc)
+        set(mocs ${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/mocs_compilation.cpp)
+        set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}_mocs.cpp)
+        file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${mocs}\"\n")
+        set_source_files_properties(${mocs} PROPERTIES HEADER_FILE_ONLY ON)
+        set_source_files_properties(${source} PROPERTIES SKIP_AUTOMOC ON)
+        target_sources(${target} PRIVATE ${source})
+    endif()
+endfunction()
+
+# quorvel_optimise_little(<target>)
+#
+# For what is mostly templates of CLI11 and waits for a person or a slow line: in a release the compiler saves itself the
+# costly optimisations.
+function(quorvel_optimise_little target)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+endfunction()
+
+# quorvel_optimise_nothing(<target>): for programs of the tests.
+function(quorvel_optimise_nothing target)
+    target_compile_options(${target} PRIVATE -O0)
+    set_target_properties(${target} PROPERTIES QUORVEL_UNOPTIMISED ON)
 endfunction()
 
 # quorvel_add_tests(<name> FILES <file.cpp>... LIBRARIES <library>... [SERIAL] [WINDOW])
@@ -56,7 +113,7 @@ function(quorvel_add_tests name)
     add_executable(${target} ${arg_FILES})
     target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} quorvel_flags GTest::gmock)
     target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
-    target_compile_options(${target} PRIVATE -O0)
+    quorvel_optimise_nothing(${target})
     quorvel_compile_as_one(${target})
     if(arg_WINDOW)
         target_link_libraries(${target} PRIVATE quorvel_test_support quorvel_window_test_main)

@@ -43,6 +43,19 @@ def main_window():
     program.close()
 
 
+def traffic():
+    program = start("quorvel", "A", "")
+    press(program.one(BUTTON, "Tools"))
+    press(program.one(Atspi.Role.MENU_ITEM, "Traffic"))
+    press(program.one(BUTTON, "Search CCD"))
+    program.one(Atspi.Role.LABEL, "05,12,33")
+    press(program.one(BUTTON, "Immediate Reading"))
+    readings = program.one(Atspi.Role.LIST, "Value:")
+    until(lambda: readings.get_child_count() >= 2, "two readings", patience=60)
+    take(program.window("Traffic"), "traffic")
+    program.close()
+
+
 def offset_setting():
     program = start("quorvel", "C", "33")
     window = program.open("Offset Setting", "Offset Setting")
@@ -88,5 +101,5 @@ def calibration():
     program.close()
 
 
-for scene in (main_window, offset_setting, automatic_readings, grayscale, calibration):
+for scene in (main_window, traffic, offset_setting, automatic_readings, grayscale, calibration):
     scene()

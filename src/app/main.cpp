@@ -50,6 +50,10 @@ int runProgram(int argc, char* argv[])
     openSettings(program);
     openCalibration(program);
     openGrayscale(program);
+    program.module1.setReadOnly(options.readOnly);
+    addTools(program);
+    if (!options.trace.empty() && trouble.isEmpty())
+        trouble = program.trace.open(QString::fromLocal8Bit(options.trace.c_str()));
     if (!trouble.isEmpty()) program.form1.showStatus(trouble);
     program.form1.show();
     return QApplication::exec();

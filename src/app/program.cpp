@@ -10,6 +10,14 @@ Program::Program(const QStringList& portNames, const std::filesystem::path& fold
       messages(gate), workplace{bench, module1, gate, messages}, form1(benchOf(folder, help, edition), ports)
 {
     qApp->installEventFilter(&filter);
+    module1.addObserver(trace);
+    module1.addObserver(health);
+}
+
+Program::~Program()
+{
+    for (auto* observer : std::initializer_list<link::ExchangeObserver*>{&traffic, &trace, &health})
+        module1.removeObserver(*observer);
 }
 
 /// Fills the bench before the main window looks at it.

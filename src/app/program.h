@@ -1,5 +1,8 @@
 #pragma once
 
+#include "line/health.h"
+#include "line/trace.h"
+#include "line/trafficmodel.h"
 #include "link/bench.h"
 #include "link/clock.h"
 #include "link/gate.h"
@@ -20,6 +23,7 @@ struct Program {
     /// @param help    the help text.
     Program(const QStringList& ports, const std::filesystem::path& folder, const std::filesystem::path& help,
             const QString& edition);
+    ~Program();
 
     link::Bench bench;
     link::PortList ports;
@@ -27,6 +31,9 @@ struct Program {
     link::MSComm mscomm1;
     link::Module1 module1;
     link::Gate gate;
+    line::TrafficModel traffic;
+    line::Trace trace;
+    line::Health health;
     InputFilter filter;
     QtMessages messages;
     Workplace workplace;

@@ -38,8 +38,8 @@ enum class Existing { Keep, Replace };
 /// is until the new one is complete, and is then replaced in one step.
 ///
 /// @return fails, leaving what was there, when the folder is missing or cannot be written, when the disk is full,
-///         when the name is no file's (a folder, a device), when another program has the old file open, and with
-///         Existing::Keep when anything of that name exists.
+///         when the name belongs to something else than a file (a folder, a device), when the old file is
+///         write-protected or open in another program, and with Existing::Keep when anything of that name exists.
 jet::Result<std::unique_ptr<RecordSink>> createRecordFile(const std::filesystem::path& path,
                                                           const RecordLayout& layout, Existing existing);
 

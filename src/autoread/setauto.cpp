@@ -70,7 +70,8 @@ link::Exchange SetAuto::ask(const link::Transaction& transaction)
     tell(tr("Waiting for readout %1 ...").arg(words(address())));
     const auto exchange = perform(transaction);
     clearStatus();
-    if (exchange.outcome == link::Outcome::PortLost) explain(exchange);
+    if (exchange.outcome == link::Outcome::PortLost || exchange.outcome == link::Outcome::Refused)
+        explain(exchange);
     return exchange;
 }
 

@@ -10,7 +10,7 @@ inline constexpr auto kTimeField = "time";
 
 /// How one kind of file is made and opened.
 struct TableFormat {
-    /// Makes the file with its empty table. Fails when anything of that name exists.
+    /// Makes the file with its empty table. Fails, leaving nothing, when anything of that name exists.
     jet::Status (*makeEmpty)(const std::filesystem::path& path, const RecordLayout& layout);
     /// Opens what makeEmpty() made.
     jet::Result<std::unique_ptr<RecordSink>> (*open)(const std::filesystem::path& path,

@@ -1,8 +1,9 @@
 #include "calibration/celebration1.h"
 
 #include "calibration/database.h"
-#include "calibration/filecopy.h"
 #include "calibration/fit.h"
+#include "files/name.h"
+#include "files/replace.h"
 #include "link/bytes.h"
 #include "protocol/answer.h"
 #include "protocol/measurement.h"
@@ -77,11 +78,11 @@ QString Celebration1::standing() const
             .arg(QString::fromStdString(Data1.readOnlyBecause()));
     }
     if (const auto warning = tooLong(); !warning.isEmpty()) return warning;
-    const auto file = tr("File: %1").arg(QString::fromStdString(inWords(CalibrationDatabasePath)));
+    const auto file = tr("File: %1").arg(QString::fromStdString(files::inWords(CalibrationDatabasePath)));
     if (Data1.olderKeptAs().empty()) return CalibrationDatabasePath.empty() ? QString() : file;
     return tr("The file was written anew, because its older format can only be read. The older file is kept "
               "as %1.")
-        .arg(QString::fromStdString(inWords(Data1.olderKeptAs())));
+        .arg(QString::fromStdString(files::inWords(Data1.olderKeptAs())));
 }
 
 void Celebration1::Form_Load()
@@ -93,8 +94,9 @@ void Celebration1::Form_Load()
     ui_->GridCaption->setText(direction_->gridCaption);
     ui_->DBGrid1->setAccessibleName(direction_->gridCaption);
     ui_->Label2->setText(QString::fromUtf8(direction_->hint));
-    const auto created =
-        isThere(CalibrationDatabasePath) ? jet::Status() : CreateCalibrationDatabase(CalibrationDatabasePath);
+    const auto created = files::isThere(CalibrationDatabasePath)
+                             ? jet::Status()
+                             : CreateCalibrationDatabase(CalibrationDatabasePath);
     Data1.setDatabaseName(CalibrationDatabasePath);
     bind();
     if (!created && !unreadableBecause_.empty()) {
@@ -233,6 +235,7 @@ QString Celebration1::judgeEcho(const ReadingColumn& reading, const link::Exchan
 {
     clearStatus();
     const int awaited = protocol::echoLength(reading.sensor);
+    if (exchange.outcome == link::Outcome::Refused) return protocol::whyFailed(exchange);
     if (static_cast<int>(exchange.reply.size()) != awaited) {
         return tr("%1: no complete echo, %2 characters came instead of %3. Check the address and download "
                   "again.")
@@ -300,7 +303,7 @@ void Celebration1::Command4_Click()
     if (chosen.isEmpty()) return;
     const auto destination = chosen + kEnding;
     Data1.Close();
-    const auto copied = copyWhole(CalibrationDatabasePath, pathOf(destination));
+    const auto copied = files::replaceByCopy(CalibrationDatabasePath, pathOf(destination));
     const bool bound = bind();
     if (!copied) {
         tell(copied.error());

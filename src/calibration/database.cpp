@@ -1,7 +1,8 @@
 #include "calibration/database.h"
 
-#include "calibration/filecopy.h"
 #include "calibration/records.h"
+#include "files/name.h"
+#include "files/replace.h"
 
 #include <algorithm>
 #include <optional>
@@ -13,6 +14,9 @@ namespace {
 using jet::FieldDef;
 using jet::FieldType;
 using std::filesystem::path;
+
+constexpr int kMostPoints = 32768;         // numbers from 0 on that an Integer holds
+constexpr auto kUnreadable = "unreadable"; // mark of a working file that is kept although it cannot be read
 
 /// The direction that a path names in the ten characters before its last four; null for none.
 const DirectionRow* directionNamed(const path& file)
@@ -101,8 +105,16 @@ jet::Status writeAnew(jet::Database& database, const path& file, const path& fre
     auto to = made->OpenRecordset(kTable);
     if (!from) return from.failure();
     if (!to) return to.failure();
+    if (auto complete = from->Complete(); !complete) return complete;
     if (auto done = copyRows(*from, *to, table); !done) return done;
     return made->Close();
+}
+
+/// A working file that is a link which leads in a circle has nothing to be replaced: it gets another name.
+/// @return that name; empty for any other working file.
+jet::Result<path> setCircleAside(const path& working)
+{
+    return files::targetOf(working) ? path() : files::setAside(working, kUnreadable);
 }
 
 /// Words about reading columns that the direction counts on and the file lacks; empty when it has all.
@@ -114,7 +126,7 @@ std::string lacking(const std::vector<FieldDef>& fields, const DirectionRow& dir
         missing += (missing.empty() ? "" : " and ") + std::string(reading.name);
     }
     if (missing.empty()) return {};
-    return "Loaded, but " + inWords(chosen) + " is of another direction: it has the readings " +
+    return "Loaded, but " + files::inWords(chosen) + " is of another direction: it has the readings " +
            fields[kReadingColumn].name + ", not " + missing + ". It can be fitted, not downloaded.";
 }
 
@@ -137,12 +149,22 @@ jet::Result<std::vector<FieldDef>> calibrationFields(const jet::Database& databa
 {
     auto fields = database.Fields(kTable);
     if (fields && !isCalibration(*fields)) {
-        return jet::Failure{inWords(file) +
+        return jet::Failure{files::inWords(file) +
                             " has a table Calibration that does not begin with the columns SN, "
                             "Rule_Data and X_Data, Y_Data or Z1_Data, all of numbers. Choose "
                             "another file."};
     }
     return fields;
+}
+
+jet::Result<jet::Recordset> openPoints(jet::Database& database, const path& file)
+{
+    auto rows = database.OpenRecordset(kRecordSource);
+    if (rows && rows->RecordCount() > kMostPoints) {
+        return jet::Failure{files::inWords(file) + " has more than " + std::to_string(kMostPoints) +
+                            " points. Choose another file."};
+    }
+    return rows;
 }
 
 jet::Result<std::vector<FieldDef>> checkCalibrationFile(const path& file)
@@ -151,8 +173,9 @@ jet::Result<std::vector<FieldDef>> checkCalibrationFile(const path& file)
     if (!database) return database.failure();
     auto fields = calibrationFields(*database, file);
     if (!fields) return fields;
-    auto rows = database->OpenRecordset(kRecordSource);
+    auto rows = openPoints(*database, file);
     if (!rows) return rows.failure();
+    if (const auto complete = rows->Complete(); !complete) return complete.failure();
     auto moved = rows->MoveFirst();
     while (moved && !rows->Eof()) {
         moved = rows->MoveNext();
@@ -163,37 +186,31 @@ jet::Result<std::vector<FieldDef>> checkCalibrationFile(const path& file)
 
 jet::Result<path> renewFormat(jet::Database& database, const path& file)
 {
-    auto fresh = file;
-    fresh.replace_filename(file.stem().concat(".new").concat(file.extension().native()));
-    std::error_code error;
-    std::filesystem::remove(fresh, error); // left by an earlier run that was cut off
-    if (auto done = writeAnew(database, file, fresh); !done) return done.failure();
-    if (auto done = database.Close(); !done) return done.failure();
-    auto kept = keepAside(file, "older");
-    if (!kept) return kept;
-    std::filesystem::rename(fresh, file, error);
-    if (error) return jet::Failure{inWords(file) + " could not be replaced: " + error.message() + "."};
+    const auto make = [&](const path& fresh) { return writeAnew(database, file, fresh); };
+    auto kept = files::replaceFile(file, make, {.keepAs = "older", .lockedByUs = true});
+    // Open until here: its lock keeps other programs from writing what is about to be replaced. It was only read.
+    if (kept) static_cast<void>(static_cast<bool>(database.Close()));
     return kept;
 }
 
 jet::Result<std::string> loadWorkingFile(const path& chosen, const path& working,
-                                         const DirectionRow& direction)
+                                         const DirectionRow& direction, std::time_t now)
 {
     const auto fields = checkCalibrationFile(chosen);
     if (!fields) return fields.failure();
+    const bool readable = static_cast<bool>(checkCalibrationFile(working));
+    auto kept = setCircleAside(working);
+    if (!kept) return kept.failure();
+    const auto mark = readable ? files::dateMark(now) : std::string(kUnreadable);
+    const auto copied = files::replaceByCopy(chosen, working, {.keepAs = mark});
+    if (!copied) return copied.failure();
+    if (kept->empty()) *kept = *copied;
     std::string words = lacking(*fields, direction, chosen);
-    if (isThere(working)) {
-        if (const auto readable = checkCalibrationFile(working); !readable) {
-            const auto kept = keepAside(working, "unreadable");
-            if (!kept) return kept.failure();
-            words +=
-                (words.empty() ? "" : " ") + ("What could not be read is kept as " + inWords(*kept) + ".");
-        } else if (const auto opened = jet::OpenDatabase(working); !opened) {
-            return opened.failure();
-        }
-    }
-    if (auto copied = copyWhole(chosen, working); !copied) return copied.failure();
-    return words;
+    if (kept->empty()) return words;
+    if (words.empty()) words = "Loaded " + files::inWords(chosen) + ".";
+    return words +
+           (readable ? " The points that were there are kept as " : " What could not be read is kept as ") +
+           files::inWords(*kept) + ".";
 }
 
 } // namespace quorvel::calibration

@@ -3,6 +3,7 @@
 #include "calibration/direction.h"
 #include "jet/database.h"
 
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -29,6 +30,10 @@ jet::Status CreateCalibrationDatabase(const std::filesystem::path& path);
 jet::Result<std::vector<jet::FieldDef>> calibrationFields(const jet::Database& database,
                                                           const std::filesystem::path& path);
 
+/// Opens the points of a calibration file in the order of their numbers. Fails when the table cannot be read or holds more
+/// rows than SN can number.
+jet::Result<jet::Recordset> openPoints(jet::Database& database, const std::filesystem::path& path);
+
 /// Reads a calibration file through, without changing it. @return its columns, or why it is no calibration file.
 jet::Result<std::vector<jet::FieldDef>> checkCalibrationFile(const std::filesystem::path& path);
 
@@ -37,10 +42,12 @@ jet::Result<std::vector<jet::FieldDef>> checkCalibrationFile(const std::filesyst
 /// @return the name under which the older file is kept.
 jet::Result<std::filesystem::path> renewFormat(jet::Database& database, const std::filesystem::path& path);
 
-/// Copies `chosen` over the working file of a direction in one step. A working file that cannot be read is kept beside
-/// it first.
-/// @return words for the operator, empty when all is as expected; or why the working file was left alone.
+/// Copies `chosen` over the working file of a direction in one step. What it replaces is kept beside it, under the day of
+/// `now` or, when it cannot be read, as "unreadable".
+/// @return words for the operator, which name the copy; empty when there was nothing to keep and all is as expected. Or
+///         why the working file was left alone.
 jet::Result<std::string> loadWorkingFile(const std::filesystem::path& chosen,
-                                         const std::filesystem::path& working, const DirectionRow& direction);
+                                         const std::filesystem::path& working, const DirectionRow& direction,
+                                         std::time_t now = std::time(nullptr));
 
 } // namespace quorvel::calibration

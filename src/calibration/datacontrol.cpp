@@ -1,7 +1,7 @@
 #include "calibration/datacontrol.h"
 
 #include "calibration/database.h"
-#include "calibration/filecopy.h"
+#include "files/name.h"
 
 #include <QFileInfo>
 
@@ -34,10 +34,14 @@ jet::Status DataControl::open()
     database_ = std::move(*opened);
     auto fields = calibrationFields(*database_, databaseName_);
     if (!fields) return fields.failure();
-    auto rows = database_->OpenRecordset(kRecordSource);
+    auto rows = openPoints(*database_, databaseName_);
     if (!rows) return rows.failure();
     fields_ = std::move(*fields);
     recordset_ = std::move(*rows);
+    // What is left of a damaged table would be written as the whole.
+    if (const auto complete = recordset_->Complete(); !complete && readOnlyBecause_.empty()) {
+        readOnlyBecause_ = complete.error();
+    }
     // A table that only cannot be written as it is will be written anew.
     const auto updatable = recordset_->Updatable();
     if (readOnlyBecause_.empty() && !updatable && !QFileInfo(databaseName_).isWritable()) {
@@ -82,7 +86,7 @@ const jet::Value& DataControl::value(int row, int column) const
 
 jet::Status DataControl::prepareWriting()
 {
-    if (!recordset_) return jet::Failure{inWords(databaseName_) + " is not open."};
+    if (!recordset_) return jet::Failure{files::inWords(databaseName_) + " is not open."};
     if (!readOnlyBecause_.empty()) return jet::Failure{readOnlyBecause_};
     if (recordset_->Updatable()) return {};
     recordset_.reset();

@@ -1,13 +1,14 @@
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "ctl/exchanges.h"
+#include "files/replace.h"
 #include "link/bytes.h"
 #include "protocol/answer.h"
 #include "protocol/snapshot.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 #include <CLI/CLI.hpp>
 
@@ -90,12 +91,9 @@ void save(Console& console, const FileOptions& options)
         console.tell(QStringLiteral("Nothing was saved."));
         return;
     }
-    QSaveFile file(path);
-    const auto text = QJsonDocument(inFile(console, values)).toJson();
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit()) {
-        console.fail(kNotAnswered, QStringLiteral("%1 cannot be written: %2.").arg(path, file.errorString()));
-        return;
-    }
+    const auto text = QJsonDocument(inFile(console, values)).toJson().toStdString();
+    if (const auto written = files::replaceContent(QFileInfo(path).filesystemFilePath(), text); !written)
+        return console.fail(kNotAnswered, QString::fromStdString(written.error()));
     console.answer(path, {{"saved", path}, {"settings", values.size()}});
 }
 

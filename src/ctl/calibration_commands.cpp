@@ -1,12 +1,13 @@
 #include "calibration/database.h"
 #include "calibration/datacontrol.h"
-#include "calibration/filecopy.h"
 #include "calibration/fit.h"
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "ctl/exchanges.h"
+#include "files/name.h"
 #include "link/bytes.h"
 #include "link/program_folder.h"
+#include "protocol/answer.h"
 #include "protocol/measurement.h"
 #include "protocol/stitching.h"
 #include "text/number.h"
@@ -125,7 +126,7 @@ void Calibrating::measurePoint()
         console_.fail(kWrongUsage, QStringLiteral("--dial takes a number."));
         return;
     }
-    if (!isThere(data_.DatabaseName())) {
+    if (!files::isThere(data_.DatabaseName())) {
         const auto created = CreateCalibrationDatabase(data_.DatabaseName());
         if (!created) return console_.fail(kNotAnswered, words(created.error()));
     }
@@ -169,7 +170,9 @@ void Calibrating::download(const ReadingColumn& reading, const Points& points)
     if (!console_.module1().port().PortOpen()) return;
     const auto& row = tableOf(reading.sensor);
     const int awaited = echoLength(reading.sensor);
-    if (static_cast<int>(exchange.reply.size()) != awaited) {
+    if (exchange.outcome == link::Outcome::Refused) {
+        console_.fail(kNotAnswered, whyFailed(exchange));
+    } else if (static_cast<int>(exchange.reply.size()) != awaited) {
         console_.fail(kNotAnswered, QStringLiteral("%1: no complete echo, %2 characters came instead of %3.")
                                         .arg(shown(reading.name))
                                         .arg(exchange.reply.size())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "line/health.h"
+#include "line/trace.h"
 #include "link/bench.h"
 #include "link/clock.h"
 #include "link/module1.h"
@@ -24,6 +26,9 @@ struct CommonOptions {
     std::string address;    ///< 1..249, decimal
     std::string type = "A"; ///< A, B, C or D
     bool json = false;
+    bool readOnly = false; ///< nothing that changes a readout is sent
+    bool stats = false;    ///< prints the health of the line at the end
+    std::string trace;     ///< file that the traffic is appended to; empty: none
 };
 
 /// What every subcommand works with: the options, the link, the way to answer.
@@ -47,6 +52,9 @@ public:
     /// The checked --address.
     int address() const;
 
+    /// Ends the work: prints the health of the line if it was asked for.
+    void finish() const;
+
     /// A message for the user, on stderr.
     void tell(const QString& words) const;
     /// tell(), and sets the exit status.
@@ -57,6 +65,7 @@ public:
     void answer(const QString& text, const QJsonObject& object) const;
 
 private:
+    bool openTrace();
     void endProgress() const;
 
     mutable bool progressShown_ = false; ///< of stderr: a progress line is not ended
@@ -64,6 +73,8 @@ private:
     link::SystemClock clock_;
     std::unique_ptr<link::PortList> ports_;
     std::unique_ptr<link::MSComm> mscomm1_;
+    line::Trace trace_;
+    line::Health health_;
     std::unique_ptr<link::Module1> module1_;
 };
 

@@ -2,10 +2,12 @@
 
 #include "jet/database.h"
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <memory>
+#include <system_error>
 
 namespace quorvel::ctl {
 
@@ -76,14 +78,14 @@ std::string csvRow(jet::Recordset& rows, bool names)
 }
 
 /// Printed rows reach stdout in large pieces: a line at a time is slow through a pipe. Rows that cannot be read are
-/// left out and counted.
+/// left out and counted. Ends early when the output cannot be written.
 jet::Status printRows(jet::Recordset& rows, bool json)
 {
     std::cout << (json ? "[" : csvRow(rows, true) + "\n");
     const char* between = "\n";
     int unread = 0;
     jet::Status last;
-    for (auto read = rows.MoveFirst(); !rows.Eof(); read = rows.MoveNext()) {
+    for (auto read = rows.MoveFirst(); !rows.Eof() && std::cout; read = rows.MoveNext()) {
         if (!read) {
             ++unread;
             last = read;
@@ -117,6 +119,14 @@ void printTables(const std::vector<jet::TableInfo>& tables, bool json)
     if (json) std::cout << "\n]\n";
 }
 
+/// Writes what is left of the output. @return why it could not be written, empty when it was.
+std::string unwritten()
+{
+    // Of an output that failed earlier the reason is still the last error: nothing was read since.
+    if (std::cout.flush()) return {};
+    return "The output could not be written: " + std::generic_category().message(errno) + ".";
+}
+
 jet::Status answer(const MdbRequest& request)
 {
     const std::u8string file(request.file.begin(), request.file.end());
@@ -130,7 +140,8 @@ jet::Status answer(const MdbRequest& request)
     }
     auto rows = database->OpenRecordset(request.table);
     if (!rows) return rows.failure();
-    return printRows(*rows, request.json);
+    const auto printed = printRows(*rows, request.json);
+    return printed ? rows->Complete() : printed;
 }
 
 } // namespace
@@ -145,9 +156,9 @@ void addMdbCommand(CLI::App& app, int& exitStatus)
     command->add_flag("--json", request->json, "Print JSON instead of CSV");
     command->callback([request, &exitStatus] {
         const auto done = answer(*request);
-        std::cout.flush();
-        if (done) return;
-        std::cerr << done.error() << '\n';
+        const auto lost = unwritten();
+        if (done && lost.empty()) return;
+        std::cerr << (lost.empty() ? done.error() : lost) << '\n';
         exitStatus = 1;
     });
 }

@@ -236,7 +236,7 @@ void address(Console& console, const Arguments& given)
     change.drains = true;
     if (const auto exchange = console.module1().transact(change);
         !link::confirms(exchange.transaction, exchange.reply)) {
-        console.fail(kNotAnswered, kAddressNotChanged);
+        failed(console, kAddressNotChanged, exchange);
         return;
     }
     console.tell(kAddressChanged);

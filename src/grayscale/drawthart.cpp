@@ -1,7 +1,10 @@
 #include "grayscale/drawthart.h"
 
+#include "files/replace.h"
+
+#include <QBuffer>
+#include <QFileInfo>
 #include <QImageWriter>
-#include <QSaveFile>
 
 #include <algorithm>
 
@@ -63,19 +66,16 @@ void drawThart(TChart& chart, const PixelArray& array, std::string_view directio
 
 QString saveChart(TChart& chart, const QString& path, const char* format)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        return TChart::tr("The picture %1 cannot be written: %2.").arg(path, file.errorString());
-    }
-    QImageWriter writer(&file, format);
+    QBuffer picture;
+    QImageWriter writer(&picture, format);
     if (writer.format() == "jpeg") writer.setQuality(kPictureQuality);
-    if (!writer.write(chart.picture())) {
+    if (!picture.open(QIODevice::WriteOnly) || !writer.write(chart.picture())) {
         return TChart::tr("The picture %1 cannot be written: %2.").arg(path, writer.errorString());
     }
-    if (!file.commit()) {
-        return TChart::tr("The picture %1 cannot be written: %2.").arg(path, file.errorString());
-    }
-    return {};
+    const auto& bytes = picture.data();
+    const auto written = files::replaceContent(QFileInfo(path).filesystemFilePath(),
+                                               {bytes.constData(), static_cast<std::size_t>(bytes.size())});
+    return written ? QString() : QString::fromStdString(written.error());
 }
 
 } // namespace quorvel::grayscale

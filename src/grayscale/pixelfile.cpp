@@ -1,14 +1,9 @@
 #include "grayscale/pixelfile.h"
 
+#include "files/replace.h"
 #include "jet/database.h"
-#include "jet/replaceable.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
-#include <QSaveFile>
-#include <QTemporaryFile>
-
-#include <system_error>
 
 namespace quorvel::grayscale {
 
@@ -18,27 +13,13 @@ constexpr auto kTable = "data";
 constexpr auto kNumber = "sn";
 constexpr auto kValue = "hd";
 
-QString cannotBeWritten(const QString& path, const QString& why)
+jet::Status saveCsv(const std::filesystem::path& path, const PixelArray& array)
 {
-    return QCoreApplication::translate("PixelFile", "The file %1 cannot be written: %2.").arg(path, why);
-}
-
-/// A link stays one: what it points to is replaced.
-QString targetOf(const QString& path)
-{
-    const QFileInfo there(path);
-    return there.exists() ? there.canonicalFilePath() : path;
-}
-
-QString saveCsv(const QString& path, const PixelArray& array)
-{
-    QSaveFile file(targetOf(path));
-    if (!file.open(QIODevice::WriteOnly)) return cannotBeWritten(path, file.errorString());
-    file.write(QByteArray(kNumber) + ',' + kValue + '\n');
+    QByteArray table = QByteArray(kNumber) + ',' + kValue + '\n';
     for (int pixel = 1; pixel <= array.count(); ++pixel) {
-        file.write(QByteArray::number(pixel) + ',' + QByteArray::number(array[pixel]) + '\n');
+        table += QByteArray::number(pixel) + ',' + QByteArray::number(array[pixel]) + '\n';
     }
-    return file.commit() ? QString() : cannotBeWritten(path, file.errorString());
+    return files::replaceContent(path, {table.constData(), static_cast<std::size_t>(table.size())});
 }
 
 jet::Status addRows(jet::Database& database, const PixelArray& array)
@@ -66,57 +47,26 @@ jet::Status makeDatabase(const std::filesystem::path& path, const PixelArray& ar
     return made->Close();
 }
 
-/// A name in the same folder that is free.
-QString freeName(const QString& path)
+jet::Status saveDatabase(const std::filesystem::path& path, const PixelArray& array)
 {
-    QString name = path + QStringLiteral(".new");
-    for (int i = 2; QFileInfo::exists(name); ++i) {
-        name = path + QStringLiteral(".new%1").arg(i);
-    }
-    return name;
-}
-
-/// The reason for `path`, the name that was chosen, whatever file it was about.
-QString reasonOf(const jet::Status& done, const QString& file, const QString& path)
-{
-    return done ? QString() : QString::fromStdString(done.error()).replace(file, path);
-}
-
-QString saveDatabase(const QString& path, const PixelArray& array)
-{
-    const QFileInfo target(targetOf(path));
-    const auto name = target.exists() ? freeName(target.filePath()) : path;
-    const auto file = QFileInfo(name).filesystemFilePath();
-    if (const auto done = makeDatabase(file, array); !done) return reasonOf(done, name, path);
-    if (name == path) return {};
-    std::error_code error;
-    std::filesystem::rename(file, target.filesystemFilePath(), error);
-    if (!error) return {};
-    std::error_code ignored;
-    std::filesystem::remove(file, ignored);
-    return cannotBeWritten(path, QString::fromStdString(error.message()));
+    const auto replaced = files::replaceFile(
+        path, [&](const std::filesystem::path& fresh) { return makeDatabase(fresh, array); });
+    return replaced ? jet::Status() : jet::Status(replaced.failure());
 }
 
 bool isCsvName(const QString& path) { return path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive); }
 
+std::filesystem::path fileOf(const QString& path) { return QFileInfo(path).filesystemFilePath(); }
+
+QString reasonOf(const jet::Status& done) { return done ? QString() : QString::fromStdString(done.error()); }
+
 } // namespace
 
-QString whyNotWritable(const QString& path)
-{
-    const QFileInfo target(targetOf(path));
-    const auto may = jet::replaceable(target.filesystemFilePath());
-    if (!may) return reasonOf(may, target.filePath(), path);
-    if (target.exists() && !target.isWritable()) {
-        return cannotBeWritten(path, QCoreApplication::translate("PixelFile", "it is write-protected"));
-    }
-    QTemporaryFile trial(target.filePath() + QStringLiteral(".XXXXXX"));
-    return trial.open() ? QString() : cannotBeWritten(path, trial.errorString());
-}
+QString whyNotWritable(const QString& path) { return reasonOf(files::mayReplace(fileOf(path))); }
 
 QString savePixels(const QString& path, const PixelArray& array)
 {
-    if (auto reason = whyNotWritable(path); !reason.isEmpty()) return reason;
-    return isCsvName(path) ? saveCsv(path, array) : saveDatabase(path, array);
+    return reasonOf(isCsvName(path) ? saveCsv(fileOf(path), array) : saveDatabase(fileOf(path), array));
 }
 
 } // namespace quorvel::grayscale

@@ -1,5 +1,6 @@
 #include "jet/database.h"
 
+#include "jet/border.h"
 #include "jet/query.h"
 #include "jet/recordset_rows.h"
 #include "jet/store.h"
@@ -22,9 +23,17 @@ Database::~Database()
     if (store_) store_->abandon();
 }
 
-Status Database::Append(const TableDef& table) { return store_->append(table); }
+Status Database::Append(const TableDef& table)
+{
+    return atBorder(store_->path(), [&] { return store_->append(table); });
+}
 
 Result<Recordset> Database::OpenRecordset(std::string_view source)
+{
+    return atBorder(store_->path(), [&] { return rowsOf(source); });
+}
+
+Result<Recordset> Database::rowsOf(std::string_view source)
 {
     if (auto ready = store_->ready(); !ready) return ready.failure();
     Query query{std::string(bareName(source)), {}};
@@ -42,36 +51,43 @@ Result<Recordset> Database::OpenRecordset(std::string_view source)
 
 Result<std::vector<TableInfo>> Database::Tables() const
 {
-    if (auto ready = store_->ready(); !ready) return ready.failure();
-    return store_->tables();
+    return atBorder(store_->path(), [&]() -> Result<std::vector<TableInfo>> {
+        if (auto ready = store_->ready(); !ready) return ready.failure();
+        return store_->tables();
+    });
 }
 
 Result<std::vector<FieldDef>> Database::Fields(std::string_view table) const
 {
-    const auto opened = store_->table(bareName(table));
-    if (!opened) return opened.failure();
-    std::vector<FieldDef> fields;
-    for (const auto& column : (*opened)->table->definition().columns) {
-        fields.push_back({column.name, fieldType(column)});
-    }
-    return fields;
+    return atBorder(store_->path(), [&]() -> Result<std::vector<FieldDef>> {
+        const auto opened = store_->table(bareName(table));
+        if (!opened) return opened.failure();
+        std::vector<FieldDef> fields;
+        for (const auto& column : (*opened)->table->definition().columns) {
+            fields.push_back({column.name, fieldType(column)});
+        }
+        return fields;
+    });
 }
 
-Status Database::Close() { return store_->close(); }
+Status Database::Close()
+{
+    return atBorder(store_->path(), [&] { return store_->close(); });
+}
 
 Result<Database> CreateDatabase(const std::filesystem::path& path, std::string_view locale, Files* files)
 {
     if (locale != kGeneralLocale) {
         return Failure{"A database is created with the locale \"" + std::string(kGeneralLocale) + "\" only."};
     }
-    auto store = Store::create(path, files != nullptr ? *files : diskFiles());
+    auto store = atBorder(path, [&] { return Store::create(path, files != nullptr ? *files : diskFiles()); });
     if (!store) return store.failure();
     return Database(std::move(*store));
 }
 
 Result<Database> OpenDatabase(const std::filesystem::path& path, OpenOptions options)
 {
-    auto store = Store::open(path, options);
+    auto store = atBorder(path, [&] { return Store::open(path, options); });
     if (!store) return store.failure();
     return Database(std::move(*store));
 }
@@ -79,7 +95,7 @@ Result<Database> OpenDatabase(const std::filesystem::path& path, OpenOptions opt
 Result<Database> openDatabaseOn(std::unique_ptr<File> file, const std::filesystem::path& path,
                                 OpenOptions options)
 {
-    auto store = Store::openFile(std::move(file), path, options, "");
+    auto store = atBorder(path, [&] { return Store::openFile(std::move(file), path, options, ""); });
     if (!store) return store.failure();
     return Database(std::move(*store));
 }

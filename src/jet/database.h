@@ -131,6 +131,7 @@ private:
     friend Result<Database> OpenDatabase(const std::filesystem::path&, OpenOptions);
     friend Result<Database> openDatabaseOn(std::unique_ptr<File>, const std::filesystem::path&, OpenOptions);
     explicit Database(std::shared_ptr<Store> store);
+    Result<Recordset> rowsOf(std::string_view source);
 
     std::shared_ptr<Store> store_;
 };

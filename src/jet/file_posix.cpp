@@ -1,10 +1,13 @@
 #include "jet/file.h"
+
+#include "files/disk.h"
+#include "files/name.h"
 #include "jet/header.h"
-#include "jet/text_coding.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <optional>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -15,6 +18,7 @@ namespace quorvel::jet {
 
 namespace {
 
+constexpr int kAttempts = 5;
 constexpr auto kTryAgainWithSpace = ". Make room or check the disk, then try again.";
 
 std::string systemReason(int code) { return std::error_code(code, std::generic_category()).message(); }
@@ -113,11 +117,12 @@ Status lock(int handle, const char* whenTaken)
 }
 
 /// False when another program has meanwhile put something else under the name that was opened.
-bool stillHasName(int handle, const std::filesystem::path& path)
+/// @param look  ::lstat or, through links, ::stat.
+bool stillHasName(int handle, const std::filesystem::path& path, int (*look)(const char*, struct stat*))
 {
     struct stat opened {};
     struct stat named {};
-    return ::fstat(handle, &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+    return ::fstat(handle, &opened) == 0 && look(path.c_str(), &named) == 0 &&
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
@@ -134,47 +139,51 @@ Status removeLeftOver(const std::filesystem::path& path)
     if (handle < 0) return errno == ENOENT ? Status{} : Status(notCreated(errno));
     PosixFile file(handle);
     if (auto locked = lock(handle, kBeingCreated); !locked) return locked;
-    if (!stillHasName(handle, path)) return Failure{kBeingCreated};
+    if (!stillHasName(handle, path, ::lstat)) return Failure{kBeingCreated};
     if (auto ours = expectLeftOver(file, path); !ours) return ours;
     return ::unlink(path.c_str()) == 0 ? Status{} : Status(notCreated(errno));
 }
 
-// A name in a folder lasts through a power cut only when the folder itself has been flushed.
-void syncFolder(const std::filesystem::path& path)
-{
-    const auto folder = path.parent_path();
-    const int handle = openHandle(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
-    if (handle < 0) return;
-    ::fsync(handle);
-    ::close(handle);
-}
-
 Failure secondNameStays(const std::filesystem::path& name, int code)
 {
-    return Failure{"is whole, but its temporary name \"" + textOf(name.filename()) + "\"" +
+    return Failure{"is whole, but its temporary name \"" + files::inWords(name.filename()) + "\"" +
                    " stays beside it: " + systemReason(code) + ". Delete that name."};
+}
+
+/// Opens a file and, for writing, locks it. @return nothing when it has lost its name meanwhile.
+Result<std::optional<Files::Opened>> openOnce(const std::filesystem::path& path, bool forWriting)
+{
+    // O_NONBLOCK: the name of a pipe must not hang the program.
+    int handle = openHandle(path, (forWriting ? O_RDWR : O_RDONLY) | O_NONBLOCK);
+    Files::Opened opened;
+    if (handle < 0 && forWriting && isRefusal(errno)) {
+        opened.readOnlyBecause =
+            "may only be read: " + systemReason(errno) + ". Change its permissions or use a copy.";
+        handle = openHandle(path, O_RDONLY | O_NONBLOCK);
+    }
+    if (handle < 0) return Failure{"could not be opened: " + systemReason(errno) + "."};
+    opened.file = std::make_unique<PosixFile>(handle);
+    struct stat about {};
+    if (::fstat(handle, &about) != 0 || !S_ISREG(about.st_mode)) return Failure{"is not a file."};
+    if (forWriting && opened.readOnlyBecause.empty()) {
+        if (auto locked = lock(handle, kUsedElsewhere); !locked) return locked.failure();
+        if (!stillHasName(handle, path, ::stat)) return std::optional<Files::Opened>();
+    }
+    return std::optional(std::move(opened));
 }
 
 class PosixFiles : public Files {
 public:
     Result<Opened> open(const std::filesystem::path& path, bool forWriting) override
     {
-        // O_NONBLOCK: the name of a pipe must not hang the program.
-        int handle = openHandle(path, (forWriting ? O_RDWR : O_RDONLY) | O_NONBLOCK);
-        Opened opened;
-        if (handle < 0 && forWriting && isRefusal(errno)) {
-            opened.readOnlyBecause =
-                "may only be read: " + systemReason(errno) + ". Change its permissions or use a copy.";
-            handle = openHandle(path, O_RDONLY | O_NONBLOCK);
+        // Whoever replaces a file holds its lock until the new one has the name: the file that was opened just before
+        // may have lost it.
+        for (int attempt = 0; attempt < kAttempts; ++attempt) {
+            auto opened = openOnce(path, forWriting);
+            if (!opened) return opened.failure();
+            if (*opened) return std::move(**opened);
         }
-        if (handle < 0) return Failure{"could not be opened: " + systemReason(errno) + "."};
-        opened.file = std::make_unique<PosixFile>(handle);
-        struct stat about {};
-        if (::fstat(handle, &about) != 0 || !S_ISREG(about.st_mode)) return Failure{"is not a file."};
-        if (forWriting && opened.readOnlyBecause.empty()) {
-            if (auto locked = lock(handle, kUsedElsewhere); !locked) return locked.failure();
-        }
-        return opened;
+        return Failure{kUsedElsewhere};
     }
 
     Result<std::unique_ptr<File>> create(const std::filesystem::path& path) override
@@ -184,7 +193,7 @@ public:
         if (handle < 0) return errno == EEXIST ? Failure{kBeingCreated} : notCreated(errno);
         std::unique_ptr<File> file = std::make_unique<PosixFile>(handle);
         if (auto locked = lock(handle, kBeingCreated); !locked) return locked.failure();
-        if (!stillHasName(handle, path)) return Failure{kBeingCreated};
+        if (!stillHasName(handle, path, ::lstat)) return Failure{kBeingCreated};
         return file;
     }
 
@@ -199,30 +208,15 @@ public:
         } else if (::rename(from.c_str(), to.c_str()) != 0) {
             return Failure{"could not be given its name: " + systemReason(errno) + "."};
         }
-        syncFolder(to);
+        files::flushFolderOf(to);
         return {};
     }
 
-    bool exists(const std::filesystem::path& path) override
-    {
-        struct stat about {};
-        return ::lstat(path.c_str(), &about) == 0;
-    }
+    bool exists(const std::filesystem::path& path) override { return files::isThere(path); }
 
     void remove(const std::filesystem::path& path) override { ::unlink(path.c_str()); }
 
-    bool lockedByOthers(const std::filesystem::path& path) override
-    {
-        const int handle = openHandle(path, O_RDONLY | O_NONBLOCK);
-        if (handle < 0) return false;
-        struct flock lock {};
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        const bool asked = ::fcntl(handle, F_GETLK, &lock) == 0;
-        const bool whole = ::flock(handle, LOCK_EX | LOCK_NB) != 0;
-        ::close(handle);
-        return whole || (asked && lock.l_type != F_UNLCK);
-    }
+    bool lockedByOthers(const std::filesystem::path& path) override { return files::lockedByOthers(path); }
 };
 
 } // namespace

@@ -1,4 +1,7 @@
 #include "jet/file.h"
+
+#include "files/disk.h"
+#include "files/name.h"
 #include "jet/header.h"
 
 #include <string>
@@ -105,7 +108,9 @@ public:
         const DWORD readShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
         HANDLE handle = INVALID_HANDLE_VALUE;
         if (forWriting) {
-            handle = openHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING);
+            // Shared for deletion, so that a new file can take its place while it is held.
+            handle = openHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                                OPEN_EXISTING);
             const DWORD code = handle == INVALID_HANDLE_VALUE ? ::GetLastError() : ERROR_SUCCESS;
             if (code == ERROR_SHARING_VIOLATION) {
                 return Failure{"is used by another program. Close it there and try again."};
@@ -149,21 +154,11 @@ public:
         return Failure{"could not be given its name: " + systemReason(code) + "."};
     }
 
-    bool exists(const std::filesystem::path& path) override
-    {
-        return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-    }
+    bool exists(const std::filesystem::path& path) override { return files::isThere(path); }
 
     void remove(const std::filesystem::path& path) override { ::DeleteFileW(path.c_str()); }
 
-    bool lockedByOthers(const std::filesystem::path& path) override
-    {
-        if (!exists(path)) return false;
-        HANDLE handle = openHandle(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING);
-        if (handle == INVALID_HANDLE_VALUE) return ::GetLastError() == ERROR_SHARING_VIOLATION;
-        ::CloseHandle(handle);
-        return false;
-    }
+    bool lockedByOthers(const std::filesystem::path& path) override { return files::lockedByOthers(path); }
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "jet/header.h"
 
+#include "files/name.h"
 #include "jet/text_coding.h"
 
 #include <algorithm>
@@ -103,7 +104,7 @@ Status expectLeftOver(File& file, const std::filesystem::path& path)
     ByteVector start(std::min<std::uint64_t>(*size, kMarkBytes));
     if (auto got = file.readPage(0, start); !got) return got.failure();
     if (hasMark(start)) return {};
-    return Failure{"could not be created: another file is named \"" + textOf(path.filename()) +
+    return Failure{"could not be created: another file is named \"" + files::inWords(path.filename()) +
                    "\". Rename that file."};
 }
 

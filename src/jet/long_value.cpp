@@ -2,6 +2,8 @@
 
 #include "jet/data_page.h"
 
+#include <algorithm>
+
 namespace quorvel::jet {
 
 namespace {
@@ -19,6 +21,13 @@ Failure damagedLongValue()
         "copy."};
 }
 
+Failure tooLongToRead()
+{
+    return Failure{
+        "holds texts of more than 1 MB in a field or 2 MB in a row, which are not read. Shorten them "
+        "in Access."};
+}
+
 Result<ByteVector> pieceAt(Pager& pager, std::uint32_t pointer)
 {
     const auto bytes = pager.read(pointerPage(pointer));
@@ -34,10 +43,11 @@ Result<ByteVector> pieceAt(Pager& pager, std::uint32_t pointer)
 
 } // namespace
 
-Result<ByteVector> readLongValue(Pager& pager, Bytes field)
+Result<ByteVector> readLongValue(Pager& pager, Bytes field, std::size_t most)
 {
     if (field.size() < kFieldBytes) return damagedLongValue();
     const std::size_t length = get32(field, 0) & kLengthBits;
+    if (length > std::min(most, kMostLongValue)) return tooLongToRead();
     std::uint32_t pointer = get32(field, 4);
     ByteVector value;
     if ((get32(field, 0) & kInRow) != 0) {
@@ -46,6 +56,7 @@ Result<ByteVector> readLongValue(Pager& pager, Bytes field)
         return value;
     }
     const bool chained = (get32(field, 0) & kOnePiece) == 0;
+    value.reserve(length);
     // A sound chain has at most one piece per page of the file.
     for (std::uint32_t hops = 0; value.size() < length && pointer != 0; ++hops) {
         if (hops > pager.pages()) return damagedLongValue();

@@ -1,5 +1,6 @@
 #include "jet/recordset.h"
 
+#include "jet/border.h"
 #include "jet/recordset_rows.h"
 
 namespace quorvel::jet {
@@ -31,17 +32,27 @@ Recordset::~Recordset() = default;
 
 bool Recordset::Eof() const { return rows_->eof(); }
 
-Status Recordset::MoveFirst() { return rows_->moveTo(0); }
+Status Recordset::MoveFirst()
+{
+    return atBorder(rows_->path(), [&] { return rows_->moveTo(0); });
+}
 
-Status Recordset::MoveLast() { return rows_->moveTo(rows_->count() == 0 ? 0 : rows_->count() - 1); }
+Status Recordset::MoveLast()
+{
+    const auto last = rows_->count() == 0 ? 0 : rows_->count() - 1;
+    return atBorder(rows_->path(), [&] { return rows_->moveTo(last); });
+}
 
 Status Recordset::MoveNext()
 {
     // After a deletion the next row has moved to the place of the deleted one.
-    return rows_->moveTo(rows_->position() + (rows_->onDeleted() ? 0 : 1));
+    const auto next = rows_->position() + (rows_->onDeleted() ? 0 : 1);
+    return atBorder(rows_->path(), [&] { return rows_->moveTo(next); });
 }
 
 int Recordset::RecordCount() const { return static_cast<int>(rows_->count()); }
+
+Status Recordset::Complete() const { return rows_->complete(); }
 
 Field Recordset::Fields(std::string_view name)
 {
@@ -62,15 +73,24 @@ void Recordset::AddNew() { rows_->begin(true); }
 
 void Recordset::Edit() { rows_->begin(false); }
 
-Status Recordset::Update() { return rows_->update(); }
+Status Recordset::Update()
+{
+    return atBorder(rows_->path(), [&] { return rows_->update(); });
+}
 
-Status Recordset::Delete() { return rows_->erase(); }
+Status Recordset::Delete()
+{
+    return atBorder(rows_->path(), [&] { return rows_->erase(); });
+}
 
 RowBookmark Recordset::LastModified() const { return {rows_->lastModified()}; }
 
 RowBookmark Recordset::Bookmark() const { return {rows_->row()}; }
 
-Status Recordset::SetBookmark(RowBookmark bookmark) { return rows_->moveToRow(bookmark.row); }
+Status Recordset::SetBookmark(RowBookmark bookmark)
+{
+    return atBorder(rows_->path(), [&] { return rows_->moveToRow(bookmark.row); });
+}
 
 void Recordset::Close() { rows_->end(); }
 

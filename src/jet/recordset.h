@@ -14,6 +14,9 @@ namespace quorvel::jet {
 class Recordset;
 class RecordsetRows;
 
+/// Ends the reason of Recordset::Update() when the disk failed at a moment at which it may have taken the new row.
+inline constexpr auto kRowMayBeThere = "One more row may be in the file: look before you add it again.";
+
 /// Names one row of a recordset; good as long as the recordset is open and the row not deleted.
 struct RowBookmark {
     std::uint32_t row = 0; ///< 0: no row
@@ -69,6 +72,10 @@ public:
 
     /// Number of rows, those added through this recordset included and those deleted through it not.
     int RecordCount() const;
+
+    /// Success when the recordset had all rows of its table as it was opened. Fails when the table counts more rows
+    /// than were found: pages are damaged, and what is shown is not the whole.
+    Status Complete() const;
 
     /// Fields by name (case does not matter) or by position, counted from 0.
     Field Fields(std::string_view name);

@@ -1,48 +1,17 @@
 #include "jet/recordset_rows.h"
 
+#include "jet/border.h"
 #include "jet/convert.h"
-#include "jet/text_coding.h"
+#include "jet/row_order.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace quorvel::jet {
 
 namespace {
 
-/// Where a value stands in an order: Null first, then numbers and moments by size, then by its letters what is text or
-/// no finite number.
-struct SortKey {
-    int rank = 0;
-    double number = 0;
-    std::string text;
-};
-
-std::string lowered(std::string text)
-{
-    for (char& letter : text) {
-        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter + ('a' - 'A'));
-    }
-    return text;
-}
-
-SortKey sortKey(const Value& value)
-{
-    if (value.isNull()) return {};
-    const auto date = value.date();
-    const double number = date ? date->serial : value.number().value_or(NAN);
-    if (!std::isfinite(number)) return {2, 0, lowered(value.text())};
-    // A serial before 1899-12-30 counts its time of day forward, away from zero.
-    const double whole = std::trunc(number);
-    return {1, date && number < 0 ? whole + (whole - number) : number, {}};
-}
-
-int compare(const SortKey& a, const SortKey& b)
-{
-    if (a.rank != b.rank) return a.rank < b.rank ? -1 : 1;
-    if (a.number != b.number) return a.number < b.number ? -1 : 1;
-    return a.text.compare(b.text);
-}
+// Beside the length of the file, for the texts that rows are sorted by.
+constexpr std::size_t kSpareText = 8U << 20U;
 
 const Value kNothing{};
 
@@ -55,6 +24,9 @@ Result<std::unique_ptr<RecordsetRows>> RecordsetRows::open(std::shared_ptr<Store
     auto all = table.table->rows();
     if (!all) return rows->store_->named(all.error());
     rows->rows_ = std::move(*all);
+    if (auto complete = table.table->complete(rows->rows_.size()); !complete) {
+        rows->complete_ = rows->store_->named(complete.error());
+    }
     rows->current_.resize(rows->columns().size());
     if (auto sorted = rows->sort(query.order); !sorted) return sorted.failure();
     return rows;
@@ -70,27 +42,22 @@ Status RecordsetRows::sort(const std::vector<Query::Order>& order)
         columns.push_back(static_cast<std::size_t>(column));
     }
     if (order.empty()) return {};
-    struct Keyed {
-        std::vector<SortKey> keys;
-        std::uint32_t row;
-    };
-    std::vector<Keyed> keyed;
+    std::vector<bool> descending;
+    descending.reserve(order.size());
+    for (const auto& by : order)
+        descending.push_back(by.descending);
+    RowOrder keys(std::move(descending), rows_.size(), table_->table->fileBytes() + kSpareText);
     for (const std::uint32_t row : rows_) {
-        // A row that cannot be read stands first; moving to it says so.
-        static_cast<void>(static_cast<bool>(table_->table->read(row, current_)));
-        Keyed entry{{}, row};
-        for (const std::size_t column : columns)
-            entry.keys.push_back(sortKey(current_[column]));
-        keyed.push_back(std::move(entry));
-    }
-    std::stable_sort(keyed.begin(), keyed.end(), [&order](const Keyed& a, const Keyed& b) {
-        for (std::size_t i = 0; i < order.size(); ++i) {
-            const int sign = compare(a.keys[i], b.keys[i]);
-            if (sign != 0) return order[i].descending ? sign > 0 : sign < 0;
+        // A row that cannot be read comes first; moving to it says so.
+        static_cast<void>(static_cast<bool>(table_->table->read(row, current_, columns)));
+        for (const std::size_t column : columns) {
+            if (!keys.add(current_[column]))
+                return store_->named("has too many long texts to be sorted by them. Choose another column.");
         }
-        return false;
-    });
-    std::transform(keyed.begin(), keyed.end(), rows_.begin(), [](const Keyed& entry) { return entry.row; });
+    }
+    auto sorted = keys.sorted();
+    std::transform(sorted.begin(), sorted.end(), sorted.begin(), [this](auto at) { return rows_[at]; });
+    rows_ = std::move(sorted);
     return {};
 }
 
@@ -126,6 +93,11 @@ const Value& RecordsetRows::value(int column) const
 
 void RecordsetRows::setValue(int column, const Value& value)
 {
+    orFault([&] { setDraft(column, value); });
+}
+
+void RecordsetRows::setDraft(int column, const Value& value)
+{
     if (draftFault_) return;
     if (writing_ == Writing::Nothing) {
         draftFault_ = Failure{"has no row being written: call AddNew or Edit first."};
@@ -150,8 +122,20 @@ void RecordsetRows::begin(bool adding)
     cancel();
     if (!usable() || (!adding && (row() == 0 || unread_))) return;
     writing_ = adding ? Writing::Adding : Writing::Editing;
-    draft_ = current_;
-    if (adding) draft_.assign(current_.size(), Value());
+    orFault([&] {
+        draft_ = current_;
+        if (adding) draft_.assign(current_.size(), Value());
+    });
+}
+
+/// Memory that runs out while a row is prepared is reported by update().
+void RecordsetRows::orFault(const std::function<void()>& step)
+{
+    const auto done = atBorder(store_->path(), [&]() -> Status {
+        step();
+        return {};
+    });
+    if (!done) draftFault_ = Failure{"needs more memory than there is. Close other programs and try again."};
 }
 
 void RecordsetRows::cancel()

@@ -4,6 +4,7 @@
 #include "jet/recordset.h"
 #include "jet/store.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -17,6 +18,7 @@ public:
     static Result<std::unique_ptr<RecordsetRows>> open(std::shared_ptr<Store> store, Store::OpenTable& table,
                                                        const Query& query);
 
+    const std::filesystem::path& path() const { return store_->path(); }
     bool usable() const { return !ended_ && !store_->closed(); }
     bool eof() const { return !usable() || at_ >= rows_.size(); }
     std::size_t count() const { return usable() ? rows_.size() : 0; }
@@ -24,6 +26,8 @@ public:
     std::uint32_t row() const { return eof() || onDeleted_ ? 0 : rows_[at_]; }
     bool onDeleted() const { return onDeleted_; }
     std::uint32_t lastModified() const { return lastModified_; }
+
+    const Status& complete() const { return complete_; }
 
     Status moveTo(std::size_t position);
     Status moveToRow(std::uint32_t row);
@@ -46,6 +50,8 @@ private:
         : store_(std::move(store)), table_(&table)
     {}
 
+    void orFault(const std::function<void()>& step);
+    void setDraft(int column, const Value& value);
     void cancel();
     Status sort(const std::vector<Query::Order>& order);
     Status add();
@@ -54,6 +60,7 @@ private:
     std::shared_ptr<Store> store_;
     Store::OpenTable* table_; ///< lives as long as the store is not closed
     std::vector<std::uint32_t> rows_;
+    Status complete_; ///< why rows are missing
     std::size_t at_ = 0;
     bool onDeleted_ = false; ///< the row at the position was deleted; at_ is where the next one stands
     bool unread_ = false;    ///< the current row could not be read: it must not be written either

@@ -65,10 +65,11 @@ Result<RowParts> takeApart(Bytes row, const Definition& definition, const Layout
     if (row.size() < layout.countSize) return damagedRow();
     parts.columns = layout.countSize == 2 ? get16(row, 0) : get8(row, 0);
     const std::size_t maskBytes = (parts.columns + 7) / 8;
-    if (row.size() < layout.countSize + maskBytes) return damagedRow();
+    // A row without columns is what a zeroed part of a page looks like.
+    if (parts.columns == 0 || row.size() < layout.countSize + maskBytes) return damagedRow();
     parts.body = row.first(row.size() - maskBytes);
     parts.mask = row.last(maskBytes);
-    if (definition.variableColumns == 0 || parts.columns == 0) return parts;
+    if (definition.variableColumns == 0) return parts;
     const std::size_t end = parts.body.size();
     if (end < 2 * layout.countSize) return damagedRow();
     const bool wide = layout.countSize == 2;
@@ -144,6 +145,7 @@ Value plainOf(FieldType type, Bytes bytes)
 struct Source {
     std::uint16_t codePage;
     Pager& pager;
+    std::size_t longBytesLeft = kMostLongValuesOfRow; ///< of the row
 
     std::string text(Bytes bytes) const
     {
@@ -151,7 +153,7 @@ struct Source {
     }
 };
 
-Result<Value> valueOf(const Column& column, Bytes bytes, const Source& source)
+Result<Value> valueOf(const Column& column, Bytes bytes, Source& source)
 {
     const FieldType type = fieldType(column);
     const std::size_t size = valueSize(column.type);
@@ -160,12 +162,13 @@ Result<Value> valueOf(const Column& column, Bytes bytes, const Source& source)
     if (size != 0) return plainOf(type, bytes);
     if (type == FieldType::Text) return Value(source.text(bytes));
     if (type != FieldType::Memo) return Value(NotShown{type});
-    const auto memo = readLongValue(source.pager, bytes);
+    const auto memo = readLongValue(source.pager, bytes, source.longBytesLeft);
     if (!memo) return memo.failure();
+    source.longBytesLeft -= memo->size();
     return Value(source.text(*memo));
 }
 
-Result<Value> columnOf(const RowParts& parts, const Column& column, const Source& source)
+Result<Value> columnOf(const RowParts& parts, const Column& column, Source& source)
 {
     const bool present = parts.present(column.number);
     if (fieldType(column) == FieldType::Boolean) return Value(present);
@@ -199,13 +202,15 @@ struct PutValue {
 } // namespace
 
 Status decodeRow(Bytes row, const Definition& definition, std::uint16_t codePage, Pager& pager,
-                 std::vector<Value>& values)
+                 std::vector<Value>& values, const std::vector<std::size_t>& wanted)
 {
     values.assign(definition.columns.size(), Value());
     const auto parts = takeApart(row, definition, pager.layout());
     if (!parts) return parts.failure();
-    const Source source{codePage, pager};
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    Source source{codePage, pager};
+    const std::size_t count = wanted.empty() ? values.size() : wanted.size();
+    for (std::size_t k = 0; k < count; ++k) {
+        const std::size_t i = wanted.empty() ? k : wanted[k];
         auto value = columnOf(*parts, definition.columns[i], source);
         if (!value) {
             values.assign(values.size(), Value());

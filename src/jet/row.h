@@ -19,9 +19,12 @@ namespace quorvel::jet {
 
 /// Reads a row into one value per column of the definition. Long values are fetched through `pager`, so `row` must
 /// not lie in one of its pages.
-/// Fails when the row does not hold together; `values` are then Null.
+/// Fails when the row does not hold together or holds texts that are too long to be read (readLongValue()); `values`
+/// are then Null.
+///
+/// @param wanted  positions of the columns to be read, the others stay Null; all when empty.
 Status decodeRow(Bytes row, const Definition& definition, std::uint16_t codePage, Pager& pager,
-                 std::vector<Value>& values);
+                 std::vector<Value>& values, const std::vector<std::size_t>& wanted = {});
 
 /// The bytes of a row of fixed columns only, one value per column, each Null or of the column's own type.
 ByteVector encodeRow(const Definition& definition, const std::vector<Value>& values);

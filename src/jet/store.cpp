@@ -1,6 +1,7 @@
 #include "jet/store.h"
 
-#include "jet/replaceable.h"
+#include "files/name.h"
+#include "files/replace.h"
 #include "jet/text_coding.h"
 
 #include <algorithm>
@@ -18,6 +19,8 @@ constexpr std::uint32_t kCatalogPage = 2;
 constexpr std::uint32_t kPageBits = 0x00FFFFFF;
 constexpr std::uint32_t kSystemObject = 0x80000002;
 constexpr int kTableType = 1;
+constexpr std::size_t kMostObjects = 32768; // of an Access database
+constexpr std::size_t kMostNameBytes = 256; // 64 characters
 
 // Milliseconds would do, but a catalog date is for people.
 Date localNow()
@@ -42,22 +45,20 @@ std::optional<std::uint32_t> bitsOf(const Value& value)
 
 Status firstFault(const Status& first, const Status& second) { return first ? second : first; }
 
-std::filesystem::path withEnding(std::filesystem::path path, const char* ending)
-{
-    path += ending;
-    return path;
-}
-
 } // namespace
 
-Failure Store::named(const std::string& reason) const { return Failure{textOf(path_) + " " + reason}; }
+Failure Store::named(const std::string& reason) const
+{
+    return Failure{files::inWords(path_) + " " + reason};
+}
 
 Result<std::shared_ptr<Store>> Store::open(const std::filesystem::path& path, OpenOptions options)
 {
     Files& files = options.files != nullptr ? *options.files : diskFiles();
     const std::shared_ptr<Store> store(new Store(path, files));
     const bool forWriting = options.access == Access::ReadWrite;
-    if (forWriting && openInAccess(path, files)) {
+    const auto locked = [&files](const std::filesystem::path& file) { return files.lockedByOthers(file); };
+    if (forWriting && files::openInAccess(path, locked)) {
         return store->named("is open in Access. Close it there and try again.");
     }
     auto opened = files.open(path, forWriting);
@@ -82,7 +83,7 @@ Result<std::shared_ptr<Store>> Store::create(const std::filesystem::path& path, 
 {
     std::shared_ptr<Store> store(new Store(path, files));
     if (files.exists(path)) return store->named("already exists. Delete it or choose another name.");
-    const auto temporary = withEnding(path, ".part");
+    const auto temporary = files::unfinished(path);
     auto file = files.create(temporary);
     if (!file) return store->named(file.error());
     store->temporary_ = temporary;
@@ -121,6 +122,8 @@ Status Store::readCatalog()
     const int name = table.columnOf("Name");
     const int type = table.columnOf("Type");
     const int flags = table.columnOf("Flags");
+    const std::vector<std::size_t> wanted{static_cast<std::size_t>(id), static_cast<std::size_t>(name),
+                                          static_cast<std::size_t>(type), static_cast<std::size_t>(flags)};
     const Failure unlisted{
         "is damaged: it does not list its tables. Use \"Compact and Repair\" in Access, or an "
         "earlier copy."};
@@ -129,12 +132,14 @@ Status Store::readCatalog()
     if (!rows) return rows.failure();
     std::vector<Value> values;
     for (const std::uint32_t row : *rows) {
-        if (auto read = table.read(row, values); !read) return read;
+        if (auto read = table.read(row, values, wanted); !read) return read;
         const auto value = [&values](int column) { return values[static_cast<std::size_t>(column)]; };
         const auto page = bitsOf(value(id));
         if (value(type).number() != kTableType || !page) continue;
         const bool system = (bitsOf(value(flags)).value_or(0) & kSystemObject) != 0;
-        catalog_.push_back({value(name).text(), *page & kPageBits, system});
+        auto listed = value(name).text();
+        if (listed.size() > kMostNameBytes || catalog_.size() == kMostObjects) return unlisted;
+        catalog_.push_back({std::move(listed), *page & kPageBits, system});
     }
     // The catalog lists itself; where it does not, the page with its rows is gone.
     return hasTable("MSysObjects") ? Status{} : Status(unlisted);

@@ -46,6 +46,7 @@ public:
     /// Ends without close(): a new database vanishes, an opened one keeps what was written.
     void abandon();
 
+    const std::filesystem::path& path() const { return path_; }
     bool closed() const { return closed_; }
     Failure named(const std::string& reason) const;
     Failure closedFailure() const { return named("has been closed. Open it again."); }

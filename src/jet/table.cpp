@@ -3,7 +3,6 @@
 #include "jet/row.h"
 #include "jet/text_coding.h"
 
-#include <algorithm>
 #include <string>
 
 namespace quorvel::jet {
@@ -11,42 +10,13 @@ namespace quorvel::jet {
 namespace {
 
 constexpr int kMaxHops = 16;
-constexpr std::uint32_t kStrayReach = 5;
+
+} // namespace
 
 Failure damagedTable(const std::string& what)
 {
     return Failure{"is damaged: " + what + ". Use \"Compact and Repair\" in Access, or an earlier copy."};
 }
-
-Failure notWritten(const std::string& why)
-{
-    return Failure{"can be read but not written: " + why + ". Change it in Access."};
-}
-
-bool isWritten(const Column& column)
-{
-    constexpr std::uint8_t kOther = kFixedColumn | kUpdatableColumn;
-    const auto type = static_cast<FieldType>(column.type);
-    return (column.flags & ~kOther) == 0 && column.fixed() &&
-           (type == FieldType::Integer || type == FieldType::Long || type == FieldType::Single ||
-            type == FieldType::Double || type == FieldType::Date);
-}
-
-/// The offsets that the fixed columns must have, by column number.
-bool offsetsAreRunningSum(const Definition& definition)
-{
-    std::vector<const Column*> byNumber(definition.columns.size());
-    for (const auto& column : definition.columns)
-        byNumber.at(column.number) = &column;
-    std::size_t offset = 0;
-    for (const auto* column : byNumber) {
-        if (column->fixedOffset != offset) return false;
-        offset += valueSize(column->type);
-    }
-    return true;
-}
-
-} // namespace
 
 Table::Table(Pager& pager, const Header& header, std::uint32_t page, Definition definition)
     : pager_(&pager), codePage_(header.codePage), freePages_(pager, header.freeMap), page_(page),
@@ -109,6 +79,14 @@ Result<std::vector<std::uint32_t>> Table::rows()
     return rows;
 }
 
+Status Table::complete(std::size_t found) const
+{
+    const std::size_t counted = definition_.rowCount;
+    if (found + 1 >= counted) return {};
+    return damagedTable(std::to_string(counted - found) + " of the " + std::to_string(counted) +
+                        " rows of a table are missing");
+}
+
 Result<ByteVector> Table::movedRow(std::uint32_t pointer)
 {
     for (int hop = 0; hop < kMaxHops; ++hop) {
@@ -127,7 +105,7 @@ Result<ByteVector> Table::movedRow(std::uint32_t pointer)
     return damagedTable("a row that was moved cannot be found");
 }
 
-Status Table::read(std::uint32_t row, std::vector<Value>& values)
+Status Table::read(std::uint32_t row, std::vector<Value>& values, const std::vector<std::size_t>& wanted)
 {
     values.assign(definition_.columns.size(), Value());
     const auto page = view(pointerPage(row));
@@ -136,246 +114,11 @@ Status Table::read(std::uint32_t row, std::vector<Value>& values)
     if (slot >= (*page)->slots()) return damagedTable("a row is missing");
     const auto bytes = (*page)->row(slot);
     if (((*page)->slot(slot) & kMovedSlot) == 0)
-        return decodeRow(bytes, definition_, codePage_, *pager_, values);
+        return decodeRow(bytes, definition_, codePage_, *pager_, values, wanted);
     if (bytes.size() < 4) return damagedTable("a row that was moved cannot be found");
     const auto moved = movedRow(get32(bytes, 0));
     if (!moved) return moved.failure();
-    return decodeRow(*moved, definition_, codePage_, *pager_, values);
-}
-
-Status Table::checkShape() const
-{
-    if (pager_->layout().version != 4) return notWritten("it is of an Access version before 2000");
-    const std::size_t count = definition_.columns.size();
-    if (definition_.kind != kUserTable) return notWritten("the table belongs to Access itself");
-    if (definition_.logicalCount != 0 || definition_.physicalCount != 0) {
-        return notWritten("the table has an index or a key");
-    }
-    const bool columnsAreOurs =
-        std::all_of(definition_.columns.begin(), definition_.columns.end(), isWritten);
-    if (count == 0 || definition_.pages != 1 || definition_.variableColumns != 0 ||
-        definition_.maxColumns != count || !columnsAreOurs || !offsetsAreRunningSum(definition_)) {
-        return notWritten("the table has columns that this program does not write");
-    }
-    const std::uint32_t owned = definition_.ownedMap;
-    const std::uint32_t free = definition_.freeMap;
-    if (pointerPage(owned) != pointerPage(free) || owned == free) {
-        return notWritten("the table keeps its lists of pages apart");
-    }
-    return {};
-}
-
-Status Table::checkPages()
-{
-    const std::uint32_t mapPage = pointerPage(definition_.ownedMap);
-    if (auto whole = checkMapPage(*pager_, mapPage); !whole) return whole;
-    std::vector<std::uint32_t> used = owned_;
-    used.insert(used.end(), {page_, mapPage});
-    for (const std::uint32_t pointer : {definition_.ownedMap, definition_.freeMap}) {
-        const auto map = readMap(*pager_, pointer);
-        if (!map) return map.failure();
-        const auto own = map->ownPages();
-        used.insert(used.end(), own.begin(), own.end());
-    }
-    for (const std::uint32_t number : owned_) {
-        const auto bytes = pager_->read(number);
-        if (!bytes) return bytes.failure();
-        if (number == 0 || get8(*bytes, 0) != kDataPageType || get32(*bytes, 4) != page_) {
-            return damagedTable("page " + std::to_string(number) +
-                                " does not belong to the table that lists it");
-        }
-        if (const auto page = view(number); !page) return page.failure();
-    }
-    return freePages_.check(std::move(used));
-}
-
-Status Table::dropTornRow()
-{
-    if (owned_.empty()) return {};
-    auto page = pager_->copy(owned_.back());
-    if (!page) return page.failure();
-    const auto data = DataPage::of(*page, kJet4);
-    if (!data || data->slots() == 0 || !data->live(data->slots() - 1)) return {};
-    const int last = data->slots() - 1;
-    const auto row = data->row(last);
-    // The slot came to the disk, the row did not. No row that was written is all zero: it begins with a count.
-    if (!std::all_of(row.begin(), row.end(), [](std::uint8_t byte) { return byte == 0; })) return {};
-    eraseRow(*page, last);
-    return writePage(owned_.back(), *page);
-}
-
-Status Table::freeStray()
-{
-    const std::uint32_t pages = pager_->pages();
-    for (std::uint32_t number = pages - std::min(pages, kStrayReach); number < pages; ++number) {
-        const auto bytes = pager_->read(number);
-        if (!bytes) return bytes.failure();
-        const bool ours = get8(*bytes, 0) == kDataPageType && get32(*bytes, 4) == page_;
-        if (!ours || std::binary_search(owned_.begin(), owned_.end(), number)) continue;
-        const auto free = freePages_.isFree(number);
-        if (!free) return free.failure();
-        if (*free) continue;
-        if (auto released = freePages_.release(number); !released) return released;
-    }
-    return {};
-}
-
-Status Table::prepareWriting()
-{
-    if (auto shape = checkShape(); !shape) return shape;
-    if (auto pages = checkPages(); !pages) return pages;
-    if (auto cut = pager_->cutIncomplete(); !cut) return cut;
-    if (auto dropped = dropTornRow(); !dropped) return dropped;
-    if (auto freed = freeStray(); !freed) return freed;
-    if (auto counted = recount(); !counted) return counted;
-    return settle();
-}
-
-Status Table::recount()
-{
-    const auto live = rows();
-    if (!live) return live.failure();
-    countPending_ = countPending_ || live->size() != definition_.rowCount;
-    definition_.rowCount = static_cast<std::uint32_t>(live->size());
-    return {};
-}
-
-/// A write may fail after it reached the file: a flush that fails, a list of pages of which the last write failed.
-Status Table::lookAgain()
-{
-    if (!unsure_) return {};
-    const auto map = readMap(*pager_, definition_.ownedMap);
-    if (!map) return map.failure();
-    auto owned = pagesOf(*pager_, *map);
-    if (!owned) return owned.failure();
-    owned_ = std::move(*owned);
-    if (auto counted = recount(); !counted) return counted;
-    unsure_ = false;
-    return {};
-}
-
-Status Table::settle()
-{
-    if (auto known = lookAgain(); !known) return known;
-    if (!countPending_) return {};
-    auto page = pager_->copy(page_);
-    if (!page) return page.failure();
-    put32(*page, kJet4.rowCount, definition_.rowCount);
-    auto written = pager_->write(page_, *page);
-    if (written) countPending_ = false;
-    return written;
-}
-
-void Table::countRows(int change)
-{
-    definition_.rowCount =
-        static_cast<std::uint32_t>(static_cast<std::int64_t>(definition_.rowCount) + change);
-    countPending_ = true;
-    // Nobody sees a file before it is whole: Close() writes the count.
-    if (pager_->gathers()) return;
-    // The row itself is safe by now. A count that could not be written is tried again with the next row and by
-    // Close(), which reports it.
-    static_cast<void>(static_cast<bool>(settle()));
-}
-
-Status Table::writePage(std::uint32_t number, const Page& page)
-{
-    if (number == viewedNumber_) view_.reset();
-    if (auto written = pager_->write(number, page); !written) return written;
-    return pager_->barrier();
-}
-
-Status Table::writeGrown(std::uint32_t number, Bytes before, const Page& after)
-{
-    if (!pager_->flushesAtBarriers()) return writePage(number, after);
-    for (const auto& step : stepsTo(before, after)) {
-        if (auto written = writePage(number, step); !written) return written;
-    }
-    return {};
-}
-
-Result<std::uint32_t> Table::append(const std::vector<Value>& values)
-{
-    if (auto known = lookAgain(); !known) return known.failure();
-    const std::uint32_t rowsBefore = definition_.rowCount;
-    auto added = appendRow(encodeRow(definition_, values));
-    if (added) {
-        countRows(+1);
-        return added;
-    }
-    unsure_ = true;
-    if (lookAgain() && definition_.rowCount == rowsBefore) return added;
-    return Failure{added.error() +
-                   " The row may be in the file all the same: open it again and look before you "
-                   "add it once more."};
-}
-
-Result<std::uint32_t> Table::appendRow(const ByteVector& row)
-{
-    if (owned_.empty()) return appendOnNewPage(row);
-    const auto before = pager_->read(owned_.back());
-    if (!before) return before.failure();
-    Page page{};
-    putBytes(page, 0, *before);
-    const auto slot = addRow(page, row);
-    if (!slot) return appendOnNewPage(row);
-    if (auto written = writeGrown(owned_.back(), *before, page); !written) return written.failure();
-    return rowPointer(owned_.back(), *slot);
-}
-
-Result<std::uint32_t> Table::appendOnNewPage(const ByteVector& row)
-{
-    // Behind the last page of the table, so that rows stay in the order in which they came.
-    const auto number = freePages_.firstFrom(owned_.empty() ? 1 : owned_.back() + 1);
-    if (!number) return number.failure();
-    Page page = newDataPage(page_);
-    const auto slot = addRow(page, row);
-    if (!slot) return notWritten("a row of the table is longer than a page");
-    if (auto written = writePage(*number, page); !written) return written.failure();
-    if (auto used = freePages_.use(*number); !used) return used.failure();
-    auto linked = linkPage(*pager_, freePages_, definition_.ownedMap, definition_.freeMap, owned_, *number);
-    if (!linked) return linked.failure();
-    owned_.push_back(*number);
-    return rowPointer(*number, *slot);
-}
-
-Result<Page> Table::pageForChange(std::uint32_t row)
-{
-    auto page = pager_->copy(pointerPage(row));
-    if (!page) return page.failure();
-    const auto data = DataPage::of(*page, kJet4);
-    if (!data || pointerSlot(row) >= data->slots()) return damagedTable("a row is missing");
-    if (!data->live(pointerSlot(row)))
-        return Failure{"no longer has this row: it was deleted. Open the table again."};
-    return page;
-}
-
-Status Table::update(std::uint32_t row, const std::vector<Value>& values)
-{
-    auto page = pageForChange(row);
-    if (!page) return page.failure();
-    const std::size_t begin = rowOffset(*page, pointerSlot(row));
-    const auto bytes =
-        MutableBytes(*page).subspan(begin, DataPage::of(*page, kJet4)->row(pointerSlot(row)).size());
-    if (bytes.size() != rowBytes(definition_) || get16(bytes, 0) != definition_.columns.size()) {
-        return notWritten("the row is older than a column of its table");
-    }
-    changeRow(bytes, definition_, values);
-    return writePage(pointerPage(row), *page);
-}
-
-Status Table::erase(std::uint32_t row)
-{
-    if (auto known = lookAgain(); !known) return known;
-    auto page = pageForChange(row);
-    if (!page) return page.failure();
-    eraseRow(*page, pointerSlot(row));
-    if (auto written = writePage(pointerPage(row), *page); !written) {
-        unsure_ = true;
-        return written;
-    }
-    countRows(-1);
-    return {};
+    return decodeRow(*moved, definition_, codePage_, *pager_, values, wanted);
 }
 
 } // namespace quorvel::jet

@@ -12,9 +12,13 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace quorvel::jet {
+
+/// Why a table cannot be used: "is damaged: ...".
+Failure damagedTable(const std::string& what);
 
 /// The rows of one table of an open file. A row is named by its row pointer.
 class Table {
@@ -31,8 +35,16 @@ public:
     /// All rows, in the order of their pages. Fails when a page is damaged.
     Result<std::vector<std::uint32_t>> rows();
 
+    /// Fails when the definition counts more rows than `found`, those of rows(): pages are lost. One less is what a
+    /// killed deletion leaves.
+    Status complete(std::size_t found) const;
+
     /// Reads a row, one value per column of the definition. On failure all values are Null.
-    Status read(std::uint32_t row, std::vector<Value>& values);
+    /// @param wanted  positions of the columns to be read, the others stay Null; all when empty.
+    Status read(std::uint32_t row, std::vector<Value>& values, const std::vector<std::size_t>& wanted = {});
+
+    /// Length of the file.
+    std::uint64_t fileBytes() const { return std::uint64_t{pager_->pages()} * pager_->layout().pageSize; }
 
     /// Checks that this module can write rows of the table, and repairs what an interrupted writer left: a row
     /// count that is off, a half-written last row, a page that belongs to nobody. Must succeed before the calls
@@ -54,6 +66,7 @@ private:
     Result<ByteVector> movedRow(std::uint32_t pointer);
     Status checkShape() const;
     Status checkPages();
+    Status checkRows();
     Status dropTornRow();
     Status freeStray();
     Result<std::uint32_t> appendRow(const ByteVector& row);

@@ -139,12 +139,6 @@ std::optional<ByteVector> encodeText(std::string_view text)
     return stored;
 }
 
-std::string textOf(const std::filesystem::path& path)
-{
-    const auto text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
 bool sameName(std::string_view a, std::string_view b)
 {
     const auto lower = [](char letter) {

@@ -2,7 +2,6 @@
 
 #include "jet/bytes.h"
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,9 +18,6 @@ std::string decodeAnsi(Bytes stored, std::uint16_t codePage);
 
 /// UTF-8 as UTF-16LE. @return nothing when `text` is not valid UTF-8.
 std::optional<ByteVector> encodeText(std::string_view text);
-
-/// A path, or its last part, as UTF-8.
-std::string textOf(const std::filesystem::path& path);
 
 /// True when two names are the same but for the case of the letters A-Z.
 bool sameName(std::string_view a, std::string_view b);

@@ -17,15 +17,18 @@ Failure damagedMap()
         "earlier copy."};
 }
 
-void collect(Bytes bits, std::uint64_t first, std::vector<std::uint32_t>& pages)
+/// Collects pages up to the first one from `end` on. @return false when it has come to that.
+bool collect(Bytes bits, std::uint64_t first, std::uint32_t end, std::vector<std::uint32_t>& pages)
 {
     for (std::size_t i = 0; i < bits.size(); ++i) {
         for (std::uint32_t bit = 0; bits[i] >> bit != 0; ++bit) {
             const std::uint64_t page = first + 8 * i + bit;
-            if ((bits[i] >> bit & 1) != 0 && page <= kMaxPage)
-                pages.push_back(static_cast<std::uint32_t>(page));
+            if ((bits[i] >> bit & 1) == 0 || page > kMaxPage) continue;
+            pages.push_back(static_cast<std::uint32_t>(page));
+            if (page >= end) return false;
         }
     }
+    return true;
 }
 
 } // namespace
@@ -93,14 +96,15 @@ Result<std::vector<std::uint32_t>> pagesOf(Pager& pager, const UsageMap& map)
 {
     std::vector<std::uint32_t> pages;
     if (!map.reference) {
-        collect(map.bits, map.start, pages);
+        collect(map.bits, map.start, pager.pages(), pages);
         return pages;
     }
     for (std::size_t range = 0; range < map.bitmapPages.size(); ++range) {
         if (map.bitmapPages[range] == 0) continue;
         const auto bytes = readBitmap(pager, map.bitmapPages[range]);
         if (!bytes) return bytes.failure();
-        collect(bytes->subspan(kBitmapStart), std::uint64_t{range} * pager.layout().pagesPerBitmap(), pages);
+        const std::uint64_t first = std::uint64_t{range} * pager.layout().pagesPerBitmap();
+        if (!collect(bytes->subspan(kBitmapStart), first, pager.pages(), pages)) break;
     }
     return pages;
 }

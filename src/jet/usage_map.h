@@ -41,7 +41,8 @@ ByteVector encodeMap(const UsageMap& map);
 /// Reads the map that a row pointer leads to. Fails when it leads nowhere.
 Result<UsageMap> readMap(Pager& pager, std::uint32_t pointer);
 
-/// The pages of a set, rising, those behind the end of the file included. Fails when a bitmap page is missing.
+/// The pages of a set, rising, with the first one behind the end of the file as the last. Fails when a bitmap page is
+/// missing.
 Result<std::vector<std::uint32_t>> pagesOf(Pager& pager, const UsageMap& map);
 
 /// Length in whole u32 steps of an inline bitmap that reaches from `start` to `page`.

@@ -52,6 +52,7 @@ enum class Outcome {
     Short,     ///< less came
     PortLost,  ///< the port vanished meanwhile, or was closed
     Abandoned, ///< the program ended meanwhile
+    Refused,   ///< nothing was sent: it would have changed a readout, and that is switched off
 };
 
 /// A transaction and what became of it.
@@ -95,7 +96,7 @@ public:
     ExchangeObserver& operator=(const ExchangeObserver&) = delete;
     virtual ~ExchangeObserver() = default;
 
-    /// The frame is about to go out; reply, outcome and times are not known yet.
+    /// The frame is about to go out; reply, outcome and times are not known yet. Not called for one that is refused.
     virtual void sending(const Exchange& exchange) = 0;
     /// The exchange has ended. It has the same number as in sending().
     virtual void ended(const Exchange& exchange) = 0;

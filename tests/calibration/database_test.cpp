@@ -5,6 +5,8 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <numeric>
+
 namespace quorvel::calibration {
 namespace {
 
@@ -180,6 +182,55 @@ TEST_F(CalibrationFile, IsRefusedWhenItIsCutOff)
     }
 }
 
+/// Takes a page away from the table of a file of ours that has many rows: one of 300 lies on two pages.
+void loseAPage(const std::filesystem::path& path)
+{
+    auto content = contentOf(path);
+    ASSERT_EQ(content.size(), 20U * 4096);
+    content.replace(18 * std::size_t{4096}, 4096, 4096, '\0');
+    put(path, content);
+}
+
+std::vector<int> manyNumbers()
+{
+    std::vector<int> numbers(300);
+    std::iota(numbers.begin(), numbers.end(), 0);
+    return numbers;
+}
+
+TEST_F(CalibrationFile, IsRefusedWhenRowsAreMissing)
+{
+    makeFile(at("many.mdb"), columnsOf({"X_Data"}), manyNumbers(), 1.5);
+    EXPECT_EQ(refusal(at("many.mdb")), "");
+    loseAPage(at("many.mdb"));
+    EXPECT_NE(refusal(at("many.mdb")).find("of the 300 rows of a table are missing"), std::string::npos)
+        << refusal(at("many.mdb"));
+}
+
+TEST_F(CalibrationFile, IsRefusedWithBlankRowsWhereTheEndOfAPageIsZero)
+{
+    ASSERT_TRUE(CreateCalibrationDatabase(at("XDirection.mdb")));
+    auto content = contentOf(at("XDirection.mdb"));
+    content.replace(19 * std::size_t{4096} - 512, 512, 512, '\0');
+    put(at("XDirection.mdb"), content);
+    EXPECT_NE(refusal(at("XDirection.mdb")).find("a row of the table cannot be read"), std::string::npos)
+        << refusal(at("XDirection.mdb"));
+}
+
+TEST_F(CalibrationFile, IsNotWrittenAnewWhenRowsAreMissing)
+{
+    makeFile(at("many.mdb"), columnsOf({"X_Data"}), manyNumbers(), 1.5);
+    loseAPage(at("many.mdb"));
+    const auto before = contentOf(at("many.mdb"));
+    auto database = jet::OpenDatabase(at("many.mdb"));
+    ASSERT_TRUE(database) << database.error();
+    const auto renewed = renewFormat(*database, at("many.mdb"));
+    ASSERT_FALSE(renewed);
+    EXPECT_NE(renewed.error().find("rows of a table are missing"), std::string::npos) << renewed.error();
+    EXPECT_EQ(contentOf(at("many.mdb")), before);
+    EXPECT_EQ(names(), (Names{"many.mdb"}));
+}
+
 class Loading : public FolderOfFiles {
 protected:
     Loading()
@@ -190,8 +241,17 @@ protected:
     }
     jet::Result<std::string> load(const char* chosen)
     {
-        return loadWorkingFile(at(chosen), at("XDirection.mdb"), *directionOf("X"));
+        return loadWorkingFile(at(chosen), at("XDirection.mdb"), *directionOf("X"), noon);
     }
+
+    const std::time_t noon = [] {
+        std::tm day{};
+        day.tm_year = 2024 - 1900;
+        day.tm_mon = 4;
+        day.tm_mday = 17;
+        day.tm_hour = 12;
+        return std::mktime(&day);
+    }();
 };
 
 TEST_F(Loading, ReplacesTheWorkingFileOfItsDirectionOnly)
@@ -199,9 +259,37 @@ TEST_F(Loading, ReplacesTheWorkingFileOfItsDirectionOnly)
     const auto other = contentOf(at("YDirection.mdb"));
     const auto loaded = load("saved.mdb");
     ASSERT_TRUE(loaded) << loaded.error();
-    EXPECT_EQ(*loaded, "");
     EXPECT_EQ(rowsOf(at("XDirection.mdb")), (Names{"0 1.5 1.5", "1 1.5 1.5", "2 1.5 1.5"}));
     EXPECT_EQ(contentOf(at("YDirection.mdb")), other);
+}
+
+TEST_F(Loading, KeepsWhatIsReplacedUnderTheDay)
+{
+    const auto first = contentOf(at("XDirection.mdb"));
+    const auto loaded = load("saved.mdb");
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_EQ(*loaded, "Loaded " + at("saved.mdb").string() + ". The points that were there are kept as " +
+                           at("XDirection.2024-05-17.mdb").string() + ".");
+    EXPECT_EQ(contentOf(at("XDirection.2024-05-17.mdb")), first);
+    const auto again = load("YDirection.mdb");
+    ASSERT_TRUE(again) << again.error();
+    EXPECT_TRUE(again->ends_with("The points that were there are kept as " +
+                                 at("XDirection.2024-05-17-2.mdb").string() + "."))
+        << *again;
+    EXPECT_EQ(contentOf(at("XDirection.2024-05-17-2.mdb")), contentOf(at("saved.mdb")));
+    EXPECT_EQ(names(), (Names{"XDirection.2024-05-17-2.mdb", "XDirection.2024-05-17.mdb", "XDirection.mdb",
+                              "YDirection.mdb", "saved.mdb"}));
+}
+
+TEST_F(Loading, KeepsNothingWhenNothingIsReplaced)
+{
+    const auto itself = load("XDirection.mdb");
+    ASSERT_TRUE(itself) << itself.error();
+    EXPECT_EQ(*itself, "");
+    std::filesystem::remove(at("XDirection.mdb"));
+    const auto fresh = load("saved.mdb");
+    ASSERT_TRUE(fresh) << fresh.error();
+    EXPECT_EQ(*fresh, "");
     EXPECT_EQ(names(), (Names{"XDirection.mdb", "YDirection.mdb", "saved.mdb"}));
 }
 
@@ -235,6 +323,15 @@ TEST_F(Loading, KeepsAWorkingFileThatCannotBeRead)
     EXPECT_EQ(contentOf(at("XDirection.mdb")), contentOf(at("saved.mdb")));
 }
 
+TEST_F(Loading, LeavesTheWorkingFileAloneWhenRowsOfTheChosenOneAreMissing)
+{
+    makeFile(at("many.mdb"), columnsOf({"X_Data"}), manyNumbers(), 1.5);
+    loseAPage(at("many.mdb"));
+    const auto before = contentOf(at("XDirection.mdb"));
+    EXPECT_FALSE(load("many.mdb"));
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), before);
+}
+
 TEST_F(Loading, KeepsALinkThatLeadsInCircles)
 {
     std::filesystem::remove(at("XDirection.mdb"));
@@ -245,6 +342,16 @@ TEST_F(Loading, KeepsALinkThatLeadsInCircles)
     EXPECT_EQ(contentOf(at("XDirection.mdb")), contentOf(at("saved.mdb")));
 }
 
+TEST_F(Loading, KeepsALinkAndReplacesItsTarget)
+{
+    std::filesystem::rename(at("XDirection.mdb"), at("elsewhere.mdb"));
+    std::filesystem::create_symlink("elsewhere.mdb", at("XDirection.mdb"));
+    const auto loaded = load("saved.mdb");
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_TRUE(std::filesystem::is_symlink(at("XDirection.mdb")));
+    EXPECT_EQ(contentOf(at("elsewhere.mdb")), contentOf(at("saved.mdb")));
+}
+
 TEST_F(Loading, LeavesAWorkingFileAloneThatSomebodyElseWrites)
 {
     const auto before = contentOf(at("XDirection.mdb"));
@@ -252,7 +359,7 @@ TEST_F(Loading, LeavesAWorkingFileAloneThatSomebodyElseWrites)
     ASSERT_TRUE(other);
     const auto loaded = load("saved.mdb");
     ASSERT_FALSE(loaded);
-    EXPECT_NE(loaded.error().find("is used by another program"), std::string::npos) << loaded.error();
+    EXPECT_NE(loaded.error().find("is open in another program"), std::string::npos) << loaded.error();
     EXPECT_EQ(contentOf(at("XDirection.mdb")), before);
 }
 

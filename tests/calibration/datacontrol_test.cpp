@@ -1,7 +1,26 @@
 #include "calibration/datacontrol.h"
 
+#include "autoread/largest_file.h"
 #include "calibration/calibration_files.h"
 #include "calibration/older_file.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <functional>
+
+namespace {
+
+/// Done before a file gets its name.
+std::function<void(const std::filesystem::path& to)> atRename;
+
+} // namespace
+
+extern "C" int rename(const char* from, const char* to) noexcept
+{
+    const auto before = std::exchange(atRename, nullptr);
+    if (before) before(to);
+    return ::renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
 
 namespace quorvel::calibration {
 namespace {
@@ -126,6 +145,30 @@ TEST_F(Data, KeepsOtherProgramsFromWritingWhileItIsOpen)
     EXPECT_TRUE(jet::OpenDatabase(at("XDirection.mdb")));
 }
 
+TEST_F(Data, HasNothingOfAFileWithMorePointsThanCanBeNumbered)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), std::vector<int>(32769, 1), 0.5);
+    const auto refreshed = data.Refresh();
+    ASSERT_FALSE(refreshed);
+    EXPECT_NE(refreshed.error().find("has more than 32768 points"), std::string::npos) << refreshed.error();
+    EXPECT_FALSE(checkCalibrationFile(at("XDirection.mdb")));
+}
+
+TEST_F(Data, OnlyLooksAtAFileOfWhichRowsAreMissing)
+{
+    create();
+    auto content = contentOf(at("XDirection.mdb"));
+    content[18 * 4096 + 12] = 9; // of the 11 slots of its page
+    put(at("XDirection.mdb"), content);
+    refresh();
+    EXPECT_EQ(data.rowCount(), 9);
+    EXPECT_NE(data.readOnlyBecause().find("2 of the 11 rows of a table are missing"), std::string::npos)
+        << data.readOnlyBecause();
+    EXPECT_FALSE(data.write(0, {{"Rule_Data", 1.0}}));
+    data.Close();
+    EXPECT_EQ(contentOf(at("XDirection.mdb")), content);
+}
+
 class OlderFile : public Data {
 protected:
     OlderFile() : older(olderFile()) { put(at("XDirection.mdb"), older); }
@@ -159,6 +202,38 @@ TEST_F(OlderFile, IsWrittenAnewWhenItIsFirstChanged)
     EXPECT_EQ(names(), (Names{"XDirection.mdb", "XDirection.older.mdb"}));
 }
 
+TEST_F(OlderFile, IsHeldUntilTheNewOneHasItsName)
+{
+    refresh();
+    bool held = false;
+    atRename = [&](const std::filesystem::path& to) {
+        if (to == at("XDirection.mdb")) held = !jet::OpenDatabase(to);
+    };
+    ASSERT_TRUE(data.write(4, {{"X_Data", 1.25}}));
+    EXPECT_TRUE(held) << "another program's change would be lost";
+}
+
+TEST_F(OlderFile, TakesNoNameOfAnotherFileWhenItIsWrittenAnew)
+{
+    put(at("XDirection.new.mdb"), "mine");
+    refresh();
+    const auto written = data.write(4, {{"X_Data", 1.25}});
+    ASSERT_TRUE(written) << written.error();
+    EXPECT_EQ(contentOf(at("XDirection.new.mdb")), "mine");
+    EXPECT_EQ(names(), (Names{"XDirection.mdb", "XDirection.new.mdb", "XDirection.older.mdb"}));
+}
+
+TEST_F(OlderFile, BehindALinkIsReplacedWhereTheLinkLeads)
+{
+    std::filesystem::rename(at("XDirection.mdb"), at("elsewhere.mdb"));
+    std::filesystem::create_symlink("elsewhere.mdb", at("XDirection.mdb"));
+    refresh();
+    ASSERT_TRUE(data.write(4, {{"X_Data", 1.25}}));
+    EXPECT_TRUE(std::filesystem::is_symlink(at("XDirection.mdb")));
+    EXPECT_EQ(rowsOf(at("elsewhere.mdb"))[4], "4 4 1.25");
+    EXPECT_EQ(contentOf(at("XDirection.older.mdb")), older);
+}
+
 TEST_F(OlderFile, TakesNewRowsToo)
 {
     refresh();
@@ -170,12 +245,15 @@ TEST_F(OlderFile, TakesNewRowsToo)
 TEST_F(OlderFile, StaysWholeWhenItCannotBeWrittenAnew)
 {
     refresh();
-    std::filesystem::create_directories(at("XDirection.new.mdb") / "in the way");
-    const auto written = data.write(4, {{"X_Data", 1.25}});
-    EXPECT_FALSE(written);
+    {
+        const test::LargestFile limit(5000);
+        const auto written = data.write(4, {{"X_Data", 1.25}});
+        ASSERT_FALSE(written);
+        EXPECT_EQ(written.error().find(".new"), std::string::npos) << written.error();
+    }
     EXPECT_EQ(data.rowCount(), 11) << "it is shown as before";
     EXPECT_EQ(contentOf(at("XDirection.mdb")), older);
-    std::filesystem::remove_all(at("XDirection.new.mdb"));
+    EXPECT_EQ(names(), (Names{"XDirection.mdb"}));
     EXPECT_TRUE(data.write(4, {{"X_Data", 1.25}}));
 }
 
@@ -196,6 +274,21 @@ TEST_F(Data, OlderFileOfTextsKeepsTheNumbersWhenItIsWrittenAnew)
     const auto rows = rowsOf(at("XDirection.mdb"));
     EXPECT_EQ(rows[0], "0 0.25 1.25 2.25 200");
     EXPECT_EQ(rows[1], "1 1.25 5.5 6.5 200");
+}
+
+TEST_F(Data, FileToWhichANumberColumnWasAddedIsWrittenAnewAndTheOriginalKept)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {0, 1}, 0.5);
+    addColumn(at("XDirection.mdb"), "Check");
+    const auto widened = contentOf(at("XDirection.mdb"));
+    refresh();
+    ASSERT_EQ(data.fields().size(), 4U);
+    EXPECT_EQ(data.readOnlyBecause(), "");
+    const auto written = data.write(0, {{"X_Data", 1.25}, {"Check", 2.5}});
+    ASSERT_TRUE(written) << written.error();
+    EXPECT_EQ(rowsOf(at("XDirection.mdb")), (Names{"0 0.5 1.25 2.5", "1 0.5 0.5 -"}));
+    EXPECT_EQ(data.olderKeptAs(), at("XDirection.older.mdb"));
+    EXPECT_EQ(contentOf(at("XDirection.older.mdb")), widened);
 }
 
 TEST_F(Data, FileWithAnIndexIsWrittenAnewAndTheOriginalKept)

@@ -158,5 +158,26 @@ TEST(Fit, AgreesWithDoublePrecisionOnAThousandTables)
     }
 }
 
+// With any one of the four sums in double precision the text is another: "Y=0.9959*X+(-19.786)" with that of x,
+// "Y=0.9955*X+(-19.765)" with that of y, "Y=0.9959*X+(-19.784)" with that of the products and "Y=0.9958*X+(-19.780)"
+// with that of the squares.
+TEST(Fit, EachOfTheFourSumsIsHeldInSinglePrecision)
+{
+    const Points points{{{50.1F, 30.1F},
+                         {50.3F, 30.31F},
+                         {50.5F, 30.51F},
+                         {50.7F, 30.71F},
+                         {50.9F, 30.91F},
+                         {51.1F, 31.11F},
+                         {51.3F, 31.31F},
+                         {51.5F, 31.5F},
+                         {51.7F, 31.7F},
+                         {51.9F, 31.903F},
+                         {52.1F, 32.1F}}};
+    const auto fit = fitLine(points);
+    ASSERT_TRUE(fit);
+    EXPECT_EQ(fitText(*fit), "X: Y=0.9956*X+(-19.767)\r\nNonlinear Error: 0.004, Max Error: 0.010");
+}
+
 } // namespace
 } // namespace quorvel::calibration

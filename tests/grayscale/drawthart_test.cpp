@@ -99,6 +99,18 @@ TEST_F(DrawThart, PictureIsAJpegUnderExactlyTheName)
     EXPECT_GE(QImageReader(path).size().width(), 1200);
 }
 
+TEST_F(DrawThart, PictureTakesThePlaceOfTheFileThatALinkLeadsTo)
+{
+    const QTemporaryDir folder;
+    const auto link = folder.filePath(QStringLiteral("link.png"));
+    ASSERT_TRUE(QFile::link(folder.filePath(QStringLiteral("real.png")), link));
+    EXPECT_EQ(saveChart(chart_, link, "png"), "");
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(QImageReader::imageFormat(folder.filePath(QStringLiteral("real.png"))), "png");
+    QFile::setPermissions(link, QFileDevice::ReadOwner);
+    EXPECT_TRUE(saveChart(chart_, link).startsWith(link + " is write-protected."));
+}
+
 TEST_F(DrawThart, PictureThatCannotBeWrittenIsAReasonThatNamesIt)
 {
     const auto reason = saveChart(chart_, QStringLiteral("/no/such/folder/x.jpg"));

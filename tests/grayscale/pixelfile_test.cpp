@@ -1,5 +1,6 @@
 #include "grayscale/pixelfile.h"
 
+#include "autoread/largest_file.h"
 #include "jet/database.h"
 #include "support/held_file.h"
 
@@ -153,12 +154,23 @@ TEST_F(PixelFile, ReplacesWhatALinkPointsTo)
     EXPECT_TRUE(QFileInfo(file("link.mdb")).isSymLink());
 }
 
+TEST_F(PixelFile, AWriteProtectedFileStays)
+{
+    for (const auto* name : {"pixels.mdb", "pixels.csv"}) {
+        fill(file(name), "old");
+        QFile::setPermissions(file(name), QFileDevice::ReadOwner);
+        EXPECT_TRUE(savePixels(file(name), arrayOf({3})).startsWith(file(name) + " is write-protected."));
+        expectOldFile(name);
+        ASSERT_TRUE(QFile::remove(file(name)));
+    }
+}
+
 TEST_F(PixelFile, ANewDatabaseThatCannotBeMadeLeavesTheOldOne)
 {
     fill(file("pixels.mdb"), "old");
-    ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("pixels.mdb.new.part")));
+    const test::LargestFile limit(5000);
     const auto reason = savePixels(file("pixels.mdb"), arrayOf({3}));
-    EXPECT_TRUE(reason.startsWith(file("pixels.mdb") + " could not be created: ")) << qPrintable(reason);
+    EXPECT_TRUE(reason.startsWith(file("pixels.mdb") + " could not be written: ")) << qPrintable(reason);
     EXPECT_FALSE(reason.contains(".new")) << qPrintable(reason);
     expectOldFile("pixels.mdb");
 }
@@ -170,8 +182,7 @@ TEST_F(PixelFile, AReplacementThatFailsAtTheLastStepLeavesTheOldFile)
         unrenamable = file(name).toStdString();
         const auto reason = savePixels(file(name), arrayOf({3}));
         unrenamable.clear();
-        EXPECT_EQ(reason,
-                  QStringLiteral("The file %1 cannot be written: Input/output error.").arg(file(name)));
+        EXPECT_EQ(reason, file(name) + " could not be replaced: Input/output error. Choose another name.");
         expectOldFile(name);
         ASSERT_TRUE(QFile::remove(file(name)));
     }

@@ -23,7 +23,9 @@ struct Ban {
 const std::vector<Ban>& bans()
 {
     static const std::vector<Ban> all{
-        {{"text", "jet"}, {"Q", "CLI/", "termios.h", "sys/ioctl.h"}, "knows no widget and no serial port"},
+        {{"text", "files", "jet"},
+         {"Q", "CLI/", "termios.h", "sys/ioctl.h"},
+         "knows no widget and no serial port"},
         {{"link"}, {"QMessageBox", "QFileDialog", "QInputDialog"}, "opens no box"},
         {{"protocol"},
          {"QWidget", "QApplication", "QDialog", "QLabel", "QLineEdit", "QMessageBox", "QtWidgets",
@@ -40,8 +42,8 @@ const std::vector<Ban>& bans()
 /// What the rooms above the database files may include of them.
 const std::set<std::string>& publicOfJet()
 {
-    static const std::set<std::string> all{"jet/database.h",    "jet/recordset.h",   "jet/result.h",
-                                           "jet/replaceable.h", "jet/text_coding.h", "jet/value.h"};
+    static const std::set<std::string> all{"jet/database.h", "jet/recordset.h", "jet/result.h",
+                                           "jet/text_coding.h", "jet/value.h"};
     return all;
 }
 
@@ -89,10 +91,10 @@ std::optional<std::string> fault(const std::string& folder, const std::string& h
                                                     : std::nullopt;
     }
     if (target == folder) return std::nullopt;
-    if (target == "jet" && publicOfJet().count(header) == 0)
-        return "\"" + header + "\" is for jet alone; its public headers are the recordset surface";
-    if (folder != "sim" && arrows().at(folder).count(target) > 0) return std::nullopt;
-    return folder + " must not include " + target;
+    if (folder == "sim" || arrows().at(folder).count(target) == 0)
+        return folder + " must not include " + target;
+    if (target == "jet" && publicOfJet().count(header) == 0) return "\"" + header + "\" is for jet alone";
+    return std::nullopt;
 }
 
 void readFile(const fs::path& file, const std::string& shown, const std::string& folder,
@@ -120,17 +122,20 @@ const Arrows& arrows()
 {
     static const Arrows all{
         {"text", {}},
-        {"jet", {}},
+        {"files", {}},
+        {"jet", {"files"}},
         {"link", {"text"}},
         {"protocol", {"link", "text", "jet"}},
-        {"main", {"protocol", "link", "text"}},
+        {"main", {"protocol", "link", "text", "files"}},
         {"settings", {"main", "protocol", "link", "text"}},
-        {"autoread", {"main", "protocol", "link", "text", "jet"}},
-        {"grayscale", {"main", "protocol", "link", "text", "jet"}},
-        {"calibration", {"main", "protocol", "link", "text", "jet"}},
-        {"ctl", {"autoread", "grayscale", "calibration", "protocol", "link", "text", "jet"}},
+        {"autoread", {"main", "protocol", "link", "text", "jet", "files"}},
+        {"grayscale", {"main", "protocol", "link", "text", "jet", "files"}},
+        {"calibration", {"main", "protocol", "link", "text", "jet", "files"}},
+        {"line", {"main", "protocol", "link", "text", "files"}},
+        {"ctl", {"line", "autoread", "grayscale", "calibration", "protocol", "link", "text", "jet", "files"}},
         {"app",
-         {"settings", "autoread", "grayscale", "calibration", "main", "protocol", "link", "text", "jet"}},
+         {"line", "settings", "autoread", "grayscale", "calibration", "main", "protocol", "link", "text",
+          "jet", "files"}},
     };
     return all;
 }

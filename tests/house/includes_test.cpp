@@ -78,6 +78,26 @@ TEST_F(SmallHouse, SettingsUsesNoDatabase)
     EXPECT_THAT(wrong(), ElementsAre("src/settings/form4.cpp:1: settings must not include jet"));
 }
 
+TEST_F(SmallHouse, OfTheDatabaseFilesOnlyTheSurfaceIsIncluded)
+{
+    write("src/autoread/mdb_file.cpp", "#include \"jet/database.h\"\n#include \"jet/pager.h\"\n");
+    EXPECT_THAT(wrong(), ElementsAre("src/autoread/mdb_file.cpp:2: \"jet/pager.h\" is for jet alone"));
+}
+
+TEST_F(SmallHouse, TheProtocolKnowsNoWidget)
+{
+    write("src/protocol/offset.cpp", "#include <QString>\n#include <QLabel>\n");
+    EXPECT_THAT(wrong(), ElementsAre("src/protocol/offset.cpp:2: protocol knows no widget and no port"));
+}
+
+TEST_F(SmallHouse, TheCommandLineToolKnowsNoWindow)
+{
+    write("src/ctl/main.cpp",
+          "#include \"protocol/command.h\"\n#include \"main/form1.h\"\n#include \"app/options.h\"\n");
+    EXPECT_THAT(wrong(), ElementsAre("src/ctl/main.cpp:2: ctl must not include main",
+                                     "src/ctl/main.cpp:3: ctl must not include app"));
+}
+
 TEST_F(SmallHouse, TextAndJetKnowNoLibraryOfWindowsOrPorts)
 {
     write("src/jet/file.cpp", "#include <QFile>\n");

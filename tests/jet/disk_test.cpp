@@ -1,10 +1,27 @@
 #include "jet/fixture.h"
 
 #include <csignal>
+#include <functional>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+namespace {
+
+/// Done before the next lock is taken.
+std::function<void()> atNextLock;
+
+} // namespace
+
+extern "C" int flock(int descriptor, int how) noexcept
+{
+    const auto before = std::exchange(atNextLock, nullptr);
+    if (before) before();
+    return static_cast<int>(::syscall(SYS_flock, descriptor, how));
+}
 
 /// Files on the real disk: who may open, make and replace them, and what a killed or failing program leaves.
 namespace quorvel::jet::testing {
@@ -71,6 +88,43 @@ TEST(OnTheDisk, FileBeyondTwoGigabytesIsRefusedAndKeepsItsLength)
     ASSERT_FALSE(opened);
     EXPECT_THAT(opened.error(), HasSubstr("is longer than any Access database"));
     EXPECT_EQ(std::filesystem::file_size(path), beyond);
+}
+
+TEST(OnTheDisk, FileThatIsReplacedWhileItIsOpenedIsOpenedAgain)
+{
+    const Folder folder;
+    const auto path = folder / "t.mdb";
+    ASSERT_TRUE(creating(path));
+    ASSERT_TRUE(creating(folder / "new.mdb"));
+    std::filesystem::create_symlink("t.mdb", folder / "link.mdb");
+    {
+        auto newer = OpenDatabase(folder / "new.mdb");
+        auto rows = newer->OpenRecordset("data");
+        ASSERT_TRUE(addRow(*rows, 7));
+        ASSERT_TRUE(newer->Close());
+    }
+    atNextLock = [&] { std::filesystem::rename(folder / "new.mdb", path); };
+    auto opened = OpenDatabase(folder / "link.mdb");
+    ASSERT_TRUE(opened) << opened.error();
+    EXPECT_EQ(opened->OpenRecordset("data")->RecordCount(), 1) << "rows would go into a file without a name";
+    EXPECT_FALSE(OpenDatabase(path)) << "the lock is on the file of that name";
+}
+
+TEST(OnTheDisk, FileThatIsReplacedAllTheTimeIsUsedElsewhere)
+{
+    const Folder folder;
+    const auto path = folder / "t.mdb";
+    ASSERT_TRUE(creating(path));
+    std::function<void()> replace = [&] {
+        std::filesystem::copy_file(path, folder / "new.mdb");
+        std::filesystem::rename(folder / "new.mdb", path);
+        atNextLock = replace;
+    };
+    atNextLock = replace;
+    const auto opened = OpenDatabase(path);
+    atNextLock = nullptr;
+    ASSERT_FALSE(opened);
+    EXPECT_THAT(opened.error(), HasSubstr("is used by another program"));
 }
 
 TEST(OnTheDisk, LeftOverThatIsTheSecondNameOfAFinishedFileLosesOnlyTheName)

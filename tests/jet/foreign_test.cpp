@@ -210,7 +210,7 @@ TEST(Jet3, ChainThatGoesInCirclesIsRefused)
     auto file = jet3File();
     put32(file, 7 * kPageSize3 + kPageSize3 - 9, rowPointer(7, 0)); // the first piece leads to itself
     // From the end of the page: null mask, count, four offsets, then the fields of Picture and Memo.
-    put32(file, 7 * kPageSize3 - (2 + 1 + 4 + 12 + 12), 0x3FFFFFFF);
+    put32(file, 7 * kPageSize3 - (2 + 1 + 4 + 12 + 12), 0x00100000);
     disk.files[kPath.string()] = file;
     MemoryFiles files(disk);
     auto opened = OpenDatabase(kPath, {.files = &files});

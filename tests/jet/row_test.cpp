@@ -219,7 +219,7 @@ std::vector<Damage> damages()
         {"numberOfAnotherSize", rowWith({{}, {}, ascii("abc"), {}})},
         {"shortLongValue", withMemo(ascii("elevenbytes"))},
         {"inRowBehindItsEnd", withMemo(longValue(10 | kInRow, 0, ascii("short")))},
-        {"longValueInACircle", withMemo(longValue(0x3FFFFFFF, rowPointer(1, 3)))},
+        {"longValueInACircle", withMemo(longValue(0x00100000, rowPointer(1, 3)))},
         {"longValueOnAPageOfATable", withMemo(longValue(9 | kOnePiece, rowPointer(2, 0)))},
         {"longValueWithoutSlot", withMemo(longValue(9 | kOnePiece, rowPointer(1, 9)))},
         {"longValueBehindTheEnd", withMemo(longValue(9 | kOnePiece, rowPointer(99, 0)))},

@@ -258,5 +258,80 @@ TEST_F(Module1OnAFakeBus, AnAbandonedTransactionWaitsForNothing)
     EXPECT_NEAR(clock.passed(), 0, 0.01);
 }
 
+TEST_F(Module1OnAFakeBus, SendFrameKeepsItsPaceWithoutCounter)
+{
+    clock.frequency.reset();
+    std::vector<double> times;
+    device->onCharacter = [&](char) { times.push_back(clock.passed()); };
+    module1.SendFrame(":052101FF12\r\n");
+    EXPECT_EQ(device->written, ":052101FF12\r\n");
+    ASSERT_EQ(times.size(), 13U);
+    for (std::size_t i = 0; i < times.size(); ++i) {
+        EXPECT_NEAR(times[i], 0.03 + 0.005 * static_cast<double>(i), kRounding);
+    }
+    EXPECT_NEAR(clock.passed(), 0.095, kRounding);
+}
+
+TEST_F(Module1OnAFakeBus, ReceiveReplyNeedsNoCounter)
+{
+    clock.frequency.reset();
+    clock.plan(1.9, [this] { device->receive("a"); });
+    clock.plan(3.8, [this] { device->receive("b"); });
+    EXPECT_FALSE(module1.ReceiveReply(3));
+    EXPECT_EQ(module1.ReplyText(), "ab");
+    EXPECT_NEAR(clock.passed(), 5.8, 0.02);
+    device->receive("cdef");
+    EXPECT_TRUE(module1.ReceiveReply(3));
+    EXPECT_EQ(module1.ReplyText(), "cde");
+}
+
+TEST_F(Module1OnAFakeBus, AWaitOfExactlyATwentiethOfASecondWithoutCounterPollsAndLetsNoEventsRun)
+{
+    clock.frequency.reset();
+    int turns = 0;
+    clock.onEvents = [&turns] { ++turns; };
+    clock.plan(0.02, [this] { device->receive("x"); });
+    EXPECT_TRUE(module1.WaitForInput(0.05F, 1));
+    EXPECT_NEAR(clock.passed(), 0.02, 0.002);
+    EXPECT_FALSE(module1.WaitForInput(0.05F, 0));
+    EXPECT_NEAR(clock.passed(), 0.07, 0.01);
+    EXPECT_EQ(turns, 0);
+}
+
+/// Ticks of the counter since the latest wait, and what they count as: 2^32 is added to a low half that is negative.
+struct TicksCase {
+    std::int64_t ticks;
+    double seconds;
+};
+
+TEST_F(Module1OnAFakeBus, NegativeHalvesOfTheCounterAreRead)
+{
+    module1.WaitForInput(0, 0); // at counter 0: the origin is -1
+    for (const auto& [ticks, expected] : {TicksCase{0x80000000, 2147.483648},
+                                          {0xFFFFFFFF, 4294.967295},
+                                          {0x180000000, 6442.450944},
+                                          {-5, -5e-6},
+                                          {-0x100000000, 0},
+                                          {-0x100000001, -4294.967297}}) {
+        clock.counterStart = ticks - 1;
+        float seconds = 7;
+        EXPECT_TRUE(module1.PerfSeconds(seconds));
+        EXPECT_FLOAT_EQ(seconds, static_cast<float>(expected)) << ticks;
+    }
+}
+
+TEST_F(Module1OnAFakeBus, NegativeOrZeroLowHalfOfTheFrequencyIsRead)
+{
+    module1.WaitForInput(0, 0);
+    clock.counterStart = 6'000'000'000 - 1;
+    clock.frequency = 3'000'000'000; // its low half is negative
+    float seconds = 0;
+    EXPECT_TRUE(module1.PerfSeconds(seconds));
+    EXPECT_FLOAT_EQ(seconds, 2);
+    clock.frequency = 0x100000000; // its low half is zero
+    EXPECT_TRUE(module1.PerfSeconds(seconds));
+    EXPECT_FLOAT_EQ(seconds, static_cast<float>(6e9 / 8589934592.0));
+}
+
 } // namespace
 } // namespace quorvel::link

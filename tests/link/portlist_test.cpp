@@ -83,5 +83,20 @@ TEST(PortList, PortsAreSortedByTheirNumbers)
                                         "COM4 /dev/ttyUSB10"}));
 }
 
+TEST(PortList, KeepsTheOrderOfThePlatform)
+{
+    const PortList list({}, [] {
+        return std::vector<PortInfo>{{"COM12", "", 12}, {"COM3", "", 3}, {"CNCA0", "", 0}, {"COM1", "", 1}};
+    });
+    EXPECT_EQ(texts(list), QStringList({"COM12", "COM3", "CNCA0", "COM1"}));
+}
+
+TEST(PortList, OfTwoPortsWithOneNumberTheFirstHasIt)
+{
+    const PortList list({}, [] { return std::vector<PortInfo>{{"COM3", "", 3}, {"VCP3", "", 3}}; });
+    EXPECT_EQ(texts(list), QStringList({"COM3", "VCP3"}));
+    EXPECT_EQ(list.deviceOf(3), "COM3");
+}
+
 } // namespace
 } // namespace quorvel::link

@@ -70,5 +70,12 @@ TEST(Search, Finds249Readouts)
     EXPECT_EQ(found.back(), "249");
 }
 
+TEST(Search, LowerCaseIsReadAtTheHeadButNotLookedFor)
+{
+    EXPECT_EQ(foundAddresses(":0a01FF\r\n:0501FF\r\n"), (Addresses{"10"})) << "5 is found, 10 is at the head";
+    EXPECT_EQ(foundAddresses(":0501FF\r\n:0a01FF\r\n"), (Addresses{"05"}));
+    EXPECT_TRUE(foundAddresses(":0a01FF\r\n").empty());
+}
+
 } // namespace
 } // namespace quorvel::protocol

@@ -168,5 +168,31 @@ TEST_F(Celebration1ByHand, SendsEveryFrameToTheAddressInItsBox)
     EXPECT_EQ(bench.currentAddress, "1") << "the main window keeps its own";
 }
 
+TEST_F(Celebration1Download, OfYTellsTheVerdictOfTheReadout)
+{
+    open("Y");
+    fill({1, 2});
+    button("Command1").click();
+    EXPECT_EQ(messages.shown, QStringList("Y向标定参数下载完毕！"));
+    const auto frames = bus.frames();
+    ASSERT_EQ(frames.size(), 1);
+    EXPECT_EQ(frames[0].left(39), ":056311+000.000+000.000+001.000+001.000");
+    bus.fault("echo@6311");
+    messages.shown.clear();
+    button("Command1").click();
+    EXPECT_EQ(messages.shown, QStringList("Y向标定参数下载失败！"));
+}
+
+TEST_F(Celebration1Download, OfZGoesOnWithZ2AfterZ1HasFailed)
+{
+    bench.currentAddress = "33";
+    open("Z");
+    fill({1, 2, 3});
+    bus.fault("echo@780111");
+    button("Command1").click();
+    EXPECT_EQ(messages.shown, (QStringList{"Z1向标定参数下载失败！", "Z2向标定参数下载完毕！"}));
+    EXPECT_EQ(bus.frames().size(), 2);
+}
+
 } // namespace
 } // namespace quorvel::test

@@ -1,3 +1,4 @@
+#include "autoread/largest_file.h"
 #include "calibration/older_file.h"
 #include "windows/celebration1_on_the_bus.h"
 
@@ -219,7 +220,9 @@ TEST_F(Celebration1Files, OlderFileIsEditedAndTheOriginalKept)
     write(inFolder("older.mdb"), older);
     messages.files = {inFolder("older.mdb")};
     button("Command3").click();
-    EXPECT_EQ(status(), "Loaded " + inFolder("older.mdb") + ".");
+    EXPECT_TRUE(
+        status().startsWith("Loaded " + inFolder("older.mdb") + ". The points that were there are kept as "))
+        << qPrintable(status());
     goTo(0, 1);
     enter("1.5");
     EXPECT_TRUE(status().contains("XDirection.older-2.mdb")) << qPrintable(status());
@@ -242,11 +245,11 @@ TEST_F(Celebration1Files, OlderFileMayLoseItsTextsWhileItIsEdited)
     EXPECT_EQ(cell(3, 1), "10.5");
 }
 
-// The older file must be written anew, and a folder stands in the way.
+// The older file must be written anew, and there is no room for it.
 TEST_F(Celebration1Files, ClosingAsksWhenWhatWasTypedCannotBeWritten)
 {
     write(inFolder("XDirection.mdb"), QByteArray::fromStdString(calibration::olderFile()));
-    QDir(folder.path()).mkpath("XDirection.new.mdb/in the way");
+    auto limit = std::make_unique<LargestFile>(5000);
     open("X");
     goTo(0, 1);
     enter("1.5");
@@ -260,13 +263,24 @@ TEST_F(Celebration1Files, ClosingAsksWhenWhatWasTypedCannotBeWritten)
     EXPECT_TRUE(window->isVisible());
     EXPECT_TRUE(lastMessage().contains("Go on and lose it?")) << qPrintable(lastMessage());
 
-    QDir(inFolder("XDirection.new.mdb")).removeRecursively();
+    limit.reset();
     messages.shown.clear();
     window->close();
     EXPECT_FALSE(window->isVisible());
     EXPECT_TRUE(messages.shown.isEmpty());
     window.reset();
     EXPECT_EQ(rowsOf(inFolder("XDirection.mdb"))[0], "0 1.5 -");
+}
+
+TEST_F(Celebration1Files, LoadingAsksForAFileToOpenAndSavingForOneToSave)
+{
+    open("X");
+    button("Command4").click();
+    EXPECT_TRUE(messages.lastChoice.toSave);
+    EXPECT_EQ(messages.lastChoice.filter, "*.mdb");
+    button("Command3").click();
+    EXPECT_FALSE(messages.lastChoice.toSave);
+    EXPECT_EQ(messages.lastChoice.filter, "");
 }
 
 } // namespace

@@ -150,5 +150,65 @@ TEST_F(Form1OnTheBus, ClosingClosesThePort)
     EXPECT_FALSE(mscomm1.PortOpen());
 }
 
+/// The main window with the ports that a platform tells of, in its order.
+class PlatformPorts : public Form1ByHand {
+protected:
+    /// Chooses a port of the list and presses "OpenComm".
+    void openAt(int index)
+    {
+        child<QComboBox>(window, "Combo1")->setCurrentIndex(index);
+        child<QPushButton>(window, "Command1")->click();
+    }
+    QString told() { return child<QLabel>(window, "Status")->text(); }
+
+    QStringList opened;
+    link::PortList platform{
+        {}, [] {
+            return std::vector<link::PortInfo>{
+                {"COM7", "", 7}, {"COM3", "", 3}, {"VCP3", "", 3}, {"CNCA0", "", 0}, {"COM12", "USB", 12}};
+        }};
+    link::MSComm comm{platform, [this](const QString& name, const link::LineSettings&) {
+                          opened << name;
+                          return link::OpenedDevice{std::make_unique<FakeDevice>(), {}};
+                      }};
+    link::Module1 module{comm, clock};
+    Form1 window{{bench, module, gate, messages}, platform};
+};
+
+TEST_F(PlatformPorts, AreListedInTheOrderOfThePlatformAndTheFirstIsSelected)
+{
+    const auto& list = *child<QComboBox>(window, "Combo1");
+    QStringList entries;
+    for (int i = 0; i < list.count(); ++i) {
+        entries << list.itemText(i);
+    }
+    EXPECT_EQ(entries, QStringList({"COM7", "COM3", "VCP3", "CNCA0", "COM12 USB"}));
+    EXPECT_EQ(list.currentIndex(), 0);
+    child<QPushButton>(window, "Command1")->click();
+    EXPECT_EQ(opened, QStringList("COM7"));
+}
+
+TEST_F(PlatformPorts, AreOpenedByTheNumberInTheirName)
+{
+    openAt(4);
+    EXPECT_EQ(opened, QStringList("COM12"));
+    EXPECT_EQ(messages.shown, QStringList());
+}
+
+TEST_F(PlatformPorts, ANameWithoutANumberOfItsOwnNeverOpensAnotherPort)
+{
+    for (const auto& [index, name] : {std::pair{2, "VCP3"}, {3, "CNCA0"}}) {
+        messages.shown.clear();
+        openAt(index);
+        EXPECT_EQ(messages.shown, QStringList("The Commport is error,please change!")) << name;
+        EXPECT_EQ(told(), QStringLiteral("%1 cannot be opened: its name does not end in a port number of its "
+                                         "own. Choose another port.")
+                              .arg(name));
+        EXPECT_FALSE(comm.PortOpen());
+        EXPECT_EQ(child<QPushButton>(window, "Command1")->text(), "OpenComm");
+    }
+    EXPECT_EQ(opened, QStringList());
+}
+
 } // namespace
 } // namespace quorvel::test

@@ -5,6 +5,7 @@
 #include <QAbstractItemView>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QFile>
 #include <QMenu>
 #include <QRadioButton>
 #include <QRegularExpression>
@@ -177,8 +178,10 @@ TEST_F(ReadingByHand, TabGoesRoundWhatCanBeOperatedAndTheKeyboardStopsIt)
         press(Qt::Key_Space);
     });
     readFor(60);
-    EXPECT_EQ(forth, QStringList({"TestNo", "List1", "Option1", "Combo1", "foundScroll", "Command2"}));
-    EXPECT_EQ(back, QStringList({"foundScroll", "Combo1", "Option1", "List1", "TestNo", "Command2"}));
+    EXPECT_EQ(forth,
+              QStringList({"TestNo", "List1", "Tools", "Option1", "Combo1", "foundScroll", "Command2"}));
+    EXPECT_EQ(back,
+              QStringList({"foundScroll", "Combo1", "Option1", "Tools", "List1", "TestNo", "Command2"}));
     EXPECT_LE(clock.passed(), 3.1);
 }
 
@@ -322,6 +325,69 @@ TEST_F(ThreeDirections, ASilentZIsAnEmptyField)
     const QRegularExpression empty(R"(^  X: .{8}  Y: .{8}  Z: $)");
     EXPECT_TRUE(
         empty.match(QString::fromStdString(protocol::ReadSensorValues(module1, 5, bench))).hasMatch());
+}
+
+TEST_F(ReadingByHand, HelpOpensMeanwhileAndReadingsGoOn)
+{
+    const QTemporaryDir folder;
+    QFile readme(folder.filePath("readme.txt"));
+    ASSERT_TRUE(readme.open(QIODevice::WriteOnly) && readme.write("How to begin\n") > 0);
+    readme.close();
+    bench.helpText = readme.fileName().toStdString();
+    form.show();
+    clock.plan(2, [this] { choose("Help"); });
+    QPointer<QWidget> help;
+    int meanwhile = 0;
+    clock.plan(21, [&] {
+        help = QApplication::activeModalWidget();
+        ASSERT_TRUE(help);
+        EXPECT_EQ(help->windowTitle(), "Help");
+        meanwhile = List1().count();
+        QTest::mouseClick(child<QPushButton>(*help, "Command1"), Qt::LeftButton);
+        EXPECT_FALSE(help && help->isVisible());
+    });
+    readFor(30);
+    EXPECT_EQ(meanwhile, 2);
+    EXPECT_EQ(lines().size(), 3);
+}
+
+TEST_F(ReadingByHand, PressOfThePortButtonBetweenStopAndTheEndDoesNothing)
+{
+    button("Command1").click(); // closed
+    button("Command1").click();
+    ASSERT_EQ(openings.size(), 2U);
+    const QPointer<FakeDevice> before = device;
+    clock.plan(3.2, [this] {
+        button("Command2").click();
+        EXPECT_EQ(button("Command2").text(), "Stop") << "the loop has not ended";
+        EXPECT_FALSE(button("Command1").isEnabled());
+        button("Command1").click();
+        QTest::mouseClick(&button("Command1"), Qt::LeftButton);
+    });
+    button("Command2").click();
+    EXPECT_LE(clock.passed(), 4.1);
+    EXPECT_TRUE(before) << "the port was closed";
+    EXPECT_EQ(openings.size(), 2U);
+    EXPECT_EQ(button("Command1").text(), "CloseComm");
+    EXPECT_TRUE(button("Command1").isEnabled());
+}
+
+TEST_F(ReadingByHand, ASecondThatASlowExchangeStepsOverHasNoReading)
+{
+    // The exchange of 14:05:20 lasts beyond 14:05:30.
+    clock.plan(7.05, [this] { clock.move(10); });
+    readFor(30);
+    ASSERT_EQ(lines().size(), 2);
+    EXPECT_TRUE(lines()[0].startsWith("14:05:20  ")) << qPrintable(lines()[0]);
+    EXPECT_TRUE(lines()[1].startsWith("14:05:40  ")) << qPrintable(lines()[1]);
+}
+
+TEST_F(ReadingByHand, HalfAnAddressIsRoundedUp)
+{
+    TestNo().setText("5.5");
+    readFor(10);
+    EXPECT_EQ(device->written, ":062101FF\r\n");
+    EXPECT_EQ(lines().size(), 1);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "windows/form1_on_the_bus.h"
 
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTimer>
 
 namespace quorvel::test {
@@ -141,6 +143,34 @@ TEST_F(ManyReadouts, AreAllFound)
     EXPECT_EQ(found.size(), 249);
     EXPECT_EQ(found.first(), "01");
     EXPECT_EQ(found.last(), "249");
+}
+
+TEST_F(SearchByHand, ALongListIsReachedAndScrolledByKeyboard)
+{
+    activate();
+    clock.plan(1, [this] {
+        for (int address = 1; address <= 249; ++address) {
+            device->receive(
+                QStringLiteral(":%1FF\r\n").arg(address, 2, 16, QLatin1Char('0')).toUpper().toStdString());
+        }
+    });
+    button("Command4").click();
+    EXPECT_TRUE(NoList().endsWith(",248,249"));
+    QCoreApplication::processEvents();
+    auto& scroll = *child<QScrollArea>(form, "foundScroll");
+    auto& bar = *scroll.horizontalScrollBar();
+    ASSERT_GT(bar.maximum(), 0);
+    button("Command4").setFocus();
+    press(Qt::Key_Tab);
+    ASSERT_EQ(QApplication::focusWidget(), &scroll);
+    for (int i = 0; i < 1000 && bar.value() < bar.maximum(); ++i) {
+        press(Qt::Key_Right);
+    }
+    EXPECT_EQ(bar.value(), bar.maximum());
+    const auto* list = child<QLabel>(form, "NoList");
+    const auto end =
+        list->mapTo(scroll.viewport(), QPoint(list->fontMetrics().horizontalAdvance(list->text()), 0));
+    EXPECT_LE(end.x(), scroll.viewport()->width()) << "the last address is in sight";
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QFile>
 #include <QMenu>
 #include <QMenuBar>
@@ -190,18 +191,122 @@ TEST_F(Form1Window, TabVisitsAllControlsInTheirOrder)
     ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
     child<QRadioButton>(*form, "Option1")->setFocus();
     QStringList visited;
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < 9; ++i) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         visited << QApplication::focusWidget()->objectName();
     }
     EXPECT_EQ(visited, QStringList({"Combo1", "Command1", "Command4", "foundScroll", "Command2", "TestNo",
-                                    "List1", "Option1"}));
+                                    "List1", "Tools", "Option1"}));
+}
+
+TEST_F(Form1Window, ToolsStandAtTheRightEndOfTheStatusBar)
+{
+    int chosen = 0;
+    auto* tool = form->addTool("Something", [&chosen] { ++chosen; });
+    tool->trigger();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(chosen, 1);
+    auto& tools = button("Tools");
+    EXPECT_EQ(tools.text(), "Tools");
+    EXPECT_GT(tools.mapTo(form.get(), QPoint()).x(), form->width() / 2);
+    tools.click();
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(menu->actions(), QList<QAction*>{tool});
+    menu->close();
+}
+
+TEST_F(Form1Window, TheReadOnlyMarkIsHiddenUntilItIsAskedFor)
+{
+    auto* mark = child<QLabel>(*form, "ReadOnlyMark");
+    EXPECT_FALSE(mark->isVisible());
+    form->showReadOnly(true);
+    EXPECT_TRUE(mark->isVisible());
+    EXPECT_TRUE(mark->text().endsWith("Read Only"));
 }
 
 TEST_F(Form1Window, Timer1CountsSeconds)
 {
     EXPECT_TRUE(QTest::qWaitFor([this] { return form->ElapsedSeconds() >= 1; }, kPatience));
     EXPECT_EQ(form->ElapsedSeconds(), 1);
+}
+
+/// The captions of a menu, from top to bottom.
+QStringList captionsOf(const Form1& form, const QString& menu)
+{
+    QStringList captions;
+    for (const auto* entry : child<QMenu>(form, menu)->actions()) {
+        captions << entry->text();
+    }
+    return captions;
+}
+
+TEST_F(Form1Window, ReadingsAndCalibrationHoldTheirItemsInOrder)
+{
+    EXPECT_EQ(captionsOf(*form, "Readings"),
+              QStringList({"Immediate Reading", "Automatic Readings", "X-GrayScale-Data", "Y-GrayScale-Data",
+                           "Z1-GrayScale-Data", "Z2-GrayScale-Data"}));
+    EXPECT_EQ(captionsOf(*form, "cal"),
+              QStringList({"X Direction", "Y Direction", "Z Direction", "Stitching Location"}));
+}
+
+TEST_F(Form1Window, AnyEditionButUserOffersCalibration)
+{
+    for (const auto* edition : {"SERVICE", "user", "USER ", ""}) {
+        startAs(edition);
+        EXPECT_TRUE(child<QMenu>(*form, "cal")->menuAction()->isVisible()) << edition;
+    }
+    startAs("USER");
+    EXPECT_FALSE(child<QMenu>(*form, "cal")->menuAction()->isVisible());
+}
+
+TEST_F(Form1Window, ImmediateReadingOfTheMenuDoesNothingWhileAnotherWindowIsOpen)
+{
+    openPort();
+    TestNo().setText("5");
+    QDialog other(form.get());
+    other.setModal(true);
+    other.show();
+    ASSERT_EQ(QApplication::activeModalWidget(), &other);
+    choose("ImmediateReading");
+    EXPECT_EQ(button("Command2").text(), "Immediate Reading");
+    EXPECT_EQ(status(), bus.device() + " is open.");
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(bus.frames(), QStringList());
+}
+
+/// An address as typed, and what the status bar says of it.
+struct HintCase {
+    const char* typed;
+    const char* hint;
+};
+
+TEST_F(Form1Window, AnAddressThatNamesNoReadoutIsToldAsItIsTyped)
+{
+    constexpr auto kEvery =
+        " addresses every readout on the bus: what is set or deleted is set or deleted in all of them. One "
+        "readout has an address from 1 to 249.";
+    const auto type = [this](const QString& text) {
+        TestNo().clear();
+        QTest::keyClicks(&TestNo(), text);
+    };
+    for (const auto& [typed, hint] :
+         {HintCase{"255", kEvery}, {"-1", kEvery}, {"250", nullptr}, {"261", " is sent as the address 5."}}) {
+        form->showStatus("");
+        type(typed);
+        EXPECT_EQ(bench.currentAddress, typed);
+        if (hint) {
+            EXPECT_TRUE(status().startsWith(QStringLiteral("\"%1\"%2").arg(typed, hint)))
+                << qPrintable(status());
+        } else {
+            EXPECT_EQ(status(), "No readout has the address \"250\". Addresses are 1 to 249.");
+        }
+        type("5");
+        EXPECT_EQ(status(), "") << typed;
+    }
+    type("250");
+    TestNo().clear();
+    EXPECT_EQ(status(), "") << "a search begins with an empty box";
 }
 
 } // namespace

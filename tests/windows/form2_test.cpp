@@ -94,5 +94,25 @@ TEST_F(Form2ByHand, WhatWaitsBeforeTheAnswerIsReadWithIt)
     EXPECT_EQ(press("Command1"), QStringList("New Address Setting Successfully"));
 }
 
+TEST_F(Form2ByHand, AnswerCountsWithinAQuarterOfASecond)
+{
+    open();
+    box("Text2").setText("33");
+    struct {
+        double seconds; ///< after the pause behind the last character
+        const char* message;
+    } const rows[] = {{0.24, "New Address Setting Successfully"}, {0.26, "New Address Setting Failed"}};
+    for (const auto& row : rows) {
+        onFrame = [this, &row] {
+            clock.plan(0.005 + row.seconds, [this] { device->receive(":010221FF\r\n"); });
+        };
+        const double before = clock.passed();
+        EXPECT_EQ(press("Command1"), QStringList(row.message)) << row.seconds;
+        EXPECT_NEAR(clock.passed() - before, 0.03 + 11 * 0.005 + 0.25, 0.003);
+        clock.move(1);
+        mscomm1.Input(); // what came too late
+    }
+}
+
 } // namespace
 } // namespace quorvel::test

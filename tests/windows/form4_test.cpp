@@ -119,6 +119,21 @@ TEST_P(Form4OnTheBus, NoSelectionSendsOff)
     EXPECT_EQ(bus.frames(), QStringList(GetParam().setOff));
 }
 
+TEST_P(Form4OnTheBus, AnotherAddressInAReplyDoesNotMatterToAQueryAndSilencesASet)
+{
+    const auto& row = GetParam();
+    const QString queried(row.queryFrame);
+    bus.command("reply 5 " + queried.mid(3, 4) + " :0C" + queried.mid(3, 4) + "01FF");
+    EXPECT_EQ(press(query()), QStringList(row.onText));
+    EXPECT_EQ(switchList().currentText(), "True");
+    EXPECT_TRUE(status().startsWith("The readout answered \":0C")) << qPrintable(status());
+
+    const QString set_(row.setOn);
+    bus.command("reply 5 " + set_.mid(3, 4) + " :0C" + set_.mid(3));
+    EXPECT_EQ(press(set()), QStringList());
+    EXPECT_TRUE(status().startsWith("The readout answered \":0C")) << qPrintable(status());
+}
+
 INSTANTIATE_TEST_SUITE_P(All, Form4OnTheBus, ::testing::ValuesIn(kSwitches),
                          [](const auto& instance) { return instance.param.name; });
 

@@ -64,6 +64,15 @@ TEST_P(Form51Direction, LateCharactersAreDrainedBeforeSetAndQuery)
     EXPECT_EQ(box(row.box).text(), "+0.00000");
 }
 
+// The bus knows no full-width digits, so such a text does not begin with a number.
+TEST_P(Form51Direction, FullWidthDigitsAreSentAsZero)
+{
+    const auto& row = GetParam();
+    box(row.box).setText(QStringLiteral("１.５"));
+    EXPECT_EQ(press(row.set), QStringList("Set OK!"));
+    EXPECT_EQ(bus.frames(), QStringList(QString(row.setFrame).replace("+1.50000", "+0.00000")));
+}
+
 INSTANTIATE_TEST_SUITE_P(All, Form51Direction, ::testing::ValuesIn(kDirectionCases),
                          [](const auto& instance) { return instance.param.name; });
 

@@ -121,5 +121,28 @@ TEST_F(Form6ByHand, SurvivesAnAdapterThatIsPulled)
     EXPECT_TRUE(told.contains("is gone")) << qPrintable(told);
 }
 
+TEST_F(Form6ByHand, WhatWaitsIsThrownAwayBeforeSetAndQuery)
+{
+    child<QLineEdit>(form, "Text1")->setText("0512");
+    device->receive("15 waiting here");
+    answerWith({":0178210512FF\r\n"});
+    child<QPushButton>(form, "Command2")->click();
+    EXPECT_EQ(messages.last(), "SetOK!");
+    device->receive("15 waiting here");
+    answerWith({":0178220777FF\r\n"});
+    child<QPushButton>(form, "Command1")->click();
+    EXPECT_EQ(messages.last(), "Y-Direction stitching location is 0777");
+}
+
+TEST_F(Form6ByHand, FullWidthDigitsAreRefusedInWordsAndNotSent)
+{
+    child<QLineEdit>(form, "Text1")->setText(QStringLiteral("０５１２"));
+    child<QPushButton>(form, "Command2")->click();
+    EXPECT_EQ(messages.shown,
+              QStringList(QStringLiteral("\"０５１２\" was not sent: it holds characters that the bus "
+                                         "cannot carry. Type plain digits.")));
+    EXPECT_EQ(frames, std::vector<std::string>());
+}
+
 } // namespace
 } // namespace quorvel::test

@@ -161,5 +161,53 @@ TEST_F(GrayScaleChartAlone, ClosingInMidReadingWaitsForTheReply)
     EXPECT_TRUE(messages.shown.isEmpty());
 }
 
+TEST_F(GrayScaleChartAlone, AnAddressOfBlanksPassesTheCheckOfZToo)
+{
+    openPort();
+    bench.currentAddress = QStringLiteral(" ");
+    for (const auto& [direction, frame] : {std::pair{"Z1", ":007803FF\r\n"}, {"Z2", ":007804FF\r\n"}}) {
+        device->written.clear();
+        messages.shown.clear();
+        EXPECT_FALSE(closesByItself(direction));
+        EXPECT_EQ(device->written, frame);
+        EXPECT_EQ(messages.shown, QStringList{QStringLiteral("Comm Error")});
+    }
+}
+
+TEST_F(GrayScaleChartAlone, ACommErrorEnablesTheButtonsOfEveryDirection)
+{
+    openPort();
+    for (const auto* direction : {"X", "Y", "Z1", "Z2"}) {
+        messages.shown.clear();
+        bool enabledMeanwhile = true;
+        clock.plan(
+            1, [&] { enabledMeanwhile = shown->saveGraph().isEnabled() || shown->saveData().isEnabled(); });
+        EXPECT_FALSE(closesByItself(direction));
+        EXPECT_EQ(messages.shown, QStringList{QStringLiteral("Comm Error")});
+        EXPECT_FALSE(enabledMeanwhile) << direction;
+        EXPECT_TRUE(shown->saveGraph().isEnabled()) << direction;
+        EXPECT_TRUE(shown->saveData().isEnabled()) << direction;
+        EXPECT_FALSE(shown->window.dataReady()) << direction;
+    }
+}
+
+// Where a window manager shows only the title of a minimised window, its size says nothing.
+TEST_F(GrayScaleChartAlone, AMinimisedWindowIsNotLaidOut)
+{
+    openPort();
+    closesByItself("X");
+    const auto before = shown->chart().geometry();
+    shown->window.showMinimized();
+    ASSERT_TRUE(shown->window.isMinimized());
+    QResizeEvent small(QSize(160, 24), shown->window.size());
+    QCoreApplication::sendEvent(&shown->window, &small);
+    shown->window.resize(160, 24);
+    EXPECT_EQ(shown->chart().geometry(), before);
+    shown->window.showNormal();
+    shown->window.resize(800, 600);
+    EXPECT_EQ(shown->chart().width(), 800);
+    EXPECT_EQ(shown->chart().height(), 600 - shown->chart().y());
+}
+
 } // namespace
 } // namespace quorvel

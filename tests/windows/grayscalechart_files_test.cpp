@@ -92,5 +92,66 @@ TEST_F(GrayScaleChartOnTheBus, SaveGraphWritesAJpegAndIsSilentWhenItCannot)
     EXPECT_TRUE(window.status().contains(file("missing/x.jpg"))) << qPrintable(window.status());
 }
 
+TEST_F(GrayScaleChartOnTheBus, BothFileDialogsOpenFiles)
+{
+    auto& window = open("X");
+    messages.lastChoice.toSave = true;
+    window.saveData().click();
+    EXPECT_FALSE(messages.lastChoice.toSave);
+    messages.lastChoice.toSave = true;
+    window.saveGraph().click();
+    EXPECT_FALSE(messages.lastChoice.toSave);
+}
+
+/// Pixels of an area that are of a kind.
+template<class Kind>
+int countIn(const QImage& image, const QRect& area, Kind kind)
+{
+    int count = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (kind(QColor(image.pixel(x, y)))) ++count;
+        }
+    }
+    return count;
+}
+
+TEST_F(GrayScaleChartOnTheBus, ThePictureHasTheRedLinesAndTheTitle)
+{
+    auto& window = open("X");
+    messages.files = {file("x.jpg")};
+    window.saveGraph().click();
+    const QImage picture(file("x.jpg"));
+    ASSERT_FALSE(picture.isNull());
+    auto& chart = window.chart();
+    const double scale = static_cast<double>(picture.width()) / chart.width();
+    const auto inPicture = [scale](const QRectF& area) {
+        return QRectF(area.topLeft() * scale, area.size() * scale).toRect();
+    };
+    const QRectF plot = chart.axisRect()->rect();
+    const auto isRed = [](const QColor& colour) {
+        return colour.red() > 150 && colour.green() < colour.red() - 60 && colour.blue() < colour.red() - 60;
+    };
+    const auto redAt = [&](double millimetres) {
+        const double x = chart.xAxis->coordToPixel(millimetres);
+        return countIn(picture, inPicture({x - 2, plot.top(), 4, plot.height()}), isRed);
+    };
+    const int half = static_cast<int>(plot.height() * scale / 2);
+    EXPECT_GT(redAt(0), half);
+    EXPECT_GT(redAt(50), half);
+    EXPECT_EQ(redAt(25), 0);
+    EXPECT_EQ(redAt(12), 0);
+
+    const auto isInk = [](const QColor& colour) { return colour.lightness() < 110; };
+    const auto aboveThePlot = inPicture({plot.left(), 1, plot.width(), plot.top() - 3});
+    EXPECT_GT(countIn(picture, aboveThePlot, isInk), 500);
+    chart.setTitle(QString());
+    chart.replot();
+    const auto untitled = chart.picture();
+    EXPECT_EQ(
+        countIn(untitled, inPicture({plot.left(), 1, plot.width(), chart.axisRect()->top() - 3.0}), isInk), 0)
+        << "it is the title that stands there";
+}
+
 } // namespace
 } // namespace quorvel

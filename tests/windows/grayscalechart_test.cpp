@@ -224,5 +224,53 @@ TEST_F(GrayScaleChartOnTheBus, TheChartFillsTheWindowBelowItsPanel)
     }
 }
 
+/// What stands at the ticks of an axis, from its lower to its upper end.
+QStringList ticksOf(const QCPAxis& axis)
+{
+    QVector<double> ticks;
+    QVector<QString> labels;
+    axis.ticker()->generate(axis.range(), QLocale::c(), u'g', 6, ticks, nullptr, &labels);
+    return {labels.begin(), labels.end()};
+}
+
+TEST_F(GrayScaleChartOnTheBus, TheTicksShowMillimetresAndBrightness)
+{
+    auto& window = open("X");
+    EXPECT_EQ(ticksOf(*window.chart().xAxis),
+              QStringList({"0", "5", "10", "15", "20", "25", "30", "35", "40", "45", "50", "\n(mm)"}));
+    EXPECT_EQ(ticksOf(*window.chart().yAxis),
+              QStringList({"0", "20", "40", "60", "80", "100", "120", "140", "160", "180", "200", "220",
+                           "240", "260", "280", "GrayScale"}));
+}
+
+/// The window against readout 5, of type B.
+class GrayScaleChartOfTypeB : public test::BenchOnTheBus {
+protected:
+    GrayScaleChartOfTypeB() : BenchOnTheBus({"--fast", "--seed", "1", "--readout", "5:B"}) {}
+};
+
+TEST_F(GrayScaleChartOfTypeB, YReachesAHundredMillimetres)
+{
+    bench.GrayscaleDirection = QStringLiteral("Y");
+    bench.instrumentType = link::TypeB;
+    Shown shown(workplace);
+    shown.show();
+    EXPECT_EQ(bus.frames(), QStringList{QStringLiteral(":0566FF")});
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(shown.drawn(), 7330);
+    EXPECT_EQ(shown.title(), "Grayscale Graph of CCD's Pixels (Y-direction)");
+    auto& chart = shown.chart();
+    ASSERT_EQ(chart.graphCount(), 4);
+    for (const auto& [series, at] : {std::pair{1, 0}, {2, 50}, {3, 100}}) {
+        EXPECT_EQ(chart.graph(series)->data()->at(0)->key, at);
+        EXPECT_EQ(chart.graph(series)->data()->at(1)->key, at);
+        EXPECT_EQ(chart.graph(series)->pen().color(), QColor(Qt::red));
+    }
+    EXPECT_DOUBLE_EQ(chart.graph(0)->data()->at(63)->key, -0.85) << "pixel 64";
+    const auto ticks = ticksOf(*chart.xAxis);
+    EXPECT_EQ(ticks.first(), "0");
+    EXPECT_EQ(ticks.mid(ticks.size() - 2), QStringList({"100", "\n(mm)"}));
+}
+
 } // namespace
 } // namespace quorvel

@@ -235,6 +235,29 @@ TEST_F(SetAutoOnTheBus, PulledAdapterLeavesTheRowsAndTheReason)
     EXPECT_THAT(controls.status().toStdString(), ::testing::HasSubstr(bus.device().toStdString()));
 }
 
+TEST_F(SetAutoOnTheBus, TypesBAndDDownloadTwoDirections)
+{
+    for (const auto type : {link::TypeB, link::TypeD}) {
+        bench.instrumentType = type;
+        const auto name = QStringLiteral("%1.mdb").arg(type);
+        download(name);
+        EXPECT_EQ(controls.Label3().text(), "Total 5 records. 5 records have been received.");
+        const auto table = exported(path(name));
+        EXPECT_THAT(table, ::testing::StartsWith("time,x,y\n"));
+        EXPECT_EQ(rowsIn(table), 5);
+    }
+    EXPECT_EQ(messages.shown, QStringList());
+}
+
+TEST_F(SetAutoOnTheBus, CharactersThatAreNotLookedAtDoNotMatter)
+{
+    bus.command("reply 5 22 ~~~~~100000100011~~");
+    bus.command("reply 5 24 ~~~~~????240229235959+012.500-001.250~~");
+    download("a.mdb");
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(exported(path("a.mdb")), "time,x,y\n2024-02-29T23:59:59,12.5,-1.25\n");
+}
+
 } // namespace
 
 } // namespace quorvel::test

@@ -264,6 +264,43 @@ TEST_F(SetAutoByHand, ProgramThatEndsDuringADownloadKeepsTheRows)
     EXPECT_EQ(rowsIn(exported(database())), 5);
 }
 
+/// The slots of the ring that were asked for.
+std::vector<std::string> slotsAskedFor(const std::vector<std::string>& frames)
+{
+    std::vector<std::string> slots;
+    for (const auto& frame : frames) {
+        if (frame.starts_with(":0524")) slots.push_back(frame.substr(5, 4));
+    }
+    return slots;
+}
+
+// Characters 14 to 17 hold what is next: "0008", of which "000" has come, is 0, and so the ring has wrapped.
+TEST_F(SetAutoByHand, CountCutInsideNextGoesOnWithWhatItReads)
+{
+    readout.answer = [](const std::string& frame) {
+        return frame == ":0522FF" ? std::string(":052200100007000") : wrappedRing(frame);
+    };
+    download();
+    EXPECT_EQ(messages.shown, QStringList("Comm Error"));
+    EXPECT_EQ(slotsAskedFor(readout.frames),
+              (std::vector<std::string>{"0007", "0008", "0009", "0000", "0001", "0002", "0003", "0004",
+                                        "0005", "0006"}));
+    EXPECT_EQ(controls.Label3().text(), "Total 10 records. 10 records have been received.");
+}
+
+TEST_F(SetAutoByHand, NextAboveTheCapacityIsFetchedModuloTheCapacity)
+{
+    readout.answer = [](const std::string& frame) {
+        return frame == ":0522FF" ? std::string(":0522001000070013FF\r\n") : wrappedRing(frame);
+    };
+    download();
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(slotsAskedFor(readout.frames),
+              (std::vector<std::string>{"0007", "0008", "0009", "0000", "0001", "0002"}));
+    EXPECT_EQ(controls.Label3().text(), "Total 6 records. 6 records have been received.");
+    EXPECT_EQ(rowsIn(exported(database())), 6);
+}
+
 } // namespace
 
 } // namespace quorvel::test

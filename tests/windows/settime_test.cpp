@@ -132,5 +132,14 @@ TEST_F(SetTimeByHand, EmptyAddressIsSentAsItStands)
     EXPECT_EQ(frames.front(), ":0004FF");
 }
 
+TEST_F(SetTimeByHand, ItsBoxIsACopyOfTheCurrentAddress)
+{
+    EXPECT_EQ(box("Text1").text(), "1");
+    box("Text1").setText("12");
+    press("Command1");
+    EXPECT_EQ(frames, std::vector<std::string>{":0C04FF"});
+    EXPECT_EQ(bench.currentAddress, "1");
+}
+
 } // namespace
 } // namespace quorvel::test

@@ -152,5 +152,25 @@ TEST_F(SetWireByHand, AnswerThatWhatWaitedHasShiftedIsShownAndLeavesNothingBehin
     EXPECT_EQ(status(), "");
 }
 
+TEST_F(SetWireByHand, QueryWithoutAnAddressIsSentAsZero)
+{
+    open();
+    box("SensorNo").clear();
+    EXPECT_EQ(press("Command3"), QStringList("Comm Error"));
+    EXPECT_EQ(frames, std::vector<std::string>{":0068FF"});
+}
+
+TEST_F(SetWireByHand, OtherCommandDigitsInAReplyStillCount)
+{
+    open();
+    box("Dia").setText("1.5");
+    box("Dia_error").setText("0.3");
+    answerWith({":01992504010000FF\r\n", ":01992504010000FF\r\n"});
+    EXPECT_EQ(press("Command3"), QStringList("Diameter and permitted Error is set as 2.5mm, 0.4mm\r\n"));
+    EXPECT_EQ(status(), "");
+    EXPECT_EQ(press("Command1"), QStringList("Diameter Parameters Setted OK"));
+    EXPECT_EQ(status(), "");
+}
+
 } // namespace
 } // namespace quorvel::test
