@@ -22,6 +22,7 @@ endif()
 option(QUORVEL_UNITY "Compile the sources of a folder as one" OFF)
 option(QUORVEL_WERROR "Treat warnings as errors" OFF)
 option(QUORVEL_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+option(QUORVEL_COVERAGE "Build programs that count what of them runs, for gcov" OFF)
 cmake_dependent_option(QUORVEL_TESTS "Build the tests; needs GoogleTest" OFF "NOT WIN32" OFF)
 cmake_dependent_option(QUORVEL_BENCHES "Build the benchmarks; needs Google Benchmark, GoogleTest and SQLite" OFF
                        "NOT WIN32" OFF)
@@ -44,6 +45,10 @@ if(QUORVEL_SANITIZE)
     target_compile_options(quorvel_flags INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer
                                                    -fno-sanitize-recover=all)
     target_link_options(quorvel_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(QUORVEL_COVERAGE)
+    target_compile_options(quorvel_flags INTERFACE --coverage)
+    target_link_options(quorvel_flags INTERFACE --coverage)
 endif()
 
 # A release defends itself against what slips through (tests/packaging/hardening_test.py).
@@ -88,8 +93,8 @@ endfunction()
 
 # quorvel_optimise_little(<target>)
 #
-# For what is mostly templates of CLI11 and waits for a person or a slow line: in a release the compiler saves itself the
-# costly optimisations.
+# For what is mostly templates of CLI11 and waits for a person or a slow line: in a release the compiler saves itself
+# the costly optimisations.
 function(quorvel_optimise_little target)
     target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
 endfunction()

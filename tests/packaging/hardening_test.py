@@ -20,8 +20,8 @@ DEFENCES = {
 
 
 def defences_of(program):
-    said = subprocess.run(["readelf", "--wide", "--dynamic", "--segments", "--dyn-syms", program], check=True, text=True,
-                          capture_output=True).stdout
+    said = subprocess.run(["readelf", "--wide", "--dynamic", "--segments", "--dyn-syms", program],
+                          check=True, text=True, capture_output=True).stdout
     return {name for name, sign in DEFENCES.items() if re.search(sign, said)}
 
 
