@@ -1,6 +1,7 @@
 #include "app/openers.h"
 #include "app/program.h"
 #include "line/healthwindow.h"
+#include "line/journalwindow.h"
 #include "line/trafficpanel.h"
 
 namespace quorvel {
@@ -36,12 +37,21 @@ void showHealth(Program& program)
     window->raise();
 }
 
+void showJournal(Program& program)
+{
+    auto* window = program.form1.findChild<line::JournalWindow*>("Journal");
+    if (!window) window = new line::JournalWindow(line::journalFile(), &program.form1);
+    window->show();
+    window->raise();
+}
+
 } // namespace
 
 void addTools(Program& program)
 {
     program.form1.addTool(QStringLiteral("Traffic"), [&program] { showTraffic(program); });
     program.form1.addTool(QStringLiteral("Line Health"), [&program] { showHealth(program); });
+    program.form1.addTool(QStringLiteral("Journal"), [&program] { showJournal(program); });
     auto* readOnly = program.form1.addTool(QStringLiteral("Read Only"), [] {});
     readOnly->setCheckable(true);
     readOnly->setObjectName(QStringLiteral("ReadOnly"));

@@ -6,6 +6,7 @@
 #include "link/program_folder.h"
 
 #include <QApplication>
+#include <QFileInfo>
 
 #include <cstdio>
 
@@ -51,6 +52,7 @@ int runProgram(int argc, char* argv[])
     openCalibration(program);
     openGrayscale(program);
     program.module1.setReadOnly(options.readOnly);
+    if (options.journal) program.keepJournal(QFileInfo(QString::fromLocal8Bit(argv[0])).fileName());
     addTools(program);
     if (!options.trace.empty() && trouble.isEmpty())
         trouble = program.trace.open(QString::fromLocal8Bit(options.trace.c_str()));

@@ -18,6 +18,16 @@ Program::~Program()
 {
     for (auto* observer : std::initializer_list<link::ExchangeObserver*>{&traffic, &trace, &health})
         module1.removeObserver(*observer);
+    if (journal) module1.removeObserver(*journal);
+}
+
+void Program::keepJournal(const QString& program)
+{
+    journal = std::make_unique<line::Journal>(
+        line::journalFile(),
+        line::JournalWriter{program, line::userName(), [this] { return mscomm1.deviceName(); }});
+    module1.addObserver(*journal);
+    QObject::connect(journal.get(), &line::Journal::failed, &form1, &Form1::showStatus);
 }
 
 /// Fills the bench before the main window looks at it.

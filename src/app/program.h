@@ -1,6 +1,7 @@
 #pragma once
 
 #include "line/health.h"
+#include "line/journal.h"
 #include "line/trace.h"
 #include "line/trafficmodel.h"
 #include "link/bench.h"
@@ -14,6 +15,8 @@
 #include "main/qtmessages.h"
 #include "main/workplace.h"
 
+#include <memory>
+
 namespace quorvel {
 
 /// All that one run of the program consists of, wired together.
@@ -25,6 +28,10 @@ struct Program {
             const QString& edition);
     ~Program();
 
+    /// Books every set and deletion from now on.
+    /// @param program  name of the program.
+    void keepJournal(const QString& program);
+
     link::Bench bench;
     link::PortList ports;
     link::SystemClock clock;
@@ -34,6 +41,7 @@ struct Program {
     line::TrafficModel traffic;
     line::Trace trace;
     line::Health health;
+    std::unique_ptr<line::Journal> journal; ///< null when it is switched off
     InputFilter filter;
     QtMessages messages;
     Workplace workplace;

@@ -30,6 +30,7 @@ bool Console::openPort()
     module1_->setReadOnly(options.readOnly);
     module1_->addObserver(health_);
     if (!openTrace()) return false;
+    if (options.journal) keepJournal();
     QObject::connect(mscomm1_.get(), &link::MSComm::lost, mscomm1_.get(),
                      [this](const QString& reason) { fail(kNotAnswered, reason); });
     if (ports().entries().empty()) {
@@ -55,6 +56,18 @@ bool Console::openTrace()
                      [this](const QString& words) { tell(words); });
     module1_->addObserver(trace_);
     return true;
+}
+
+void Console::keepJournal()
+{
+    const auto program =
+        bench_.isUserEdition() ? QStringLiteral("quorvelctl") : QStringLiteral("quorvelctl-factory");
+    journal_ = std::make_unique<line::Journal>(
+        line::journalFile(),
+        line::JournalWriter{program, line::userName(), [this] { return mscomm1_->deviceName(); }});
+    module1_->addObserver(*journal_);
+    QObject::connect(journal_.get(), &line::Journal::failed, mscomm1_.get(),
+                     [this](const QString& words) { tell(words); });
 }
 
 void Console::finish() const

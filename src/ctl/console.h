@@ -1,6 +1,7 @@
 #pragma once
 
 #include "line/health.h"
+#include "line/journal.h"
 #include "line/trace.h"
 #include "link/bench.h"
 #include "link/clock.h"
@@ -26,6 +27,7 @@ struct CommonOptions {
     std::string address;    ///< 1..249, decimal
     std::string type = "A"; ///< A, B, C or D
     bool json = false;
+    bool journal = true;   ///< what is set and deleted is booked
     bool readOnly = false; ///< nothing that changes a readout is sent
     bool stats = false;    ///< prints the health of the line at the end
     std::string trace;     ///< file that the traffic is appended to; empty: none
@@ -66,6 +68,7 @@ public:
 
 private:
     bool openTrace();
+    void keepJournal();
     void endProgress() const;
 
     mutable bool progressShown_ = false; ///< of stderr: a progress line is not ended
@@ -75,6 +78,7 @@ private:
     std::unique_ptr<link::MSComm> mscomm1_;
     line::Trace trace_;
     line::Health health_;
+    std::unique_ptr<line::Journal> journal_;
     std::unique_ptr<link::Module1> module1_;
 };
 

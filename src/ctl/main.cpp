@@ -21,6 +21,7 @@ void addCommonOptions(CLI::App& app, CommonOptions& options)
     app.add_option("--type", options.type, "Instrument type (default: A)")
         ->check(CLI::IsMember({"A", "B", "C", "D"}));
     app.add_flag("--json", options.json, "Answer in JSON");
+    app.add_flag("!--no-journal", options.journal, "Do not book what is set and deleted");
     app.add_flag("--read-only", options.readOnly, "Send nothing that would change a readout");
     app.add_option("--trace", options.trace,
                    "Append the traffic on the bus to this file, one JSON object a line");

@@ -17,6 +17,9 @@ inline constexpr auto kInstalledMark = "installed";
 /// @param own  the folder of the executable.
 std::filesystem::path programFolder(const std::string& wanted, const std::filesystem::path& own);
 
+/// The user's folder for all our programs; made when it is missing.
+std::filesystem::path usersFolder();
+
 /// The help text: "readme.txt" in that folder; for installed programs without one there, the text they came with.
 std::filesystem::path helpText(const std::string& wanted, const std::filesystem::path& own);
 

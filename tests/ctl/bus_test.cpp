@@ -140,6 +140,24 @@ TEST_F(Quorvelctl, ReadOnlySendsNothingThatWouldChangeAReadout)
     EXPECT_EQ(run({"--read-only", "read", "--address", "5"}).status, 0);
 }
 
+TEST_F(Quorvelctl, WhatIsSetIsBookedUnlessItIsSwitchedOff)
+{
+    const QTemporaryDir data;
+    const auto before = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", data.path().toLocal8Bit());
+    run({"--no-journal", "offset", "X", "1.5", "--address", "5"});
+    EXPECT_FALSE(QFile::exists(data.filePath("quorvel/journal.jsonl")));
+    run({"offset", "X", "2.5", "--address", "5"});
+    qputenv("XDG_DATA_HOME", before);
+    QFile file(data.filePath("quorvel/journal.jsonl"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const auto line = QJsonDocument::fromJson(file.readLine());
+    EXPECT_EQ(line["meaning"], "Set the offset of X to +2.50000");
+    EXPECT_EQ(line["program"], "quorvelctl");
+    EXPECT_EQ(line["port"], bus.device());
+    EXPECT_TRUE(file.atEnd());
+}
+
 TEST_F(Quorvelctl, WrongUsageIsExitStatus2)
 {
     for (const auto& arguments : {QStringList{},
