@@ -22,6 +22,7 @@ endif()
 option(QUORVEL_UNITY "Compile the sources of a folder as one" OFF)
 option(QUORVEL_WERROR "Treat warnings as errors" OFF)
 option(QUORVEL_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+option(QUORVEL_COVERAGE "Build programs that count what of them runs, for gcov" OFF)
 cmake_dependent_option(QUORVEL_TESTS "Build the tests; needs GoogleTest" OFF "NOT WIN32" OFF)
 cmake_dependent_option(QUORVEL_BENCHES "Build the benchmarks; needs Google Benchmark, GoogleTest and SQLite" OFF
                        "NOT WIN32" OFF)
@@ -44,6 +45,24 @@ if(QUORVEL_SANITIZE)
     target_compile_options(quorvel_flags INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer
                                                    -fno-sanitize-recover=all)
     target_link_options(quorvel_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(QUORVEL_COVERAGE)
+    target_compile_options(quorvel_flags INTERFACE --coverage)
+    target_link_options(quorvel_flags INTERFACE --coverage)
+endif()
+
+# A release defends itself against what slips through (tests/packaging/hardening_test.py).
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+if(NOT QUORVEL_SANITIZE)
+    set(optimised $<AND:$<CONFIG:Release>,$<NOT:$<BOOL:$<TARGET_PROPERTY:QUORVEL_UNOPTIMISED>>>>)
+    target_compile_options(quorvel_flags INTERFACE $<${optimised}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>
+                                                   $<$<CONFIG:Release>:-fstack-protector-strong>)
+    target_compile_definitions(quorvel_flags INTERFACE $<$<CONFIG:Release>:_GLIBCXX_ASSERTIONS>)
+    if(NOT WIN32)
+        target_link_options(quorvel_flags INTERFACE $<$<CONFIG:Release>:-Wl,-z,relro,-z,now>)
+    endif()
 endif()
 
 # quorvel_compile_as_one(<target>)
@@ -74,10 +93,16 @@ endfunction()
 
 # quorvel_optimise_little(<target>)
 #
-# For what is mostly templates of CLI11 and waits for a person or a slow line: in a release the compiler saves itself the
-# costly optimisations.
+# For what is mostly templates of CLI11 and waits for a person or a slow line: in a release the compiler saves itself
+# the costly optimisations.
 function(quorvel_optimise_little target)
     target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+endfunction()
+
+# quorvel_optimise_nothing(<target>): for programs of the tests.
+function(quorvel_optimise_nothing target)
+    target_compile_options(${target} PRIVATE -O0)
+    set_target_properties(${target} PROPERTIES QUORVEL_UNOPTIMISED ON)
 endfunction()
 
 # quorvel_add_tests(<name> FILES <file.cpp>... LIBRARIES <library>... [SERIAL] [WINDOW])
@@ -93,7 +118,7 @@ function(quorvel_add_tests name)
     add_executable(${target} ${arg_FILES})
     target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} quorvel_flags GTest::gmock)
     target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
-    target_compile_options(${target} PRIVATE -O0)
+    quorvel_optimise_nothing(${target})
     quorvel_compile_as_one(${target})
     if(arg_WINDOW)
         target_link_libraries(${target} PRIVATE quorvel_test_support quorvel_window_test_main)
@@ -101,7 +126,8 @@ function(quorvel_add_tests name)
         target_link_libraries(${target} PRIVATE GTest::gtest_main)
     endif()
     file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR}/tests ${CMAKE_CURRENT_SOURCE_DIR})
-    set(properties TIMEOUT 300 LABELS ${folder})
+    # what the programs keep of a user's, the journal of writes among it, is kept here instead
+    set(properties TIMEOUT 300 LABELS ${folder} ENVIRONMENT XDG_DATA_HOME=${CMAKE_CURRENT_BINARY_DIR}/users_data)
     if(arg_SERIAL)
         list(APPEND properties RUN_SERIAL TRUE)
     endif()

@@ -8,13 +8,14 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests/accessibility"))
-from desk import Atspi, Program, click, descendants, one_in, press, type_into, type_keys, until  # noqa: E402
+from desk import RETURN_KEY, Atspi, Program, click, descendants, one_in, press, type_into, type_keys, until  # noqa: E402
 
 BINARIES, FOLDER = sys.argv[1:3]
 BUTTON = Atspi.Role.PUSH_BUTTON
 BUS = ["--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:B", "--readout", "33:C", "--ring", "5:1000,40,100"]
 DEVIATIONS = (-5, 7, 6, -4, -12, -9, 4, 13, 9, -2, -8)  # of the points of the calibration from its line, micrometres
 REPAINT = 0.5  # seconds
+DOWN_KEY = 0xff54
 
 
 def take(window, name):
@@ -40,6 +41,21 @@ def main_window():
     readings = program.one(Atspi.Role.LIST, "Value:")
     until(lambda: readings.get_child_count() >= 4, "four readings", patience=60)
     take(program.window("QUORVEL V4.11"), "main-window")
+    program.close()
+
+
+def traffic():
+    program = start("quorvel", "A", "")
+    press(program.one(BUTTON, "Tools"))
+    time.sleep(REPAINT)
+    for key in (DOWN_KEY, RETURN_KEY):
+        Atspi.generate_keyboard_event(key, None, Atspi.KeySynthType.SYM)
+    press(program.one(BUTTON, "Search CCD"))
+    program.one(Atspi.Role.LABEL, "05,12,33")
+    press(program.one(BUTTON, "Immediate Reading"))
+    readings = program.one(Atspi.Role.LIST, "Value:")
+    until(lambda: readings.get_child_count() >= 2, "two readings", patience=60)
+    take(program.window("Traffic"), "traffic")
     program.close()
 
 
@@ -88,5 +104,5 @@ def calibration():
     program.close()
 
 
-for scene in (main_window, offset_setting, automatic_readings, grayscale, calibration):
+for scene in (main_window, traffic, offset_setting, automatic_readings, grayscale, calibration):
     scene()

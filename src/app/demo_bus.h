@@ -13,7 +13,7 @@ public:
     DemoBus(const DemoBus&) = delete;
     DemoBus& operator=(const DemoBus&) = delete;
 
-    /// Starts the `quorvel-sim` that stands beside this program, and waits up to 5 s for its device.
+    /// Starts the `quorvel-sim` beside this program, and waits up to 5 s for its device.
     /// @return empty on success, otherwise the reason in words.
     QString start();
     /// The device that the bus hangs on.

@@ -6,6 +6,7 @@
 #include "link/program_folder.h"
 
 #include <QApplication>
+#include <QFileInfo>
 
 #include <cstdio>
 
@@ -50,6 +51,11 @@ int runProgram(int argc, char* argv[])
     openSettings(program);
     openCalibration(program);
     openGrayscale(program);
+    program.module1.setReadOnly(options.readOnly);
+    if (options.journal) program.keepJournal(QFileInfo(QString::fromLocal8Bit(argv[0])).fileName());
+    addTools(program);
+    if (!options.trace.empty() && trouble.isEmpty())
+        trouble = program.trace.open(QString::fromLocal8Bit(options.trace.c_str()));
     if (!trouble.isEmpty()) program.form1.showStatus(trouble);
     program.form1.show();
     return QApplication::exec();

@@ -4,10 +4,11 @@ namespace quorvel {
 
 struct Program;
 
-// What the menu items open; one function and one source file per room.
+// What the menu items open, and what stands under "Tools"; one function and one source file per room.
 void openAutoread(Program& program);
 void openCalibration(Program& program);
 void openGrayscale(Program& program);
 void openSettings(Program& program);
+void addTools(Program& program);
 
 } // namespace quorvel

@@ -16,6 +16,10 @@ bool readOptions(int argc, char* argv[], Options& options, int& exitStatus)
         ->take_all()
         ->allow_extra_args(false);
     app.add_option("--folder", options.folder, "Folder of readme.txt and of the calibration files");
+    app.add_flag("!--no-journal", options.journal, "Do not book what is set and deleted");
+    app.add_flag("--read-only", options.readOnly, "Send nothing that would change a readout");
+    app.add_option("--trace", options.trace,
+                   "Append the traffic on the bus to this file, one JSON object a line");
     app.add_flag("--demo", options.demo, "Start a simulated bus and put it first in the port list");
     app.set_version_flag("--version", std::string("QUORVEL V" QUORVEL_VERSION " ") + kEdition);
     app.allow_extras();

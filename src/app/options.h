@@ -12,6 +12,9 @@ struct Options {
     QStringList ports;             ///< --port, in the order given
     std::string folder;            ///< --folder; empty: the executable's, or a per-user one
     bool demo = false;             ///< --demo
+    bool journal = true;           ///< not --no-journal
+    bool readOnly = false;         ///< --read-only
+    std::string trace;             ///< --trace; empty: none
     std::vector<std::string> rest; ///< what only Qt may know
 };
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "line/health.h"
+#include "line/journal.h"
+#include "line/trace.h"
+#include "line/trafficmodel.h"
 #include "link/bench.h"
 #include "link/clock.h"
 #include "link/gate.h"
@@ -11,6 +15,8 @@
 #include "main/qtmessages.h"
 #include "main/workplace.h"
 
+#include <memory>
+
 namespace quorvel {
 
 /// All that one run of the program consists of, wired together.
@@ -20,6 +26,11 @@ struct Program {
     /// @param help    the help text.
     Program(const QStringList& ports, const std::filesystem::path& folder, const std::filesystem::path& help,
             const QString& edition);
+    ~Program();
+
+    /// Books every set and deletion from now on.
+    /// @param program  name of the program.
+    void keepJournal(const QString& program);
 
     link::Bench bench;
     link::PortList ports;
@@ -27,6 +38,10 @@ struct Program {
     link::MSComm mscomm1;
     link::Module1 module1;
     link::Gate gate;
+    line::TrafficModel traffic;
+    line::Trace trace;
+    line::Health health;
+    std::unique_ptr<line::Journal> journal; ///< null when it is switched off
     InputFilter filter;
     QtMessages messages;
     Workplace workplace;

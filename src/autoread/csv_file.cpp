@@ -1,7 +1,11 @@
 #include "autoread/table_format.h"
 #include "files/disk.h"
+#include "jet/recordset.h"
 
 #include <QFile>
+
+#include <cerrno>
+#include <system_error>
 
 namespace quorvel::autoread {
 
@@ -39,14 +43,22 @@ public:
     {
         const auto before = file_.size();
         const auto size = static_cast<qint64>(row.size());
-        if (file_.write(row.data(), size) == size && files::flushToDisk(file_.handle())) return {};
-        auto failure = failed("could not be written", ". Make room on the disk or choose another one.");
+        const bool whole = file_.write(row.data(), size) == size;
+        if (whole && files::flushToDisk(file_.handle())) return {};
+        auto failure = whole
+                           ? notFlushed()
+                           : failed("could not be written", ". Make room on the disk or choose another one.");
         // Half a row would be read as a whole one.
         file_.resize(before);
         return failure;
     }
 
-    jet::Status append(const Record& record) override { return write(rowOf(record, layout_)); }
+    jet::Status append(const Record& record) override
+    {
+        auto written = write(rowOf(record, layout_));
+        if (written || !mayBeThere_) return written;
+        return jet::Failure{written.error() + " " + jet::kRowMayBeThere};
+    }
 
     jet::Status close() override
     {
@@ -58,6 +70,14 @@ public:
     void discard() { file_.remove(); }
 
 private:
+    // What a disk that fails to flush has taken is not known, whatever the file is cut to afterwards.
+    jet::Failure notFlushed() const
+    {
+        return {file_.fileName().toStdString() +
+                " could not be brought to the disk: " + std::generic_category().message(errno) +
+                ". Make room or check the disk, then try again. " + jet::kRowMayBeThere};
+    }
+
     jet::Failure failed(const char* what, const char* next) const
     {
         return {file_.fileName().toStdString() + " " + what + ": " + file_.errorString().toStdString() +
@@ -66,6 +86,7 @@ private:
 
     QFile file_;
     RecordLayout layout_;
+    bool mayBeThere_ = false; ///< the text that failed to be written last
 };
 
 jet::Status makeEmptyCsv(const std::filesystem::path& path, const RecordLayout& layout)

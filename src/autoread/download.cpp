@@ -12,7 +12,7 @@ namespace {
 std::string fileFailedText(const std::string& reason, int received)
 {
     return reason + " The download has stopped; the file holds the " + text::general(received) +
-           " records before. The readout still has all its data.";
+           " records received before. The readout still has all its data.";
 }
 
 /// The record in one slot of the readout into the sink.

@@ -26,10 +26,10 @@ struct Outcome {
     std::string reason; ///< in words; empty for Complete and Stopped
 };
 
-/// What a download asks and tells while it runs.
+/// What a download asks and reports while it runs.
 struct Watcher {
     std::function<bool()> stop;        ///< asked before each record; true ends the download
-    std::function<void(int)> received; ///< told each time that one more record is on the disk
+    std::function<void(int)> received; ///< called for each record that is on the disk
 };
 
 /// Fetches the records of `span` one by one into `sink`, each one on the disk before the next is asked for, and

@@ -16,7 +16,7 @@ public:
     /// The readout answered the count query. Between two answers it has written the slots from the earlier `next`
     /// up to the later one; what was downloaded of them is no longer there.
     ///
-    /// @param pointers  that whyNotFetchable() has nothing against.
+    /// @param pointers  for which whyNotFetchable() returns nothing.
     /// @param seconds   when, on any clock that goes on evenly.
     void seen(const std::string& address, const protocol::RingPointers& pointers, std::int64_t seconds);
     /// The record of this count is in a file. Ignored when the readout was last seen with another span.
@@ -31,7 +31,7 @@ public:
     int missing(const std::string& address) const;
 
     /// A sentence on that for the operator. It says "up to" where the ring can have been written all round since
-    /// the download, so that nobody can tell which records are still those in the file.
+    /// the download, so that it is not known which records are still those in the file.
     /// @param address  in decimal, as typed.
     std::string text(const std::string& address) const;
 

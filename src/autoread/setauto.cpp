@@ -70,7 +70,8 @@ link::Exchange SetAuto::ask(const link::Transaction& transaction)
     tell(tr("Waiting for readout %1 ...").arg(words(address())));
     const auto exchange = perform(transaction);
     clearStatus();
-    if (exchange.outcome == link::Outcome::PortLost) explain(exchange);
+    if (exchange.outcome == link::Outcome::PortLost || exchange.outcome == link::Outcome::Refused)
+        explain(exchange);
     return exchange;
 }
 
@@ -111,7 +112,7 @@ void SetAuto::noteReply(const protocol::RingPointers& pointers, const link::Exch
     if (plain && protocol::whyNotFetchable(pointers).empty()) {
         ledger_.seen(address(), pointers, module1_.clock().now().toSecsSinceEpoch());
     } else if (exchange.complete() && !plain) {
-        remark_ = tr("The answer to the question for stored records was not readable: %1")
+        remark_ = tr("The answer to the query for stored records could not be read: %1")
                       .arg(words(protocol::printable(exchange.reply)));
     }
     refreshStatus();
@@ -132,7 +133,7 @@ autoread::Outcome SetAuto::run(autoread::RecordSink& sink, const protocol::Recor
     const double start = clock.timeOfDay();
     const auto who = address();
     showProgress(span.count(), 0, 0);
-    tell(tr("Closing this window ends the download after the record under way."));
+    tell(tr("Closing this window ends the download after the current record."));
     return autoread::fetchRecords(
         module1_, addressDigits(), span, layout(), sink,
         {[this] { return gate_.stopRequested(); },

@@ -108,7 +108,7 @@ void CalibrationModel::tell(const QString& words)
 bool CalibrationModel::refuse(const QModelIndex& index, const QString& text)
 {
     const auto old = textAt(index);
-    tell(tr("\"%1\" is no number and was not taken: %2. A number is written like -1.25.")
+    tell(tr("\"%1\" is not a number and was not taken: %2. A number is written like -1.25.")
              .arg(text, old.isEmpty() ? tr("the cell stays empty") : tr("%1 stays").arg(old)));
     return false;
 }
@@ -153,7 +153,7 @@ bool CalibrationModel::writeAll()
     while (hasUnwritten()) {
         const auto [row, changes] = *unwritten_.begin();
         if (const auto written = records_.write(row, changes); !written) {
-            tell(tr("Not written yet, tried again with the next step: %1")
+            tell(tr("Not written yet; the next step tries again: %1")
                      .arg(QString::fromStdString(written.error())));
             return false;
         }

@@ -30,8 +30,8 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
-    /// Takes a text; an empty one makes the cell Null. @return false, and the old value stays, when the text is no
-    /// number of single precision or the column takes none.
+    /// Takes a text; an empty one makes the cell Null. @return false, and the old value stays, when the text is not
+    /// a number of single precision or the column takes none.
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
 
     /// Writes what is not written yet. @return false when something still is not.

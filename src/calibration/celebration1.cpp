@@ -235,6 +235,7 @@ QString Celebration1::judgeEcho(const ReadingColumn& reading, const link::Exchan
 {
     clearStatus();
     const int awaited = protocol::echoLength(reading.sensor);
+    if (exchange.outcome == link::Outcome::Refused) return protocol::whyFailed(exchange);
     if (static_cast<int>(exchange.reply.size()) != awaited) {
         return tr("%1: no complete echo, %2 characters came instead of %3. Check the address and download "
                   "again.")

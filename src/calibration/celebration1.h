@@ -33,7 +33,7 @@ public:
 protected:
     QString standing() const override;
     bool mayClose() override { return mayGoOn(); }
-    /// What is told of a text that was refused stays until it is done with.
+    /// What the status line says about a refused text stays until that is settled.
     void beginHandler() override {}
 
 private:

@@ -9,16 +9,16 @@
 
 namespace quorvel::calibration {
 
-/// The data control of the calibration window: holds the working file of a direction open and its rows at hand, in the
-/// order of `SN`. While it holds the file, no other program can write it.
+/// The data control of the calibration window: keeps the working file of a direction open and its rows in memory, by
+/// `SN`. While it holds the file, no other program can write it.
 class DataControl final : public Records {
 public:
     /// Names the file for the next Refresh().
     void setDatabaseName(std::filesystem::path path);
     const std::filesystem::path& DatabaseName() const { return databaseName_; }
 
-    /// Opens the file again and reads all rows. Fails when it is no readable calibration file; there are no
-    /// columns and no rows then. A file that can only be read succeeds, see readOnlyBecause().
+    /// Opens the file again and reads all rows. Fails when it is not a readable calibration file; there are
+    /// no columns and no rows then. A file that can only be read succeeds, see readOnlyBecause().
     jet::Status Refresh();
     /// Lets go of the file. Columns and rows are empty until the next Refresh().
     void Close();
@@ -36,7 +36,7 @@ public:
     int rowCount() const override { return static_cast<int>(rows_.size()); }
     const jet::Value& value(int row, int column) const override;
     const std::string& readOnlyBecause() const override { return readOnlyBecause_; }
-    /// A file of an older format is first written anew in the present one; the older one is kept beside it.
+    /// A file of an older format is first rewritten in the present one; the older one is kept beside it.
     jet::Status write(int row, const Changes& changes) override;
 
 private:

@@ -11,7 +11,7 @@ class CellDelegate;
 /// A grid that is edited in place: double click or typing begins, Return takes the text and goes down the column, Esc
 /// drops it.
 ///
-/// One column can have a cell button: it stands at the right end of the current cell, and is pressed by a click, by
+/// One column can have a cell button: it is at the right end of the current cell, and is pressed by a click, by
 /// the space bar or F4 in the cell or in the ones behind it, or reached with Tab.
 class DBGrid final : public QTableView {
     Q_OBJECT
@@ -34,7 +34,7 @@ public:
     void setModel(QAbstractItemModel* model) override;
 
 Q_SIGNALS:
-    /// The cell button was pressed; the current cell is the one it stands in.
+    /// The cell button was pressed; it belongs to the current cell.
     void ButtonClick();
 
 protected:

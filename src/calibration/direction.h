@@ -26,7 +26,7 @@ struct DirectionRow {
     const char* caption;
     const char* gridCaption;
     const char* hint;
-    std::span<const ReadingColumn> readings; ///< one, for Z two; the first stands in the table's third column
+    std::span<const ReadingColumn> readings; ///< one, for Z two; the first is in the table's third column
 };
 
 /// @return the row of "X", "Y" or "Z"; null for any other text.

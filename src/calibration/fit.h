@@ -24,13 +24,13 @@ struct Fit {
 inline constexpr auto kNoLine = "No line can be fitted: the dial readings (Rule_Data) of all points are "
                                 "equal, or too large to calculate with.";
 
-/// Least squares. Sums and results are held in single precision, each rounded after every addition; what stands
-/// between two roundings is calculated in double precision.
+/// Least squares. Sums and results are held in single precision, each rounded after every addition; between
+/// two roundings the calculation is in double precision.
 ///
-/// @return nothing when there is no such line: all dial readings equal, or sums beyond single precision.
+/// @return nothing when no line can be fitted: all dial readings equal, or sums beyond single precision.
 std::optional<Fit> fitLine(const Points& points);
 
-/// "Y=" slope "*X+(" intercept ")", as it stands in fitText().
+/// "Y=" slope "*X+(" intercept ")", as in fitText().
 std::string lineText(const Fit& fit);
 
 /// The two lines of the result as the window shows them, parted by CR LF. They begin with "X: " in every direction.

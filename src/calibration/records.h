@@ -52,8 +52,8 @@ inline constexpr std::string_view kDialName = "Rule_Data";
 int columnOf(const std::vector<jet::FieldDef>& fields, std::string_view name);
 
 /// The first points of the table, readings from the column given.
-/// @return nothing when there are too few rows, no such column, or a value that is Null or no finite number in single
-///         precision.
+/// @return nothing when there are too few rows, no such column, or a value that is Null or not a finite number in
+///         single precision.
 std::optional<Points> pointsOf(const Records& records, int readingColumn);
 
 } // namespace quorvel::calibration

@@ -69,7 +69,7 @@ std::optional<protocol::RecordSpan> askForSpan(Console& console)
     const auto pointers = protocol::readPointers(reply);
     if (!protocol::isPlainPointersReply(reply)) {
         console.fail(kNotAnswered,
-                     QStringLiteral("The answer to the question for stored records was not readable: %1")
+                     QStringLiteral("The answer to the query for stored records could not be read: %1")
                          .arg(shown(protocol::printable(reply))));
     } else if (pointers.isEmpty()) {
         console.tell(protocol::kNoData);

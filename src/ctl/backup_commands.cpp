@@ -19,7 +19,7 @@ namespace quorvel::ctl {
 namespace {
 
 constexpr auto kFormat = "quorvel-settings";
-constexpr auto kUnreadable = "The answer \"%1\" is not understood.";
+constexpr auto kUnreadable = "The answer \"%1\" was not understood.";
 
 /// The options of save and restore.
 struct FileOptions {
@@ -135,7 +135,7 @@ void restoreOne(Console& console, const protocol::Setting& setting, const QJsonV
     const auto command = setting.write(console.bench().addressDigits(), wanted);
     if (const auto* why = std::get_if<protocol::NotSent>(&command)) {
         if (*why == protocol::NotSent::Malformed) console.status = kNotAnswered;
-        report((*why == protocol::NotSent::Malformed ? QStringLiteral("not set; %1 is not a value of it")
+        report((*why == protocol::NotSent::Malformed ? QStringLiteral("not set; %1 is not a valid value")
                                                      : QStringLiteral("left as it is; %1 cannot be restored"))
                    .arg(protocol::inWords(wanted)));
         return;
@@ -189,7 +189,7 @@ void addSettingsCommands(CLI::App& app, Console& console)
     };
     constexpr Row kRows[] = {
         {"save", "Save all settings to a file", "Overwrite an existing file", save},
-        {"restore", "Set all settings that a file holds, and verify each", "Do not ask", restore},
+        {"restore", "Set all settings that a file holds, and verify each", "Do not ask first", restore},
     };
     for (const auto& row : kRows) {
         auto* command = all->add_subcommand(row.name, row.help);

@@ -56,11 +56,10 @@ void takeReading(Console& console, const QString& prefix = {}, const QJsonObject
 {
     const auto line = protocol::ReadSensorValues(console.module1(), console.address(), console.bench());
     if (line == protocol::kReadingFailed) {
-        console.fail(
-            kNotAnswered,
-            prefix + QStringLiteral("readout %1 did not answer, or not with the %2 characters of a reading.")
-                         .arg(console.address())
-                         .arg(protocol::kValuesReplyLength));
+        console.fail(kNotAnswered,
+                     prefix + QStringLiteral("readout %1 did not answer with the %2 characters of a reading.")
+                                  .arg(console.address())
+                                  .arg(protocol::kValuesReplyLength));
         return;
     }
     auto object = inFields(console.address(), line);

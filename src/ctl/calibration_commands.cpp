@@ -7,6 +7,7 @@
 #include "files/name.h"
 #include "link/bytes.h"
 #include "link/program_folder.h"
+#include "protocol/answer.h"
 #include "protocol/measurement.h"
 #include "protocol/stitching.h"
 #include "text/number.h"
@@ -169,7 +170,9 @@ void Calibrating::download(const ReadingColumn& reading, const Points& points)
     if (!console_.module1().port().PortOpen()) return;
     const auto& row = tableOf(reading.sensor);
     const int awaited = echoLength(reading.sensor);
-    if (static_cast<int>(exchange.reply.size()) != awaited) {
+    if (exchange.outcome == link::Outcome::Refused) {
+        console_.fail(kNotAnswered, whyFailed(exchange));
+    } else if (static_cast<int>(exchange.reply.size()) != awaited) {
         console_.fail(kNotAnswered, QStringLiteral("%1: no complete echo, %2 characters came instead of %3.")
                                         .arg(shown(reading.name))
                                         .arg(exchange.reply.size())
@@ -217,7 +220,7 @@ void addCalibrate(CLI::App& app, Console& console)
     measuring->add_option("--point", options->point, "Number of the point, from 0")->required();
     measuring->add_option("--dial", options->dial, "Dial-gauge reading of the point, in mm");
     add("fit", "Fit a line through the points", &Calibrating::fit);
-    add("download", "Download the points into the readout", &Calibrating::download);
+    add("download", "Send the points to the readout", &Calibrating::download);
 }
 
 void queryLocation(Console& console)

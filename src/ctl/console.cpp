@@ -27,6 +27,10 @@ bool Console::openPort()
     bench_.currentAddress = QString::fromStdString(options.address);
     mscomm1_ = std::make_unique<link::MSComm>(ports());
     module1_ = std::make_unique<link::Module1>(*mscomm1_, clock_);
+    module1_->setReadOnly(options.readOnly);
+    module1_->addObserver(health_);
+    if (!openTrace()) return false;
+    if (options.journal) keepJournal();
     QObject::connect(mscomm1_.get(), &link::MSComm::lost, mscomm1_.get(),
                      [this](const QString& reason) { fail(kNotAnswered, reason); });
     if (ports().entries().empty()) {
@@ -38,6 +42,39 @@ bool Console::openPort()
     const auto reason = mscomm1_->setPortOpen(true);
     if (!reason.isEmpty()) fail(kNotAnswered, reason);
     return reason.isEmpty();
+}
+
+bool Console::openTrace()
+{
+    if (options.trace.empty()) return true;
+    const auto reason = trace_.open(QString::fromLocal8Bit(options.trace.c_str()));
+    if (!reason.isEmpty()) {
+        fail(kNotAnswered, reason);
+        return false;
+    }
+    QObject::connect(&trace_, &line::Trace::failed, mscomm1_.get(),
+                     [this](const QString& words) { tell(words); });
+    module1_->addObserver(trace_);
+    return true;
+}
+
+void Console::keepJournal()
+{
+    const auto program =
+        bench_.isUserEdition() ? QStringLiteral("quorvelctl") : QStringLiteral("quorvelctl-factory");
+    journal_ = std::make_unique<line::Journal>(
+        line::journalFile(),
+        line::JournalWriter{program, line::userName(), [this] { return mscomm1_->deviceName(); }});
+    module1_->addObserver(*journal_);
+    QObject::connect(journal_.get(), &line::Journal::failed, mscomm1_.get(),
+                     [this](const QString& words) { tell(words); });
+}
+
+void Console::finish() const
+{
+    if (!options.stats) return;
+    endProgress();
+    std::fputs(health_.csv().toUtf8().constData(), stderr);
 }
 
 bool Console::openReadout()

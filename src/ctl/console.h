@@ -1,5 +1,8 @@
 #pragma once
 
+#include "line/health.h"
+#include "line/journal.h"
+#include "line/trace.h"
 #include "link/bench.h"
 #include "link/clock.h"
 #include "link/module1.h"
@@ -18,12 +21,16 @@ inline constexpr int kAnswered = 0;
 inline constexpr int kNotAnswered = 1;
 inline constexpr int kWrongUsage = 2;
 
-/// The options that all subcommands share. They may stand before or after the subcommand.
+/// The options that all subcommands share. They may come before or after the subcommand.
 struct CommonOptions {
     std::string port;       ///< device path or tcp:host:port; empty: the first of the port list
     std::string address;    ///< 1..249, decimal
     std::string type = "A"; ///< A, B, C or D
     bool json = false;
+    bool journal = true;   ///< what is set and deleted is booked
+    bool readOnly = false; ///< nothing that changes a readout is sent
+    bool stats = false;    ///< prints the health of the line at the end
+    std::string trace;     ///< file that the traffic is appended to; empty: none
 };
 
 /// What every subcommand works with: the options, the link, the way to answer.
@@ -47,9 +54,12 @@ public:
     /// The checked --address.
     int address() const;
 
-    /// Words for the person, on stderr.
+    /// Ends the work: prints the health of the line if it was asked for.
+    void finish() const;
+
+    /// A message for the user, on stderr.
     void tell(const QString& words) const;
-    /// tell() and an exit status.
+    /// tell(), and sets the exit status.
     void fail(int exitStatus, const QString& words);
     /// A line on stderr that the next one overwrites, until anything else is said. In a log the last one shows.
     void progress(const QString& words) const;
@@ -57,6 +67,8 @@ public:
     void answer(const QString& text, const QJsonObject& object) const;
 
 private:
+    bool openTrace();
+    void keepJournal();
     void endProgress() const;
 
     mutable bool progressShown_ = false; ///< of stderr: a progress line is not ended
@@ -64,6 +76,9 @@ private:
     link::SystemClock clock_;
     std::unique_ptr<link::PortList> ports_;
     std::unique_ptr<link::MSComm> mscomm1_;
+    line::Trace trace_;
+    line::Health health_;
+    std::unique_ptr<line::Journal> journal_;
     std::unique_ptr<link::Module1> module1_;
 };
 

@@ -64,8 +64,9 @@ bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array)
     console.fail(kNotAnswered,
                  QStringLiteral("Readout %1 %2")
                      .arg(console.address())
-                     .arg(exchange.complete() ? QStringLiteral("gave an answer that is not grayscale.")
-                                              : QStringLiteral("did not answer, or not to the end.")));
+                     .arg(exchange.complete()
+                              ? QStringLiteral("gave an answer that is not a grayscale reading.")
+                              : QStringLiteral("did not answer, or not completely.")));
     return false;
 }
 

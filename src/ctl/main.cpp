@@ -21,6 +21,12 @@ void addCommonOptions(CLI::App& app, CommonOptions& options)
     app.add_option("--type", options.type, "Instrument type (default: A)")
         ->check(CLI::IsMember({"A", "B", "C", "D"}));
     app.add_flag("--json", options.json, "Answer in JSON");
+    app.add_flag("!--no-journal", options.journal, "Do not book what is set and deleted");
+    app.add_flag("--read-only", options.readOnly, "Send nothing that would change a readout");
+    app.add_option("--trace", options.trace,
+                   "Append the traffic on the bus to this file, one JSON object a line");
+    app.add_flag("--stats", options.stats,
+                 "Print at the end how well each readout answered, as CSV on stderr");
 }
 
 /// Charts are drawn as the windows draw them, although nothing is shown; all else needs no interface at all.
@@ -57,6 +63,7 @@ int runControl(int argc, char* argv[], const char* edition)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kAnswered : kWrongUsage;
     }
+    console.finish();
     return console.status;
 }
 

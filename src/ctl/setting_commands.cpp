@@ -109,9 +109,10 @@ void queryReference(Console& console, const ReferenceRow& row, const Arguments& 
         return;
     }
     if (!isSignedValue(run.offset) || !text::isNumber(run.reading)) {
-        console.fail(kNotAnswered,
-                     QStringLiteral("The readout gave no numbers: the offset \"%1\", the reading \"%2\".")
-                         .arg(shown(inOneLine(run.offset)), shown(inOneLine(run.reading))));
+        console.fail(
+            kNotAnswered,
+            QStringLiteral("The readout did not return numbers: the offset \"%1\", the reading \"%2\".")
+                .arg(shown(inOneLine(run.offset)), shown(inOneLine(run.reading))));
         return;
     }
     console.answer(shown(run.offset + "  " + text::general(run.realValue)),
@@ -235,7 +236,7 @@ void address(Console& console, const Arguments& given)
     change.drains = true;
     if (const auto exchange = console.module1().transact(change);
         !link::confirms(exchange.transaction, exchange.reply)) {
-        console.fail(kNotAnswered, kAddressNotChanged);
+        failed(console, kAddressNotChanged, exchange);
         return;
     }
     console.tell(kAddressChanged);
@@ -247,8 +248,8 @@ void reset(Console& console, const Arguments& given)
     if (!given.yes) {
         console.fail(
             kWrongUsage,
-            QStringLiteral("A reset overwrites all settings and deletes the stored readings for good. "
-                           "Add --yes if you want that."));
+            QStringLiteral("A reset overwrites the settings and deletes the stored readings for good. "
+                           "Add --yes to do it."));
         return;
     }
     if (!console.openReadout()) return;
@@ -286,9 +287,9 @@ constexpr Row kRows[] = {
     {"invert", "Print or switch the inversion of a direction", kDirection | kOnOff, invert},
     {"swap", "Print or switch the exchange of X and Y", kOnOff, swap},
     {"wire", "Print or set diameter, permitted error and self-calibration", kWire, wire},
-    {"clock", "Print the readout's clock, or set it to this machine's", kSet, clock},
+    {"clock", "Print the readout's clock, or set it to this machine's time", kSet, clock},
     {"address", "Give the readout a new address", kAddress, address},
-    {"reset", "Put all settings back and delete the stored readings", kYes, reset},
+    {"reset", "Reset all settings and delete the stored readings", kYes, reset},
 };
 
 CLI::Validator number()
@@ -337,8 +338,8 @@ void addOptions(CLI::App& command, Arguments& given, unsigned takes, bool userEd
         command.add_option("STATE", given.value, "on or off")->check(CLI::IsMember({"on", "off"}));
     if (takes & kAddress) command.add_option("NEW", given.value, "1 to 249")->required()->check(busAddress());
     if (takes & kWire) addWireOptions(command, given, userEdition);
-    if (takes & kYes) command.add_flag("--yes", given.yes, "Really do it");
-    if (takes & kSet) command.add_flag("--set", given.yes, "Set it");
+    if (takes & kYes) command.add_flag("--yes", given.yes, "Without this, nothing is reset");
+    if (takes & kSet) command.add_flag("--set", given.yes, "Set the clock to this machine's time");
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-/// Where things stand on the chart: positions in millimetres along the sensor, brightness 0 to 300.
+/// Where things are on the chart: positions in millimetres along the sensor, brightness 0 to 300.
 namespace quorvel::grayscale {
 
 inline constexpr double kLowestBrightness = 0;
@@ -26,11 +26,11 @@ struct AxisLabel {
 /// The labels of the brightness axis: 0, 20 ... 280, and "GrayScale" at 300.
 std::vector<AxisLabel> verticalLabels();
 
-/// The labels of the position axis in the order in which they are added; some stand twice. Y gets labels up to 100
+/// The labels of the position axis in the order in which they are added; some occur twice. Y gets labels up to 100
 /// for every type but A, but the unit behind them and the third red line for type B only.
 std::vector<AxisLabel> horizontalLabels(std::string_view direction, link::InstrumentType type);
 
-/// Where the red lines stand that mark the ends of a sensor, in mm.
+/// Positions of the red lines that mark the ends of a sensor, in mm.
 std::vector<double> endLines(std::string_view direction, link::InstrumentType type);
 
 inline constexpr std::string_view kReadingTitle = "Reading grayscale data .... Please wait!";

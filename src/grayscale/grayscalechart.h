@@ -27,9 +27,9 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
-    /// What was read stays told until something else is.
+    /// The line about the latest reading stays until there is something newer to say.
     void beginHandler() override {}
-    /// Its height may be another one.
+    /// The line may have another height now.
     void statusChanged() override { Form_Resize(); }
 
 private:

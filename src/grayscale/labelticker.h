@@ -10,7 +10,7 @@ namespace quorvel::grayscale {
 /// Labels an axis with texts of its own. Where a zoomed view holds fewer than three of them, numbers fill it.
 class LabelTicker final : public QCPAxisTicker {
 public:
-    /// @param wordsLower  texts that are no numbers stand one line lower, clear of the numbers beside them.
+    /// @param wordsLower  texts that are not numbers are one line lower, clear of the numbers beside them.
     /// @param steps       how many numbers fill the axis where it carries no texts of its own.
     LabelTicker(bool wordsLower, int steps);
 

@@ -10,14 +10,14 @@ namespace quorvel::grayscale {
 
 /// What a finished drag with the left button asks for.
 enum class Gesture { Nothing, Extend, Whole };
-/// Right and downwards extends what the drag went over, left and upwards goes back to the whole. A level or upright
-/// drag counts by the one direction that it has; a click and the two other corners ask for nothing.
+/// Dragging right and down zooms into the area; left and up shows the whole. A level or upright drag counts by the one
+/// direction that it has; a click and a drag to one of the two other corners do nothing.
 /// @param drag  from the press to the release, in pixels.
 Gesture gestureOf(const QPoint& drag);
 
 /// The chart: line series over millimetres and brightness, with labels of its own on both axes.
 ///
-/// The left button extends and returns to the whole, the right button moves, the wheel zooms along the position axis
+/// The left button zooms in and returns to the whole, the right button moves, the wheel zooms along the position axis
 /// (with Shift, along the brightness axis); the keys + - Home and the arrows do the same. Its accessible name is its
 /// title.
 class TChart final : public QCustomPlot {
@@ -42,13 +42,13 @@ public:
     const std::vector<AxisLabel>& positionLabels() const { return positionTicker_->labels(); }
     const std::vector<AxisLabel>& brightnessLabels() const { return brightnessTicker_->labels(); }
 
-    /// Says what the whole is, and shows it.
+    /// Sets what the whole is, and shows it.
     void setWhole(const QCPRange& positions, const QCPRange& brightness);
     void showWhole();
     /// Shows this part; kept within bounds in which something can be seen.
     void showPart(QCPRange positions, QCPRange brightness);
 
-    /// The chart as it stands, title and axes included, at least this many pixels wide.
+    /// The chart as it is shown, title and axes included, at least this many pixels wide.
     static constexpr int kPictureWidth = 1600;
     QImage picture();
 

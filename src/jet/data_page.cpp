@@ -82,36 +82,17 @@ std::vector<Page> stepsTo(Bytes before, const Page& after)
 
 void eraseRow(Page& page, int slot)
 {
-    const int slots = get16(page, kJet4.slotCount);
+    const std::size_t at = slotAt(slot);
     const std::size_t begin = rowOffset(page, slot);
+    const bool last = slot + 1 == get16(page, kJet4.slotCount);
+    // The room of the last row is free again when the count of free bytes comes to the disk together with the slot.
+    if (!last || at >= kSectorBytes) {
+        put16(page, at, static_cast<std::uint16_t>(kDeletedSlot | begin));
+        return;
+    }
     const std::size_t end = endOf(page, kJet4.slotTable, slot);
-    const std::size_t lowest = rowOffset(page, slots - 1);
-    const std::size_t length = end - begin;
-    std::memmove(page.data() + lowest + length, page.data() + lowest, begin - lowest);
-    for (int later = slot + 1; later < slots; ++later) {
-        put16(page, slotAt(later), static_cast<std::uint16_t>(get16(page, slotAt(later)) + length));
-    }
-    put16(page, slotAt(slot), static_cast<std::uint16_t>(kDeletedSlot | end));
-    put16(page, kFreeBytes, static_cast<std::uint16_t>(get16(page, kFreeBytes) + length));
-}
-
-std::optional<Page> relay(const Page& page, const std::vector<ByteVector>& rows)
-{
-    Page fresh = newDataPage(get32(page, kOwner));
-    for (const auto& row : rows) {
-        if (!addRow(fresh, row)) return std::nullopt;
-    }
-    return fresh;
-}
-
-std::vector<ByteVector> rowsOf(const DataPage& page)
-{
-    std::vector<ByteVector> rows;
-    for (int slot = 0; slot < page.slots(); ++slot) {
-        const auto row = page.row(slot);
-        rows.emplace_back(row.begin(), row.end());
-    }
-    return rows;
+    put16(page, at, static_cast<std::uint16_t>(kDeletedSlot | end));
+    put16(page, kFreeBytes, static_cast<std::uint16_t>(get16(page, kFreeBytes) + end - begin));
 }
 
 std::size_t rowOffset(const Page& page, int slot) { return get16(page, slotAt(slot)) & kOffsetBits; }

@@ -59,14 +59,9 @@ std::optional<int> addRow(Page& page, Bytes row);
 /// `after`.
 std::vector<Page> stepsTo(Bytes before, const Page& after);
 
-/// Takes the row of a live slot out of a sound Jet 4 page; the rows behind it move up, the slot stays used.
+/// Takes the row of a live slot out of a sound Jet 4 page: its slot says that it is deleted. No other row moves, and only
+/// one sector of the page changes. The slot stays used.
 void eraseRow(Page& page, int slot);
-
-/// The same page laid out again with these rows, slot by slot. Nothing when they do not fit.
-std::optional<Page> relay(const Page& page, const std::vector<ByteVector>& rows);
-
-/// All rows of a sound page, for relay().
-std::vector<ByteVector> rowsOf(const DataPage& page);
 
 /// Where the bytes of a slot of a sound Jet 4 page begin in it.
 std::size_t rowOffset(const Page& page, int slot);

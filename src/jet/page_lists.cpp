@@ -2,6 +2,7 @@
 
 #include "jet/data_page.h"
 
+#include <optional>
 #include <string>
 
 namespace quorvel::jet {
@@ -14,9 +15,6 @@ constexpr std::uint32_t kLastSystemPage = 5;
 
 // Pages of maps belong to no table: owner 0, or 1 on the page of the map of free pages.
 constexpr std::uint32_t kGlobalMapOwner = 1;
-
-// The engine keeps this much room beside the map of free pages.
-constexpr std::size_t kSpareBesideFreeMap = 4;
 
 Failure tooLarge()
 {
@@ -43,21 +41,8 @@ Status writeThrough(Pager& pager, std::uint32_t number, const Page& page)
     return pager.barrier();
 }
 
-/// A page of maps with its rows, ready to be changed and laid out again.
-struct MapRows {
-    Page page;
-    std::vector<ByteVector> rows;
-
-    bool fits(std::size_t spare) const
-    {
-        std::size_t bytes = kJet4.slotTable + 2 * rows.size() + spare;
-        for (const auto& row : rows)
-            bytes += row.size();
-        return bytes <= kPageSize;
-    }
-};
-
-Result<MapRows> mapRows(Pager& pager, std::uint32_t number)
+/// A copy of a page of maps, to be changed in place.
+Result<Page> mapPage(Pager& pager, std::uint32_t number)
 {
     auto page = pager.copy(number);
     if (!page) return page.failure();
@@ -66,32 +51,29 @@ Result<MapRows> mapRows(Pager& pager, std::uint32_t number)
     for (int slot = 0; slot < data->slots(); ++slot) {
         if (!data->live(slot)) return strangeMap();
     }
-    auto rows = rowsOf(*data);
-    return MapRows{*page, std::move(rows)};
+    return page;
 }
 
-Status writeRows(Pager& pager, std::uint32_t number, const MapRows& maps)
+/// Puts a map into the bytes of the row that it has on its page; rows never move. Behind a shorter one follow zeros, which
+/// stand for no page. @return false when it is longer than its row.
+bool putMap(Page& page, std::uint32_t pointer, const UsageMap& map)
 {
-    const auto page = relay(maps.page, maps.rows);
-    if (!page) return strangeMap();
-    return writeThrough(pager, number, *page);
-}
-
-/// Writes one map; `spare` bytes must stay free on its page. False when there is not that much room.
-Result<bool> storeMap(Pager& pager, std::uint32_t pointer, const UsageMap& map, std::size_t spare)
-{
-    auto maps = mapRows(pager, pointerPage(pointer));
-    if (!maps) return maps.failure();
-    maps->rows.at(static_cast<std::size_t>(pointerSlot(pointer))) = encodeMap(map);
-    if (!maps->fits(spare)) return false;
-    if (auto written = writeRows(pager, pointerPage(pointer), *maps); !written) return written.failure();
+    const auto data = DataPage::of(page, kJet4);
+    if (!data || pointerSlot(pointer) >= data->slots()) return false;
+    const std::size_t length = data->row(pointerSlot(pointer)).size();
+    auto bytes = encodeMap(map);
+    if (bytes.size() > length) return false;
+    bytes.resize(length);
+    putBytes(page, rowOffset(page, pointerSlot(pointer)), bytes);
     return true;
 }
 
-Status stored(const Result<bool>& outcome)
+Status storeMap(Pager& pager, std::uint32_t pointer, const UsageMap& map)
 {
-    if (!outcome) return outcome.failure();
-    return *outcome ? Status{} : strangeMap();
+    auto page = mapPage(pager, pointerPage(pointer));
+    if (!page) return page.failure();
+    if (!putMap(*page, pointer, map)) return strangeMap();
+    return writeThrough(pager, pointerPage(pointer), *page);
 }
 
 UsageMap onlyPage(std::uint32_t page)
@@ -153,13 +135,12 @@ Result<UsageMap> linkedReference(Pager& pager, FreePages& freePages, UsageMap ma
     return map;
 }
 
-/// The inline map with `page` in it, stretched when it must be.
-UsageMap linkedInline(UsageMap map, std::uint32_t page)
+/// The inline map with `page` in it. Nothing when its bits do not reach that far: a longer row would move others, and a
+/// page of maps that comes to the disk in parts would then list anything.
+std::optional<UsageMap> linkedInline(UsageMap map, std::uint32_t page)
 {
-    if (!map.covers(page)) {
-        if (map.empty()) map.start = page & ~7U;
-        if (page >= map.start && !map.covers(page)) map.bits.resize(bitmapBytes(map.start, page));
-    }
+    if (map.empty()) map.start = page < map.bits.size() * 8 ? 0 : page & ~7U;
+    if (!map.covers(page)) return std::nullopt;
     map.set(page, true);
     return map;
 }
@@ -221,13 +202,9 @@ Status FreePages::use(std::uint32_t page)
     auto map = readMap(*pager_, pointer_);
     if (!map) return map.failure();
     if (map->reference) return useReferenced(std::move(*map), page);
-    UsageMap grown = *map;
-    if (!grown.covers(page)) grown.bits.resize(bitmapBytes(grown.start, page), 0xFF);
-    grown.set(page, false);
-    const bool longer = grown.bits.size() != map->bits.size();
-    const auto done = storeMap(*pager_, pointer_, grown, longer ? kSpareBesideFreeMap : 0);
-    if (!done) return done.failure();
-    return *done ? Status{} : convert(*map, page);
+    if (!map->covers(page)) return convert(*map, page);
+    map->set(page, false);
+    return storeMap(*pager_, pointer_, *map);
 }
 
 Status FreePages::release(std::uint32_t page)
@@ -236,7 +213,7 @@ Status FreePages::release(std::uint32_t page)
     if (!map) return map.failure();
     if (!map->reference) {
         map->set(page, true);
-        return stored(storeMap(*pager_, pointer_, *map, 0));
+        return storeMap(*pager_, pointer_, *map);
     }
     const std::uint32_t range = page / kJet4.pagesPerBitmap();
     if (range >= map->bitmapPages.size() || map->bitmapPages[range] == 0) return {};
@@ -264,7 +241,7 @@ Status FreePages::useReferenced(UsageMap map, std::uint32_t page)
     if (number / perBitmap == range) setBitmap(bitmap, number % perBitmap, false);
     if (auto written = writeThrough(*pager_, number, bitmap); !written) return written;
     map.bitmapPages[range] = number;
-    if (auto done = stored(storeMap(*pager_, pointer_, map, 0)); !done) return done;
+    if (auto done = storeMap(*pager_, pointer_, map); !done) return done;
     return number / perBitmap == range ? Status{} : use(number);
 }
 
@@ -283,7 +260,7 @@ Status FreePages::convert(const UsageMap& map, std::uint32_t page)
     reference.reference = true;
     reference.bitmapPages.assign(kReferences, 0);
     reference.bitmapPages[0] = number;
-    if (auto done = stored(storeMap(*pager_, pointer_, reference, 0)); !done) return done;
+    if (auto done = storeMap(*pager_, pointer_, reference); !done) return done;
     if (number >= perBitmap) {
         if (auto used = use(number); !used) return used;
     }
@@ -292,8 +269,8 @@ Status FreePages::convert(const UsageMap& map, std::uint32_t page)
 
 Status checkMapPage(Pager& pager, std::uint32_t number)
 {
-    const auto maps = mapRows(pager, number);
-    return maps ? Status{} : Status(maps.failure());
+    const auto page = mapPage(pager, number);
+    return page ? Status{} : Status(page.failure());
 }
 
 Status linkPage(Pager& pager, FreePages& freePages, std::uint32_t owned, std::uint32_t free,
@@ -301,26 +278,19 @@ Status linkPage(Pager& pager, FreePages& freePages, std::uint32_t owned, std::ui
 {
     const auto map = readMap(pager, owned);
     if (!map) return map.failure();
-    const auto changed = [&](const UsageMap& ownedNow) -> Result<MapRows> {
-        auto maps = mapRows(pager, pointerPage(owned));
-        if (!maps) return maps.failure();
-        maps->rows.at(static_cast<std::size_t>(pointerSlot(owned))) = encodeMap(ownedNow);
-        maps->rows.at(static_cast<std::size_t>(pointerSlot(free))) = encodeMap(onlyPage(page));
-        return maps;
-    };
-    if (!map->reference && (page >= map->start || map->empty())) {
-        const auto maps = changed(linkedInline(*map, page));
-        if (!maps) return maps.failure();
-        if (maps->fits(0)) return writeRows(pager, pointerPage(owned), *maps);
+    auto linked = map->reference ? std::nullopt : linkedInline(*map, page);
+    if (!linked) {
+        auto all = pages;
+        all.push_back(page);
+        auto reference = map->reference ? linkedReference(pager, freePages, *map, page)
+                                        : referenceMap(pager, freePages, all);
+        if (!reference) return reference.failure();
+        linked = std::move(*reference);
     }
-    auto all = pages;
-    all.push_back(page);
-    const auto reference =
-        map->reference ? linkedReference(pager, freePages, *map, page) : referenceMap(pager, freePages, all);
-    if (!reference) return reference.failure();
-    const auto maps = changed(*reference);
+    auto maps = mapPage(pager, pointerPage(owned));
     if (!maps) return maps.failure();
-    return writeRows(pager, pointerPage(owned), *maps);
+    if (!putMap(*maps, owned, *linked) || !putMap(*maps, free, onlyPage(page))) return strangeMap();
+    return writeThrough(pager, pointerPage(owned), *maps);
 }
 
 } // namespace quorvel::jet

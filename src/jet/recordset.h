@@ -14,6 +14,9 @@ namespace quorvel::jet {
 class Recordset;
 class RecordsetRows;
 
+/// Ends the reason of Recordset::Update() when the disk failed at a moment at which it may have taken the new row.
+inline constexpr auto kRowMayBeThere = "One more row may be in the file: look before you add it again.";
+
 /// Names one row of a recordset; good as long as the recordset is open and the row not deleted.
 struct RowBookmark {
     std::uint32_t row = 0; ///< 0: no row

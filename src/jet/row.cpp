@@ -65,10 +65,11 @@ Result<RowParts> takeApart(Bytes row, const Definition& definition, const Layout
     if (row.size() < layout.countSize) return damagedRow();
     parts.columns = layout.countSize == 2 ? get16(row, 0) : get8(row, 0);
     const std::size_t maskBytes = (parts.columns + 7) / 8;
-    if (row.size() < layout.countSize + maskBytes) return damagedRow();
+    // A row without columns is what a zeroed part of a page looks like.
+    if (parts.columns == 0 || row.size() < layout.countSize + maskBytes) return damagedRow();
     parts.body = row.first(row.size() - maskBytes);
     parts.mask = row.last(maskBytes);
-    if (definition.variableColumns == 0 || parts.columns == 0) return parts;
+    if (definition.variableColumns == 0) return parts;
     const std::size_t end = parts.body.size();
     if (end < 2 * layout.countSize) return damagedRow();
     const bool wide = layout.countSize == 2;

@@ -12,9 +12,13 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace quorvel::jet {
+
+/// Why a table cannot be used: "is damaged: ...".
+Failure damagedTable(const std::string& what);
 
 /// The rows of one table of an open file. A row is named by its row pointer.
 class Table {

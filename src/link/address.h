@@ -22,7 +22,7 @@ std::string DecToHex(std::string_view text);
 std::string AddressToHex(std::string_view text);
 std::string AddressToHex(int address);
 
-/// The decimal number that up to 7 hexadecimal digits stand for; lower case counts as upper case, any other
+/// The decimal number that up to 7 hexadecimal digits mean; lower case counts as upper case, any other
 /// character as 0. Characters after the seventh are not looked at.
 std::string HexToDec(std::string_view text);
 

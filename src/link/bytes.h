@@ -11,7 +11,7 @@ namespace quorvel::link {
 /// Received bytes as they are shown; a byte of 128 or more shows as the Latin-1 character of that number.
 QString shown(std::string_view bytes);
 
-/// True when each character of a typed text is one byte, so that it is sent as it stands.
+/// True when each character of a typed text is one byte, so that it is sent as typed.
 bool canBeSent(const QString& text);
 
 /// A typed text as it is sent; characters that are not a single byte become "?".

@@ -31,10 +31,10 @@ struct OpenedDevice {
 };
 
 /// Opens a serial port by its device path or COM name, or a serial device server by "tcp:host:port" (an IPv6
-/// address stands in brackets). The port is held exclusively: a second program is refused.
+/// address is in brackets). The port is held exclusively: a second program is refused.
 ///
 /// An open device emits `readChannelFinished` when it vanishes (adapter pulled, connection closed); its
-/// errorString() then tells why. Never shows a box. Waits up to 5 s for a device server.
+/// errorString() then says why. Never shows a box. Waits up to 5 s for a device server.
 OpenedDevice openDevice(const QString& name, const LineSettings& line);
 
 /// openDevice() for serial ports; one source file per platform.

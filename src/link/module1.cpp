@@ -37,6 +37,20 @@ Exchange Module1::transact(const Transaction& transaction, const std::function<v
     exchange.number = ++exchanges_;
     exchange.transaction = transaction;
     exchange.begun = clock_.now();
+    const bool changes = transaction.kind == Kind::Set || transaction.kind == Kind::Delete;
+    if (readOnly_ && changes) {
+        exchange.outcome = Outcome::Refused;
+    } else {
+        run(exchange, sent);
+    }
+    for (auto* observer : observers_) {
+        observer->ended(exchange);
+    }
+    return exchange;
+}
+
+void Module1::run(Exchange& exchange, const std::function<void(int)>& sent)
+{
     running_ = &exchange;
     begun_ = monotonicSeconds();
     for (auto* observer : observers_) {
@@ -44,7 +58,8 @@ Exchange Module1::transact(const Transaction& transaction, const std::function<v
     }
     prepareInput(exchange);
     send(exchange, sent);
-    const bool complete = receive(transaction.reply, exchange.reply);
+    const auto& rule = exchange.transaction.reply;
+    const bool complete = receive(rule, exchange.reply);
     running_ = nullptr;
     if (complete) {
         exchange.outcome = Outcome::Complete;
@@ -58,11 +73,7 @@ Exchange Module1::transact(const Transaction& transaction, const std::function<v
     }
     // What had waited since before the frame was never seen arriving.
     if (!exchange.reply.empty() && !exchange.firstIn) exchange.firstIn = exchange.lastIn = sinceBegin();
-    restLeft_ = complete && transaction.reply.until == ReplyRule::Until::Count && !isAnswered(exchange);
-    for (auto* observer : observers_) {
-        observer->ended(exchange);
-    }
-    return exchange;
+    restLeft_ = complete && rule.until == ReplyRule::Until::Count && !isAnswered(exchange);
 }
 
 void Module1::prepareInput(Exchange& exchange)
@@ -74,8 +85,10 @@ void Module1::prepareInput(Exchange& exchange)
 
 void Module1::send(Exchange& exchange, const std::function<void(int)>& sent)
 {
+    bool open = port_.PortOpen();
     SendFrame(exchange.transaction.frame, [&](int count) {
-        if (port_.PortOpen()) {
+        // The port may have vanished with the character just written.
+        if (std::exchange(open, port_.PortOpen())) {
             ++exchange.sent;
             exchange.lastOut = sinceBegin();
             if (!exchange.firstOut) exchange.firstOut = exchange.lastOut;

@@ -40,7 +40,11 @@ public:
     /// Pauses, then throws away what has come. For the end of a reading.
     void settle(float seconds);
 
-    /// Tells an observer of every exchange from now on; it must be removed before it goes.
+    /// Whether frames that change a readout are refused before a character is sent; off at first.
+    void setReadOnly(bool on) { readOnly_ = on; }
+    bool readOnly() const { return readOnly_; }
+
+    /// Reports every exchange from now on to an observer, which must be removed before it is destroyed.
     void addObserver(ExchangeObserver& observer) { observers_.push_back(&observer); }
     void removeObserver(ExchangeObserver& observer);
 
@@ -92,6 +96,7 @@ private:
     /// Takes the whole input buffer.
     std::string takeInput();
     void discardInput() { takeInput(); }
+    void run(Exchange& exchange, const std::function<void(int)>& sent);
     void prepareInput(Exchange& exchange);
     void send(Exchange& exchange, const std::function<void(int)>& sent);
     /// @return true when as much came as the rule asks for.
@@ -108,6 +113,7 @@ private:
     Clock& clock_;
     std::int64_t counterOrigin_ = 0;
     bool abandoned_ = false;
+    bool readOnly_ = false;
     bool restLeft_ = false; ///< of a reply that was not the answer
     std::uint64_t exchanges_ = 0;
     Exchange* running_ = nullptr;

@@ -30,7 +30,7 @@ QString MSComm::setPortOpen(bool open)
     const auto name = ports_.deviceOf(commPort_);
     if (name.isEmpty()) return tr("No port is chosen. Add one from the context menu of the port list.");
     auto line = parseLineSettings(settings_);
-    if (!line) return tr("\"%1\" are no line settings.").arg(QString::fromStdString(settings_));
+    if (!line) return tr("\"%1\" is not a valid line setting.").arg(QString::fromStdString(settings_));
     line->rts = rts_;
     line->dtr = dtr_;
     auto opened = opener_(name, *line);

@@ -14,7 +14,7 @@
 
 namespace quorvel::link {
 
-/// The serial control: the one door to the bus. It sits on a device that `Opener` opens from a name.
+/// The serial control, on a device that `Opener` opens from a name. Only Module1 sends through it.
 class MSComm final : public QObject {
     Q_OBJECT
 public:
@@ -38,7 +38,7 @@ public:
     QString setPortOpen(bool open);
     /// The name of the open device; empty while closed.
     QString deviceName() const { return PortOpen() ? name_ : QString(); }
-    /// What lost() told when the device vanished, kept until setPortOpen() is called; otherwise empty.
+    /// The reason that lost() gave when the device vanished, kept until setPortOpen() is called; otherwise empty.
     const QString& lostReason() const { return lostReason_; }
 
     /// Writes the characters at once. Dropped while the port is closed.
@@ -66,7 +66,7 @@ private:
     Opener opener_;
     std::unique_ptr<QIODevice> device_;
     QString name_;
-    std::string left_; ///< what a device that vanished had still brought
+    std::string left_; ///< what had arrived when the device vanished
     QString lostReason_;
     int commPort_ = 1;
     std::string settings_ = "9600,n,8,1";

@@ -1,6 +1,6 @@
 #pragma once
 
-/// How fast the bus is talked to. Pauses are prescribed by the readouts; all times are in seconds.
+/// The pace of the bus. The readouts need these pauses; all times are in seconds.
 namespace quorvel::link {
 
 inline constexpr float kPauseBeforeFrame = 0.03F;

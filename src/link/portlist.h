@@ -9,7 +9,7 @@
 
 namespace quorvel::link {
 
-/// A serial port as the platform tells of it.
+/// A serial port as the platform reports it.
 struct PortInfo {
     QString device;            ///< device path or COM name
     QString description;       ///< what is plugged in there, may be empty
@@ -38,7 +38,7 @@ public:
 
     explicit PortList(QStringList handedIn, Enumerator enumerate = enumeratePorts);
 
-    /// Enumerates anew; the devices handed in and added stay.
+    /// Enumerates again; the devices handed in and added stay.
     void refresh();
     /// Appends a device path or "tcp:host:port"; one that is listed already is not listed twice.
     /// @return its place in entries().

@@ -23,6 +23,11 @@ std::filesystem::path programFolder(const std::string& wanted, const std::filesy
 {
     if (!wanted.empty()) return std::filesystem::absolute(wanted);
     if (QFileInfo(own).isWritable() && !isThere(own / kInstalledMark)) return own;
+    return usersFolder();
+}
+
+std::filesystem::path usersFolder()
+{
     const QDir shared(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
     const QDir users(shared.filePath(kProgramName));
     users.mkpath(QStringLiteral("."));

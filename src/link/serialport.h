@@ -21,7 +21,7 @@ OpenedDevice openedPort(std::unique_ptr<QSerialPort> port, const LineSettings& l
 // The reasons why a port cannot be opened, each with the next step.
 QString missingText(const QString& name);
 QString inUseText(const QString& name);
-/// @param group  who may use the port; empty when that is not known, which stands for "dialout".
+/// @param group  who may use the port; empty when that is not known; "dialout" is named then.
 QString notAllowedText(const QString& name, const QString& group);
 /// @param why  what the platform says.
 QString unusableText(const QString& name, const QString& why);

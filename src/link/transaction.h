@@ -52,6 +52,7 @@ enum class Outcome {
     Short,     ///< less came
     PortLost,  ///< the port vanished meanwhile, or was closed
     Abandoned, ///< the program ended meanwhile
+    Refused,   ///< nothing was sent: it would have changed a readout, and that is switched off
 };
 
 /// A transaction and what became of it.
@@ -61,10 +62,10 @@ struct Exchange {
     std::string discarded; ///< what had waited in the input buffer and was thrown away
     std::string reply;     ///< everything that was received, any number of any characters
     Outcome outcome = Outcome::Silent;
-    QString lostReason; ///< PortLost only: what the port told; empty when it was closed by hand
+    QString lostReason; ///< PortLost only: the reason that the port gave; empty when it was closed by hand
 
     QDateTime begun; ///< local date and time at which the transaction began
-    /// Seconds from then on; nothing where there was no such character.
+    /// Seconds from then on; nothing if there was no such character.
     std::optional<double> firstOut, lastOut, firstIn, lastIn;
     std::size_t sent = 0; ///< characters of the frame that went out
 
@@ -86,8 +87,8 @@ inline bool isConfirmed(const Exchange& exchange)
     return exchange.complete() && confirms(exchange.transaction, exchange.reply);
 }
 
-/// Told of every exchange of a program, in the order of sending. Both are called on the one thread and must be quick:
-/// the next character waits for them.
+/// Sees every exchange of a program, in the order of sending. Both functions are called on the one thread and must be
+/// quick: the next character waits for them.
 class ExchangeObserver {
 public:
     ExchangeObserver() = default;
@@ -95,9 +96,9 @@ public:
     ExchangeObserver& operator=(const ExchangeObserver&) = delete;
     virtual ~ExchangeObserver() = default;
 
-    /// The frame is about to go out; reply, outcome and times are not known yet.
+    /// The frame is about to go out; reply, outcome and times are not known yet. Not called for one that is refused.
     virtual void sending(const Exchange& exchange) = 0;
-    /// The exchange has ended. It has the number that sending() told.
+    /// The exchange has ended. It has the same number as in sending().
     virtual void ended(const Exchange& exchange) = 0;
 };
 

@@ -25,8 +25,7 @@ QString addressHint(const QString& text)
     const int reached = text::integerOf(link::HexToDec(link::AddressToHex(typed)));
     if (reached == kEveryReadout) {
         return tr("\"%1\" addresses every readout on the bus: what is set or deleted is set or deleted in "
-                  "all "
-                  "of them. One readout has an address from 1 to 249.")
+                  "all of them. One readout has an address from 1 to 249.")
             .arg(text);
     }
     if (link::isAddress(reached))

@@ -4,7 +4,7 @@
 
 namespace quorvel {
 
-/// What is to be said of an address box whose text does not name one readout: which readout its frames reach, if any.
+/// The warning for an address box whose text does not name one readout: which readout its frames reach, if any.
 /// @param text  of the box, as typed.
 /// @return empty for a text that begins with a number from 1 to 249.
 QString addressHint(const QString& text);

@@ -75,12 +75,12 @@ void BusWindow::enterPresses(QWidget* field, QPushButton* set, QPushButton* quer
     if (query) watchEdits(field);
 }
 
-// Only what a person enters counts: texts are told apart by Qt, lists are activated by a person only.
+// Only what a person enters counts. Qt marks a text as modified until the program sets it; a list is activated by a
+// person only, after its index has changed.
 void BusWindow::watchEdits(QWidget* field)
 {
     if (auto* box = qobject_cast<QLineEdit*>(field)) {
-        connect(box, &QLineEdit::textChanged, this, [this, field] { setEdited(field, false); });
-        connect(box, &QLineEdit::textEdited, this, [this, field] { setEdited(field, true); });
+        connect(box, &QLineEdit::textChanged, this, [this, box] { setEdited(box, box->isModified()); });
     } else if (auto* list = qobject_cast<QComboBox*>(field)) {
         connect(list, &QComboBox::currentIndexChanged, this, [this, field] { setEdited(field, false); });
         connect(list, &QComboBox::activated, this, [this, field] { setEdited(field, true); });

@@ -25,7 +25,7 @@ enum TrueFalseIndex { kTrue, kFalse };
 /// waits for the running handler, and a status line says what the program adds of its own: reasons, warnings, waiting
 /// notices, the loss of the port, an address that names no readout.
 ///
-/// The status line holds the sentences told since the latest handler began, and standing() while there are none. The
+/// The status line holds the sentences added since the latest handler began, and standing() while there are none. The
 /// hint on the address comes before either.
 class BusWindow : public QDialog {
     Q_OBJECT
@@ -70,7 +70,7 @@ protected:
     void warnIfUnreliable(const link::Exchange& exchange, bool plain);
 
     void say(const QString& text) { messages_.say(this, text); }
-    /// Adds a sentence to the status line; one that stands there already is not added.
+    /// Adds a sentence to the status line; one that is there already is not added.
     void addStatus(const QString& sentence);
     /// Shows this sentence alone.
     void tell(const QString& sentence);
@@ -80,7 +80,7 @@ protected:
     /// Shows the line anew, for a standing text that has changed.
     void refreshStatus();
 
-    /// What the status line shows while nothing was told.
+    /// What the status line shows while there is no sentence.
     virtual QString standing() const { return {}; }
     /// False for a window that refuses an address that names no readout: the status line has no hint then.
     virtual bool sendsAddressAsTyped() const { return true; }

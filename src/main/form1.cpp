@@ -82,6 +82,7 @@ Form1::Form1(const Workplace& workplace, link::PortList& ports, QWidget* parent)
     status_.setTextFormat(Qt::PlainText);
     status_.setMinimumWidth(1);
     ui_->statusbar->addWidget(&status_, 1);
+    addToolsButton();
     InputFilter::letThrough(ui_->menubar);
     connectControls();
     connectMenus();
@@ -137,6 +138,34 @@ void Form1::connectMenus()
     whenChosen(ui_->Help, [this] { Help_Click(); });
     whenChosen(ui_->ImmediateReading, [this] { Command2_Click(); });
     connect(ui_->Quit, &QAction::triggered, this, &Form1::Quit_Click, Qt::QueuedConnection);
+}
+
+// The menu pops up: one that runs until it is closed would halt a running reading.
+void Form1::addToolsButton()
+{
+    readOnlyMark_.setObjectName(QStringLiteral("ReadOnlyMark"));
+    readOnlyMark_.setText(QStringLiteral("\U0001F512 ") + tr("Read Only"));
+    readOnlyMark_.setToolTip(tr("Nothing is sent that would change a readout. Switch it off under Tools."));
+    readOnlyMark_.hide();
+    ui_->statusbar->addPermanentWidget(&readOnlyMark_);
+    tools_.setObjectName(QStringLiteral("Tools"));
+    tools_.setText(tr("Tools"));
+    tools_.setToolTip(tr("Traffic and more (Ctrl+T)"));
+    tools_.setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
+    ui_->statusbar->addPermanentWidget(&tools_);
+    connect(&tools_, &QPushButton::clicked, this, [this] {
+        const auto size = toolsMenu_.sizeHint();
+        toolsMenu_.popup(tools_.mapToGlobal(QPoint(tools_.width() - size.width(), -size.height())));
+    });
+    InputFilter::letThrough(&tools_);
+    InputFilter::letThrough(&toolsMenu_);
+}
+
+QAction* Form1::addTool(const QString& caption, const std::function<void()>& tool)
+{
+    auto* action = toolsMenu_.addAction(caption);
+    whenChosen(action, tool);
+    return action;
 }
 
 // What an item leads to may stay open for long; a screen reader that chose the item waits for the choice to return. It
@@ -254,8 +283,8 @@ QString Form1::openChosenPort()
     const int number = text::integerOf(bytes(name.mid(kPortNamePrefix)));
     // A name without a number, or with that of another port, would open a port that was not chosen.
     if (!name.isEmpty() && ports_.deviceOf(number) != ui_->Combo1->currentData().toString()) {
-        return tr("%1 cannot be opened: its name does not end in a port number of its own. Choose another "
-                  "port.")
+        return tr("%1 cannot be opened: its name does not end in a port number of its own. "
+                  "Choose another port.")
             .arg(name);
     }
     port.setSettings(kLineSettings);

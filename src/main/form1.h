@@ -5,6 +5,8 @@
 
 #include <QLabel>
 #include <QMainWindow>
+#include <QMenu>
+#include <QPushButton>
 #include <QTimer>
 
 #include <functional>
@@ -33,6 +35,12 @@ public:
     /// edition hides the item.
     void setOpener(const QString& action, std::function<void()> opener);
 
+    /// Adds an item to the menu of the button "Tools" at the right end of the status bar. Chosen while another window is
+    /// open, it does nothing; while a handler talks to the bus, it is chosen all the same.
+    QAction* addTool(const QString& caption, const std::function<void()>& tool);
+    /// Shows or hides the mark in the status bar that says that nothing is changed in readouts.
+    void showReadOnly(bool on) { readOnlyMark_.setVisible(on); }
+
     /// Shows a text in the status bar until the next one.
     void showStatus(const QString& text);
 
@@ -50,6 +58,7 @@ protected:
 private:
     void connectControls();
     void connectMenus();
+    void addToolsButton();
     void whenChosen(QAction* action, const std::function<void()>& handler);
     void ComboList();
     void selectPort(int index);
@@ -87,6 +96,9 @@ private:
     Messages& messages_;
     std::map<QString, std::function<void()>> openers_;
     QLabel status_; ///< a label, because screen readers do not see a status bar's own text
+    QLabel readOnlyMark_;
+    QPushButton tools_;
+    QMenu toolsMenu_;
     QTimer timer1_;
     float elapsedSeconds_ = 0;
     bool stopFlag_ = false;

@@ -13,7 +13,7 @@ namespace quorvel {
 class Form3 final : public QDialog {
     Q_OBJECT
 public:
-    /// @param file  UTF-8 text; when it can no longer be read, the reason stands in its place.
+    /// @param file  UTF-8 text; when it can no longer be read, the reason is shown instead.
     explicit Form3(std::filesystem::path file, QWidget* parent = nullptr);
 
     /// Empty when the file can be read, otherwise a text that names it and says why and what to do.

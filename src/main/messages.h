@@ -41,7 +41,7 @@ inline constexpr auto kPortNotOpened = "CommPort not Opened";
 QString ChooseDatabaseFile(Messages& messages, QWidget* parent);
 /// Asks for the picture file to write; the name may be new. @return the path, empty when cancelled.
 QString SaveChartImage(Messages& messages, QWidget* parent);
-/// True when nothing stands at `path`, or the operator agrees to overwrite what does. Deletes nothing.
+/// True when nothing has the name `path`, or the operator agrees to overwrite it. Deletes nothing.
 bool mayWrite(Messages& messages, QWidget* parent, const QString& path);
 
 } // namespace quorvel

@@ -25,6 +25,9 @@ QString whyFailed(const link::Exchange& exchange)
         return exchange.lostReason.isEmpty() ? QStringLiteral("The port is closed.") : exchange.lostReason;
     case Outcome::Abandoned:
         return QStringLiteral("The program was closed.");
+    case Outcome::Refused:
+        return QStringLiteral(
+            "Read Only is on: nothing was sent. Switch it off under Tools to change a readout.");
     case Outcome::Silent:
         return QStringLiteral("The readout did not answer.");
     case Outcome::Short:

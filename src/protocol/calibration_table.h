@@ -43,7 +43,7 @@ inline constexpr TableRow kTables[] = {
 };
 constexpr const TableRow& tableOf(Sensor sensor) { return kTables[static_cast<std::size_t>(sensor)]; }
 
-/// A value as it stands in the frame: a sign, three digits, point, three decimals. Values that round to 1000 or more come
+/// A value as it is in the frame: a sign, three digits, point, three decimals. Values that round to 1000 or more come
 /// out longer.
 std::string FormatCalibrationNumber(double value);
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// All commands of the bus, one row each. `docs/bus-protocol.md` tells the same from the readout's side; a test holds
-/// the two together.
+/// All commands of the bus, one row each. `docs/bus-protocol.md` says the same from the readout's side; a test
+/// compares the two.
 namespace quorvel::protocol {
 
 /// Places in kCommands.
@@ -88,7 +88,7 @@ std::string_view field(CommandId id, std::size_t index, std::string_view reply);
 bool holdsDigitsOnly(CommandId id, std::string_view reply);
 
 /// A command to the readout of these two address digits.
-/// @param parameter  what stands between the command digits and the end mark.
+/// @param parameter  what is between the command digits and the end mark.
 link::Transaction transaction(CommandId id, std::string_view addressDigits, std::string_view parameter = {});
 
 } // namespace quorvel::protocol

@@ -64,7 +64,7 @@ std::string receivedText(int total, int received);
 /// "3 records have been received, Comm Error"
 std::string brokenText(int received);
 
-/// What the operator is told when a reply cannot be stored.
+/// The message when a reply cannot be stored.
 /// @param index     of the record, as it was asked for.
 /// @param received  records that are in the file.
 std::string badRecordText(int index, const std::string& fault, std::string_view reply, int received);

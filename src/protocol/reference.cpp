@@ -95,7 +95,7 @@ std::string lossText(const ReferenceRun& run)
     return run.formerOffset == FormerOffset::Lost
                ? "The former offset was overwritten with zero and is lost."
                : "The former offset may have been overwritten with zero: the "
-                 "readout did not answer whole. Query it.";
+                 "readout did not answer completely. Query it.";
 }
 
 std::string countedText(const ReferenceRun& run)

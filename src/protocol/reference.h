@@ -39,13 +39,13 @@ inline constexpr float kSettlingTime = 2; ///< s, in which the readout measures 
 /// What became of the offset that the readout had before the run.
 enum class FormerOffset {
     Untouched, ///< nothing was written, or the run was a query
-    MayBeLost, ///< the zero went out, but the readout did not answer whole
+    MayBeLost, ///< the zero went out, but the readout did not answer completely
     Lost,      ///< the readout answered the zero
 };
 
 /// How a run went, as far as it got.
 struct ReferenceRun {
-    bool complete = false;  ///< every reply arrived whole
+    bool complete = false;  ///< every reply was complete
     bool confirmed = false; ///< the readout repeated the new offset
     FormerOffset formerOffset = FormerOffset::Untouched;
     std::string offset;          ///< eight characters: written by a set, received by a query
@@ -71,9 +71,9 @@ ReferenceRun queryReference(link::Module1& module1, const link::Bench& bench, co
 /// What a confirmed set shows.
 std::string referenceSetText(const ReferenceRun& run);
 
-/// What is to be said of the former offset when the new one was not confirmed; empty when there is nothing.
+/// The warning about the former offset when the new one was not confirmed; empty when there is none.
 std::string lossText(const ReferenceRun& run);
-/// What is to be said of a reading that was not a number; empty when it was one, or there was none yet.
+/// The warning about a reading that was not a number; empty when it was one, or there was none yet.
 std::string countedText(const ReferenceRun& run);
 
 /// The second line that a query shows, in general number format.

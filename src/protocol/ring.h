@@ -51,11 +51,11 @@ RingPointers readPointers(std::string_view reply);
 bool isPlainPointersReply(std::string_view reply);
 
 /// The records between the pointers. A ring that has wrapped (next before first) counts as full: all its slots,
-/// beginning with the oldest. Only for pointers that whyNotFetchable() has nothing against.
+/// beginning with the oldest. Only for pointers for which whyNotFetchable() returns nothing.
 RecordSpan spanOf(const RingPointers& pointers);
 
 /// Why no record can be fetched between these pointers, in words for the operator: a capacity below 1, a
-/// negative pointer, or an end beyond 32767. Empty when there is nothing against it.
+/// negative pointer, or an end beyond 32767. Empty when they can be fetched.
 std::string whyNotFetchable(const RingPointers& pointers);
 
 } // namespace quorvel::protocol

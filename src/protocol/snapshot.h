@@ -22,7 +22,7 @@ namespace quorvel::protocol {
 
 /// Why a value of a file is not sent.
 enum class NotSent {
-    ForTheRecord, ///< there is no setting it from here, or no sense in it
+    ForTheRecord, ///< it cannot be set from here, or setting it makes no sense
     Malformed     ///< not of the form above
 };
 
@@ -42,7 +42,7 @@ struct Setting {
 /// the record: the one is out of date when it is restored, the other has no command.
 std::vector<Setting> settingsOf(link::InstrumentType type);
 
-/// A value in words that can stand in a line: "on", "+1.50000", "nothing" for null, "diameterMm 1.5, permittedErrorMm
+/// A value in words, for one line: "on", "+1.50000", "nothing" for null, "diameterMm 1.5, permittedErrorMm
 /// 0.3, selfCalibration on". Control characters become "?".
 QString inWords(const QJsonValue& value);
 

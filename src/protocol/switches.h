@@ -7,7 +7,7 @@
 #include <string_view>
 
 /// The four switches: inversion of a direction, and the exchange of X and Y. State digits are "01" for on and "00" for
-/// off; they stand in characters 8-9 of every command and answer.
+/// off; they are characters 8-9 of every command and answer.
 namespace quorvel::protocol {
 
 struct SwitchRow {

@@ -19,7 +19,7 @@ QString failedText(const QString& address, const ResetRun& run)
 {
     const auto failed =
         tr("The reset of readout %1 failed at %2. %3").arg(address, shown(run.where), run.why);
-    if (run.done == 0) return failed + tr(" Nothing was changed before it.");
+    if (run.done == 0) return failed + tr(" Nothing had been changed before.");
     return failed + (run.done == 1 ? tr(" The step before it stays in force.")
                                    : tr(" The %1 steps before it stay in force.").arg(run.done));
 }

@@ -5,7 +5,7 @@
 #include <string_view>
 
 /// Numbers as text and back. Every rule of reading, rounding and writing numbers that the bus and the windows
-/// lean on stands here, once. Nothing here depends on the locale: the decimal point is always ".".
+/// depend on is here, once. Nothing here depends on the locale: the decimal point is always ".".
 ///
 /// One rounding rule serves all: the decimal digits of the number as written (the shortest digits that give
 /// the same binary number back), halves away from zero. So 1.25 as "0.0" is "1.3", 12.5 as "00" is "13" and
@@ -49,7 +49,7 @@ std::string general(int value);
 /// The value of one hexadecimal digit of either case, -1 for any other character.
 int hexDigitValue(char digit);
 
-/// The number that a text of 1 to 7 hexadecimal digits stands for.
+/// The number that a text of 1 to 7 hexadecimal digits means.
 /// @return -1 when the text is empty, longer than 7 digits or holds anything else.
 std::int32_t hexNumber(std::string_view text);
 

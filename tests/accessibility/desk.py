@@ -55,7 +55,8 @@ class Program:
                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
             ports = ["--port", self.bus.stdout.readline().strip()]
         self.process = subprocess.Popen(
-            [os.path.join(binaries, name), *ports, "--folder", self.folder.name, *arguments])
+            [os.path.join(binaries, name), *ports, "--folder", self.folder.name, *arguments],
+            env={**os.environ, "XDG_DATA_HOME": self.folder.name})
         self.application = until(self._find, name + " on the desktop")
 
     def _find(self):

@@ -24,7 +24,7 @@ TEST_P(Program, ExplainsItself)
 {
     const auto ended = runProgram(GetParam(), {"--help"});
     EXPECT_EQ(ended.status, 0);
-    for (const auto* option : {"--port", "--folder", "--demo"}) {
+    for (const auto* option : {"--port", "--folder", "--demo", "--read-only", "--trace"}) {
         EXPECT_TRUE(ended.out.contains(option)) << option;
     }
 }

@@ -165,7 +165,7 @@ TEST_F(Download, FullDiskStopsItAndTheReadoutIsLeftAlone)
     EXPECT_EQ(outcome.ending, Ending::FileFailed);
     EXPECT_EQ(outcome.received, 2);
     EXPECT_EQ(outcome.reason,
-              "The disk is full. The download has stopped; the file holds the 2 records before. The "
+              "The disk is full. The download has stopped; the file holds the 2 records received before. The "
               "readout still has all its data.");
     EXPECT_EQ(readout.frames.size(), 3U);
     EXPECT_THAT(counts, ElementsAre(1, 2));

@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -27,6 +28,9 @@ using test::LargestFile;
 using test::rowsIn;
 
 std::vector<ino_t> flushedFolders;
+
+/// Flushes of files that succeed before all others fail; -1: all succeed.
+int flushesLeft = -1;
 
 Record recordAt(int second, float x, float y, float z1 = 0, float z2 = 0)
 {
@@ -183,6 +187,29 @@ TEST_P(EachKind, KeepsItsRowsWhenTheDiskIsFull)
     EXPECT_EQ(rowsIn(read()), stored);
 }
 
+TEST_P(EachKind, SaysThatARowMayBeThereWhenTheDiskFailsToTakeIt)
+{
+    for (int flushes = 0; flushes < 2; ++flushes) {
+        auto sink = createRecordFile(file(), kTwoDirections, Existing::Replace);
+        ASSERT_TRUE(sink) << sink.error();
+        ASSERT_TRUE((*sink)->append(recordAt(0, 1, 2)));
+        flushesLeft = flushes;
+        const auto failed = (*sink)->append(recordAt(1, 3, 4));
+        flushesLeft = -1;
+        if (failed) continue; // a row of text takes one flush
+        EXPECT_THAT(
+            failed.error(),
+            ::testing::StartsWith(file().string() + " could not be brought to the disk: Input/output error"));
+        const int rows = rowsIn(read());
+        const bool may = failed.error().find("One more row may be in the file") != std::string::npos;
+        EXPECT_TRUE(may || rows == 1) << failed.error();
+        if (flushes == 1 || GetParam().read == contents) {
+            EXPECT_TRUE(may) << failed.error();
+        }
+        EXPECT_TRUE((*sink)->close());
+    }
+}
+
 TEST_P(EachKind, LeavesTheOldFileWhenThereIsNoRoomForTheNewOne)
 {
     put(GetParam().name, "old");
@@ -241,5 +268,11 @@ extern "C" int fsync(int handle)
     struct stat what {};
     if (::fstat(handle, &what) == 0 && S_ISDIR(what.st_mode))
         quorvel::autoread::flushedFolders.push_back(what.st_ino);
+    else if (quorvel::autoread::flushesLeft == 0) {
+        errno = EIO;
+        return -1;
+    } else if (quorvel::autoread::flushesLeft > 0) {
+        --quorvel::autoread::flushesLeft;
+    }
     return static_cast<int>(::syscall(SYS_fsync, handle));
 }

@@ -116,6 +116,38 @@ inline void addIndex(const std::filesystem::path& path)
     put(path, {file.begin(), file.end()});
 }
 
+/// Adds a column of Singles behind the columns of a file of ours, as another program does: the rows that are there stay
+/// as they are, without it.
+inline void addColumn(const std::filesystem::path& path, const std::string& name)
+{
+    constexpr std::size_t kDefinition = std::size_t{16} * 4096;
+    const auto content = contentOf(path);
+    jet::ByteVector page(content.begin() + kDefinition, content.begin() + kDefinition + 4096);
+    const std::uint16_t columns = jet::get16(page, 0x2D);
+    const std::size_t names = 0x3F + std::size_t{25} * columns;
+    const auto before = std::vector<std::uint8_t>(page.begin() + static_cast<std::ptrdiff_t>(names - 25),
+                                                  page.begin() + static_cast<std::ptrdiff_t>(names));
+    auto block = before;
+    jet::put8(block, 0, 6);
+    jet::put16(block, 5, columns);
+    jet::put16(block, 9, columns);
+    jet::put16(block, 21, static_cast<std::uint16_t>(jet::get16(before, 21) + jet::get16(before, 23)));
+    jet::put16(block, 23, 4);
+    jet::ByteVector stored;
+    jet::append16(stored, static_cast<std::uint16_t>(2 * name.size()));
+    for (const char letter : name)
+        jet::append16(stored, static_cast<std::uint8_t>(letter));
+    const std::size_t end = jet::get32(page, 8) - 2;
+    page.insert(page.begin() + static_cast<std::ptrdiff_t>(end), stored.begin(), stored.end());
+    page.insert(page.begin() + static_cast<std::ptrdiff_t>(names), block.begin(), block.end());
+    page.resize(4096);
+    jet::put16(page, 0x29, static_cast<std::uint16_t>(columns + 1));
+    jet::put16(page, 0x2D, static_cast<std::uint16_t>(columns + 1));
+    jet::put32(page, 8, static_cast<std::uint32_t>(end + 2 + stored.size() + block.size()));
+    put(path, content.substr(0, kDefinition) + std::string(page.begin(), page.end()) +
+                  content.substr(kDefinition + 4096));
+}
+
 inline std::vector<jet::FieldDef> columnsOf(const std::vector<std::string>& readings)
 {
     std::vector<jet::FieldDef> fields{{"SN", jet::FieldType::Integer}, {"Rule_Data", jet::FieldType::Single}};

@@ -207,6 +207,16 @@ TEST_F(CalibrationFile, IsRefusedWhenRowsAreMissing)
         << refusal(at("many.mdb"));
 }
 
+TEST_F(CalibrationFile, IsRefusedWithBlankRowsWhereTheEndOfAPageIsZero)
+{
+    ASSERT_TRUE(CreateCalibrationDatabase(at("XDirection.mdb")));
+    auto content = contentOf(at("XDirection.mdb"));
+    content.replace(19 * std::size_t{4096} - 512, 512, 512, '\0');
+    put(at("XDirection.mdb"), content);
+    EXPECT_NE(refusal(at("XDirection.mdb")).find("a row of the table cannot be read"), std::string::npos)
+        << refusal(at("XDirection.mdb"));
+}
+
 TEST_F(CalibrationFile, IsNotWrittenAnewWhenRowsAreMissing)
 {
     makeFile(at("many.mdb"), columnsOf({"X_Data"}), manyNumbers(), 1.5);

@@ -276,6 +276,21 @@ TEST_F(Data, OlderFileOfTextsKeepsTheNumbersWhenItIsWrittenAnew)
     EXPECT_EQ(rows[1], "1 1.25 5.5 6.5 200");
 }
 
+TEST_F(Data, FileToWhichANumberColumnWasAddedIsWrittenAnewAndTheOriginalKept)
+{
+    makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {0, 1}, 0.5);
+    addColumn(at("XDirection.mdb"), "Check");
+    const auto widened = contentOf(at("XDirection.mdb"));
+    refresh();
+    ASSERT_EQ(data.fields().size(), 4U);
+    EXPECT_EQ(data.readOnlyBecause(), "");
+    const auto written = data.write(0, {{"X_Data", 1.25}, {"Check", 2.5}});
+    ASSERT_TRUE(written) << written.error();
+    EXPECT_EQ(rowsOf(at("XDirection.mdb")), (Names{"0 0.5 1.25 2.5", "1 0.5 0.5 -"}));
+    EXPECT_EQ(data.olderKeptAs(), at("XDirection.older.mdb"));
+    EXPECT_EQ(contentOf(at("XDirection.older.mdb")), widened);
+}
+
 TEST_F(Data, FileWithAnIndexIsWrittenAnewAndTheOriginalKept)
 {
     makeFile(at("XDirection.mdb"), columnsOf({"X_Data"}), {1, 0}, 0.5);

@@ -192,7 +192,7 @@ TEST_F(QuorvelctlAutoread, FullDiskKeepsTheRowsBefore)
         download.err.contains(" records have been received.\n" + file("a.csv") + " could not be written: "))
         << qPrintable(download.err);
     EXPECT_TRUE(download.err.endsWith(
-        QStringLiteral("the file holds the %1 records before. The readout still has all its data.\n")
+        QStringLiteral("the file holds the %1 records received before. The readout still has all its data.\n")
             .arg(kept)))
         << qPrintable(download.err);
 }
@@ -211,7 +211,7 @@ TEST_F(QuorvelctlAutoread, UnreadableCountIsNotTakenForAnEmptyRing)
     bus.command("reply 5 22 :0522ABCDEFGHIJKLFF");
     const auto download = run({"download", file("a.mdb")});
     EXPECT_EQ(download.status, 1);
-    EXPECT_TRUE(download.err.contains("not readable")) << qPrintable(download.err);
+    EXPECT_TRUE(download.err.contains("could not be read")) << qPrintable(download.err);
 }
 
 TEST_F(QuorvelctlAutoread, ClearsOnlyWhenSure)

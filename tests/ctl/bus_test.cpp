@@ -2,8 +2,10 @@
 #include "support/simulated_bus.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QJsonDocument>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -63,7 +65,7 @@ TEST_F(Quorvelctl, ASilentReadoutIsExitStatus1)
     const auto read = run({"read", "--address", "77"});
     EXPECT_EQ(read.status, 1);
     EXPECT_EQ(read.out, "");
-    EXPECT_EQ(read.err, "readout 77 did not answer, or not with the 29 characters of a reading.\n");
+    EXPECT_EQ(read.err, "readout 77 did not answer with the 29 characters of a reading.\n");
 }
 
 TEST_F(Quorvelctl, WatchTakesReadingsAtTheTurnOfTheSecond)
@@ -84,6 +86,76 @@ TEST_F(Quorvelctl, WatchGoesOnAfterAReadingThatFailed)
     EXPECT_EQ(watched.status, 1);
     EXPECT_EQ(watched.lines().size(), 1) << qPrintable(watched.out);
     EXPECT_TRUE(watched.err.contains("did not answer")) << qPrintable(watched.err);
+}
+
+TEST_F(Quorvelctl, TraceHoldsEveryFrameAndItsAnswer)
+{
+    const QTemporaryDir folder;
+    const auto path = folder.filePath("a.jsonl");
+    EXPECT_EQ(run({"--trace", path, "read", "--address", "5"}).status, 0);
+    EXPECT_EQ(run({"--trace", path, "offset", "X", "--address", "7"}).status, 1);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QStringList told;
+    while (!file.atEnd()) {
+        const auto line = QJsonDocument::fromJson(file.readLine());
+        told << line["meaning"].toString() + ": " + line["outcome"].toString();
+    }
+    EXPECT_EQ(told, QStringList({"Read X and Y: ", "Read X and Y: complete",
+                                 "Read the offset of X: ", "Read the offset of X: silent"}));
+}
+
+TEST_F(Quorvelctl, TraceThatCannotBeWrittenIsExitStatus1)
+{
+    const auto read = run({"--trace", "/nowhere/a.jsonl", "read", "--address", "5"});
+    EXPECT_EQ(read.status, 1);
+    EXPECT_TRUE(read.err.startsWith("The traffic cannot be recorded to /nowhere/a.jsonl: "))
+        << qPrintable(read.err);
+    EXPECT_TRUE(bus.frames().isEmpty());
+}
+
+TEST_F(Quorvelctl, StatsAreCsvOnStderr)
+{
+    const auto read = run({"--stats", "read", "--address", "12"});
+    const auto rows = read.err.split('\n');
+    ASSERT_EQ(rows.size(), 3) << qPrintable(read.err);
+    EXPECT_TRUE(rows[0].startsWith("address,exchanges,complete,"));
+    EXPECT_TRUE(rows[1].startsWith("12,1,1,0,0,0,")) << qPrintable(rows[1]);
+    EXPECT_FALSE(read.out.contains("address"));
+}
+
+TEST_F(Quorvelctl, ReadOnlySendsNothingThatWouldChangeAReadout)
+{
+    const QString refused("Read Only is on: nothing was sent.");
+    for (const auto& arguments : {QStringList{"offset", "X", "1.5"},
+                                  {"clear", "--yes"},
+                                  {"reset", "--yes"},
+                                  {"address", "7"},
+                                  {"auto", "--set", "1m"}}) {
+        const auto ended = run(QStringList{"--read-only", "--address", "5"} + arguments);
+        EXPECT_EQ(ended.status, 1) << qPrintable(arguments.join(' '));
+        EXPECT_TRUE(ended.err.contains(refused)) << qPrintable(ended.err);
+    }
+    EXPECT_TRUE(bus.frames().isEmpty()) << qPrintable(bus.frames().join(' '));
+    EXPECT_EQ(run({"--read-only", "read", "--address", "5"}).status, 0);
+}
+
+TEST_F(Quorvelctl, WhatIsSetIsBookedUnlessItIsSwitchedOff)
+{
+    const QTemporaryDir data;
+    const auto before = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", data.path().toLocal8Bit());
+    run({"--no-journal", "offset", "X", "1.5", "--address", "5"});
+    EXPECT_FALSE(QFile::exists(data.filePath("quorvel/journal.jsonl")));
+    run({"offset", "X", "2.5", "--address", "5"});
+    qputenv("XDG_DATA_HOME", before);
+    QFile file(data.filePath("quorvel/journal.jsonl"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const auto line = QJsonDocument::fromJson(file.readLine());
+    EXPECT_EQ(line["meaning"], "Set the offset of X to +2.50000");
+    EXPECT_EQ(line["program"], "quorvelctl");
+    EXPECT_EQ(line["port"], bus.device());
+    EXPECT_TRUE(file.atEnd());
 }
 
 TEST_F(Quorvelctl, WrongUsageIsExitStatus2)

@@ -139,7 +139,7 @@ TEST_F(QuorvelctlGrayscale, SilentReadoutIsExitStatus1AndLeavesNoFile)
     const auto read = runX({"--data", file("x.mdb"), "--chart", file("x.jpg")});
     EXPECT_EQ(read.status, 1);
     EXPECT_EQ(read.out, "");
-    EXPECT_TRUE(read.err.endsWith("Readout 5 did not answer, or not to the end.\n")) << qPrintable(read.err);
+    EXPECT_TRUE(read.err.endsWith("Readout 5 did not answer, or not completely.\n")) << qPrintable(read.err);
     EXPECT_EQ(names(), QStringList());
 }
 
@@ -148,7 +148,7 @@ TEST_F(QuorvelctlGrayscale, MalformedReplyIsExitStatus1ForZ1Too)
     bus.fault("count@7803");
     const auto read = run({"--address", "12", "--type", "C", "--direction", "Z1", "--data", file("z.csv")});
     EXPECT_EQ(read.status, 1);
-    EXPECT_EQ(read.err, "Readout 12 gave an answer that is not grayscale.\n");
+    EXPECT_EQ(read.err, "Readout 12 gave an answer that is not a grayscale reading.\n");
     EXPECT_EQ(names(), QStringList());
 }
 

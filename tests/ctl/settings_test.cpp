@@ -166,9 +166,9 @@ TEST_F(QuorvelctlSettings, WrongValuesInAFileAreNotSent)
     EXPECT_EQ(restore.status, 1);
     EXPECT_TRUE(bus.frames().isEmpty());
     EXPECT_EQ(restore.out.count(": not set; "), 10) << qPrintable(restore.out);
-    EXPECT_TRUE(restore.out.contains("offsetY: not set; +1.5000? is not a value of it\n"))
+    EXPECT_TRUE(restore.out.contains("offsetY: not set; +1.5000? is not a valid value\n"))
         << qPrintable(restore.out);
-    EXPECT_TRUE(restore.out.contains("swap: not set; nothing is not a value of it\n"))
+    EXPECT_TRUE(restore.out.contains("swap: not set; nothing is not a valid value\n"))
         << qPrintable(restore.out);
     EXPECT_EQ(restore.out.count("clock: left as it is; "), 1) << qPrintable(restore.out);
     EXPECT_TRUE(restore.err.contains("nonsense: a readout of type C has no such setting."));

@@ -131,10 +131,11 @@ const Arrows& arrows()
         {"autoread", {"main", "protocol", "link", "text", "jet", "files"}},
         {"grayscale", {"main", "protocol", "link", "text", "jet", "files"}},
         {"calibration", {"main", "protocol", "link", "text", "jet", "files"}},
-        {"ctl", {"autoread", "grayscale", "calibration", "protocol", "link", "text", "jet", "files"}},
+        {"line", {"main", "protocol", "link", "text", "files"}},
+        {"ctl", {"line", "autoread", "grayscale", "calibration", "protocol", "link", "text", "jet", "files"}},
         {"app",
-         {"settings", "autoread", "grayscale", "calibration", "main", "protocol", "link", "text", "jet",
-          "files"}},
+         {"line", "settings", "autoread", "grayscale", "calibration", "main", "protocol", "link", "text",
+          "jet", "files"}},
     };
     return all;
 }

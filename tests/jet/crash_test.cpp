@@ -1,4 +1,5 @@
 #include "jet/fixture.h"
+#include "jet/torn.h"
 
 namespace quorvel::jet::testing {
 namespace {
@@ -24,7 +25,7 @@ Disk killedAfter(const Disk& before, int writes, int x, bool& finished)
 
 /// Kills an append after each number of page writes: every state is read by mdb-export and by us with every row
 /// that was there before, is repaired by the next opening, and takes the row again.
-void killEverywhere(const Disk& before, int rowsBefore)
+void killEverywhere(const Disk& before, int rowsBefore, int mostLeaked = 0)
 {
     const Folder folder;
     bool finished = false;
@@ -39,10 +40,14 @@ void killEverywhere(const Disk& before, int rowsBefore)
         EXPECT_EQ(seen, countTo(arrived ? rowsBefore + 1 : rowsBefore));
         EXPECT_EQ(valuesOf(disk), seen);
         EXPECT_EQ(valuesOf(disk, Access::ReadWrite), seen);
-        EXPECT_THAT(faultsOf(disk.files[kPath.string()]), IsEmpty());
+        // A list of pages that was begun on a page of its own may stay behind, unused.
+        int leaked = 0;
+        EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty());
         if (!arrived) fill(disk, rowsBefore, rowsBefore + 1);
         EXPECT_EQ(valuesOf(disk), countTo(rowsBefore + 1));
-        EXPECT_THAT(faultsOf(disk.files[kPath.string()]), IsEmpty());
+        leaked = 0;
+        EXPECT_THAT(faultsOf(disk.files[kPath.string()], &leaked), IsEmpty());
+        EXPECT_LE(leaked, mostLeaked);
     }
 }
 
@@ -77,7 +82,7 @@ TEST(Crash, RowThatMakesTheMapsGrowMayDieAtAnyWrite)
     // Rows of a page are killed by its slots: 255 a page. Page 512 is the first beyond the maps.
     const int perPage = 4082 / (2 + 4 + 1 + 2) < 255 ? 4082 / (2 + 4 + 1 + 2) : 255;
     fill(disk, 0, perPage * (512 - 18));
-    killEverywhere(disk, perPage * (512 - 18));
+    killEverywhere(disk, perPage * (512 - 18), 1);
 }
 
 TEST(Crash, DeletionAndChangeMayDieAtAnyWrite)
@@ -150,8 +155,6 @@ TEST(Crash, FullDiskIsToldAndEarlierRowsStay)
     EXPECT_THAT(faultsOf(disk.files[kPath.string()]), IsEmpty());
 }
 
-constexpr std::size_t kSector = 512;
-
 TEST(Crash, PageThatCameToTheDiskInPartsLosesAtMostItsLastRow)
 {
     Disk before;
@@ -215,18 +218,6 @@ protected:
 
     Disk before_;
 };
-
-std::vector<std::size_t> differingSectors(const ByteVector& from, const ByteVector& to)
-{
-    std::vector<std::size_t> sectors;
-    for (std::size_t at = 0; at < from.size(); at += kSector) {
-        if (!std::equal(from.begin() + static_cast<std::ptrdiff_t>(at),
-                        from.begin() + static_cast<std::ptrdiff_t>(at + kSector),
-                        to.begin() + static_cast<std::ptrdiff_t>(at)))
-            sectors.push_back(at);
-    }
-    return sectors;
-}
 
 TEST_P(TornPage, ShowsTheRowWholeOrNotAtAll)
 {

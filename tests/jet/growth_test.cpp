@@ -1,4 +1,5 @@
 #include "jet/fixture.h"
+#include "jet/torn.h"
 
 namespace quorvel::jet::testing {
 namespace {
@@ -154,6 +155,62 @@ TEST(Growth, EveryWriteAroundTheConversionsLeavesAReadableFile)
         fill(start, rows, x);
         killWhileMapsGrow(start, x);
         rows = x;
+    }
+}
+
+TEST(Growth, ListsOfPagesThatGrowSurviveWritesThatComeInParts)
+{
+    for (const std::uint32_t pages : {19U, 639U}) {
+        Disk before;
+        makeFile(before);
+        fill(before, 0, kRowsPerPage);
+        if (pages > 19) padTo(before, pages);
+        const auto states =
+            flushedStates(before, [](Recordset& rows) { EXPECT_TRUE(addRow(rows, kRowsPerPage)); });
+        ASSERT_GE(states.size(), 4U);
+        for (std::size_t i = 1; i < states.size(); ++i) {
+            forEachTorn(states[i - 1], states[i], [&](Disk& torn, unsigned parts) {
+                SCOPED_TRACE(std::to_string(pages) + " pages, step " + std::to_string(i) + ", sectors " +
+                             std::to_string(parts));
+                const auto seen = valuesOf(torn, Access::ReadWrite);
+                EXPECT_EQ(seen, countTo(seen.size() > kRowsPerPage ? kRowsPerPage + 1 : kRowsPerPage));
+                int leaked = 0;
+                EXPECT_THAT(faultsOf(torn.files[kPath.string()], &leaked), IsEmpty());
+            });
+        }
+        if (pages > 19) {
+            Disk after;
+            after.files[kPath.string()] = states.back();
+            EXPECT_EQ(freeMapType(after), 1);
+            EXPECT_EQ(ownedMapType(after), 1);
+        }
+    }
+}
+
+TEST(Deletion, OfAnyRowSurvivesAWriteThatComesInParts)
+{
+    Disk before;
+    makeFile(before, tableOf("data", {{"x", FieldType::Single}}));
+    fill(before, 0, 255);
+    for (const int row : {0, 100, 248, 249, 253, 254}) {
+        const auto states = flushedStates(before, [row](Recordset& rows) {
+            for (int i = 0; i < row; ++i)
+                EXPECT_TRUE(rows.MoveNext());
+            EXPECT_TRUE(rows.Delete());
+        });
+        auto without = countTo(255);
+        without.erase(without.begin() + row);
+        for (std::size_t i = 1; i < states.size(); ++i) {
+            forEachTorn(states[i - 1], states[i], [&](Disk& torn, unsigned parts) {
+                const auto seen = valuesOf(torn, Access::ReadWrite);
+                EXPECT_EQ(seen, seen.size() == 255 ? countTo(255) : without)
+                    << "row " << row << ", sectors " << parts;
+                EXPECT_THAT(faultsOf(torn.files[kPath.string()]), IsEmpty()) << row << " " << parts;
+            });
+        }
+        Disk after;
+        after.files[kPath.string()] = states.back();
+        EXPECT_EQ(valuesOf(after), without);
     }
 }
 

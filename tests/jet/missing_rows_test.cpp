@@ -74,6 +74,23 @@ TEST_F(MissingRows, ThoseOfAPageThatLostItsSlotsAreToldAndNotForgotten)
     EXPECT_EQ(bytes(), before) << "the count would agree with the loss";
 }
 
+TEST_F(MissingRows, AreNotBlankOnesWhereTheLastSectorOfAPageIsZero)
+{
+    std::fill_n(page(kFirstPage + 2) - 512, 512, std::uint8_t{0});
+    for (const auto access : {Access::ReadOnly, Access::ReadWrite}) {
+        MemoryFiles files(disk);
+        auto opened = OpenDatabase(kPath, {.access = access, .files = &files});
+        auto rows = opened->OpenRecordset("data");
+        int unread = 0;
+        for (auto read = rows->MoveFirst(); !rows->Eof(); read = rows->MoveNext()) {
+            if (read) continue;
+            ++unread;
+            EXPECT_THAT(read.error(), HasSubstr("a row of the table cannot be read"));
+        }
+        EXPECT_EQ(unread, 26) << "of 19 bytes each, and one that begins before";
+    }
+}
+
 TEST_F(MissingRows, IsNotWhatAKilledDeletionLeaves)
 {
     put32(bytes(), kDefinition + kJet4.rowCount, 501);

@@ -114,7 +114,7 @@ TEST_F(Reference, SilenceOrAShortReplyToTheZeroMayHaveLostTheOffset)
         EXPECT_EQ(run.formerOffset, FormerOffset::MayBeLost);
         EXPECT_EQ(lossText(run),
                   "The former offset may have been overwritten with zero: the readout did not answer "
-                  "whole. Query it.");
+                  "completely. Query it.");
         EXPECT_EQ(frames.size(), 1U);
     }
 }

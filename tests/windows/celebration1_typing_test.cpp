@@ -17,7 +17,7 @@ protected:
     }
     void expectRefusal()
     {
-        EXPECT_TRUE(status().contains("\"1,5\" is no number and was not taken: 3 stays"))
+        EXPECT_TRUE(status().contains("\"1,5\" is not a number and was not taken: 3 stays"))
             << qPrintable(status());
     }
 };
@@ -179,7 +179,7 @@ TEST_F(Celebration1Typing, LoadingAndClosingAskBeforeTheyLoseARefusedText)
     open("X");
     fillWithARefusedText();
     button("Command3").click();
-    EXPECT_TRUE(lastMessage().contains("Go on and lose it?\n\n\"1,5\" is no number"))
+    EXPECT_TRUE(lastMessage().contains("Go on and lose it?\n\n\"1,5\" is not a number"))
         << qPrintable(lastMessage());
 
     messages.shown.clear();
@@ -187,7 +187,7 @@ TEST_F(Celebration1Typing, LoadingAndClosingAskBeforeTheyLoseARefusedText)
     type("1,5");
     window->close();
     EXPECT_TRUE(window->isVisible());
-    EXPECT_TRUE(lastMessage().contains("\"1,5\" is no number and was not taken: 4 stays"))
+    EXPECT_TRUE(lastMessage().contains("\"1,5\" is not a number and was not taken: 4 stays"))
         << qPrintable(lastMessage());
 
     messages.shown.clear();

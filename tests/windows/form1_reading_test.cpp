@@ -178,8 +178,10 @@ TEST_F(ReadingByHand, TabGoesRoundWhatCanBeOperatedAndTheKeyboardStopsIt)
         press(Qt::Key_Space);
     });
     readFor(60);
-    EXPECT_EQ(forth, QStringList({"TestNo", "List1", "Option1", "Combo1", "foundScroll", "Command2"}));
-    EXPECT_EQ(back, QStringList({"foundScroll", "Combo1", "Option1", "List1", "TestNo", "Command2"}));
+    EXPECT_EQ(forth,
+              QStringList({"TestNo", "List1", "Tools", "Option1", "Combo1", "foundScroll", "Command2"}));
+    EXPECT_EQ(back,
+              QStringList({"foundScroll", "Combo1", "Option1", "Tools", "List1", "TestNo", "Command2"}));
     EXPECT_LE(clock.passed(), 3.1);
 }
 

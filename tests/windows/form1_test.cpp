@@ -192,12 +192,38 @@ TEST_F(Form1Window, TabVisitsAllControlsInTheirOrder)
     ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
     child<QRadioButton>(*form, "Option1")->setFocus();
     QStringList visited;
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < 9; ++i) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         visited << QApplication::focusWidget()->objectName();
     }
     EXPECT_EQ(visited, QStringList({"Combo1", "Command1", "Command4", "foundScroll", "Command2", "TestNo",
-                                    "List1", "Option1"}));
+                                    "List1", "Tools", "Option1"}));
+}
+
+TEST_F(Form1Window, ToolsStandAtTheRightEndOfTheStatusBar)
+{
+    int chosen = 0;
+    auto* tool = form->addTool("Something", [&chosen] { ++chosen; });
+    tool->trigger();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(chosen, 1);
+    auto& tools = button("Tools");
+    EXPECT_EQ(tools.text(), "Tools");
+    EXPECT_GT(tools.mapTo(form.get(), QPoint()).x(), form->width() / 2);
+    tools.click();
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(menu->actions(), QList<QAction*>{tool});
+    menu->close();
+}
+
+TEST_F(Form1Window, TheReadOnlyMarkIsHiddenUntilItIsAskedFor)
+{
+    auto* mark = child<QLabel>(*form, "ReadOnlyMark");
+    EXPECT_FALSE(mark->isVisible());
+    form->showReadOnly(true);
+    EXPECT_TRUE(mark->isVisible());
+    EXPECT_TRUE(mark->text().endsWith("Read Only"));
 }
 
 TEST_F(Form1Window, Timer1CountsSeconds)

@@ -6,8 +6,8 @@
 namespace quorvel::test {
 namespace {
 
-const QString kMayBeLost = QStringLiteral(
-    "The former offset may have been overwritten with zero: the readout did not answer whole. Query it.");
+const QString kMayBeLost = QStringLiteral("The former offset may have been overwritten with zero: the "
+                                          "readout did not answer completely. Query it.");
 constexpr auto kLost = "The former offset was overwritten with zero and is lost.";
 const QString kNoReading = QStringLiteral("\"Error\" is not a reading; it was counted as 0.");
 

@@ -111,7 +111,7 @@ TEST_F(SetAutoOnTheBus, PointersThatLeadNowhereMakeNoFile)
 }
 
 constexpr auto kUnknown = "The records stored in readout 5 have not been downloaded in this window.";
-constexpr auto kUnreadable = "\nThe answer to the question for stored records was not readable: ";
+constexpr auto kUnreadable = "\nThe answer to the query for stored records could not be read: ";
 
 TEST_F(SetAutoOnTheBus, UnreadableCountIsPointedOutBesideNoData)
 {

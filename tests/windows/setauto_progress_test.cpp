@@ -201,7 +201,7 @@ TEST_P(FullDisk, IsSaidAndTheRowsBeforeAreKept)
     ASSERT_EQ(messages.shown.size(), 1);
     EXPECT_TRUE(messages.last().startsWith(file + " could not be written: ")) << qPrintable(messages.last());
     EXPECT_TRUE(messages.last().endsWith(
-        QStringLiteral("the file holds the %1 records before. The readout still has all its data.")
+        QStringLiteral("the file holds the %1 records received before. The readout still has all its data.")
             .arg(rows)))
         << qPrintable(messages.last());
     EXPECT_EQ(

@@ -1,0 +1,69 @@
+#include "app/openers.h"
+#include "app/program.h"
+#include "line/healthwindow.h"
+#include "line/journalwindow.h"
+#include "line/trafficpanel.h"
+
+namespace quorvel {
+
+namespace {
+
+constexpr QSize kTrafficSize(1090, 300); // all columns
+
+/// Nothing watches the traffic before its panel is opened for the first time; from then on it is kept.
+void showTraffic(Program& program)
+{
+    static constexpr auto kName = "Traffic";
+    if (auto* open = program.form1.findChild<line::TrafficPanel*>(kName)) {
+        open->show();
+        return open->raise();
+    }
+    program.module1.addObserver(program.traffic);
+    auto* panel = new line::TrafficPanel(program.traffic, program.trace, program.messages, &program.form1);
+    program.form1.addDockWidget(Qt::BottomDockWidgetArea, panel);
+    // Beside the main window, whose own layout stays as it is.
+    panel->setFloating(true);
+    panel->resize(kTrafficSize);
+    panel->move(program.form1.frameGeometry().bottomLeft());
+    panel->show();
+}
+
+void showHealth(Program& program)
+{
+    static constexpr auto kName = "LineHealth";
+    auto* window = program.form1.findChild<line::HealthWindow*>(kName);
+    if (!window) window = new line::HealthWindow(program.health, &program.form1);
+    window->show();
+    window->raise();
+}
+
+void showJournal(Program& program)
+{
+    auto* window = program.form1.findChild<line::JournalWindow*>("Journal");
+    if (!window) window = new line::JournalWindow(line::journalFile(), &program.form1);
+    window->show();
+    window->raise();
+}
+
+} // namespace
+
+void addTools(Program& program)
+{
+    program.form1.addTool(QStringLiteral("Traffic"), [&program] { showTraffic(program); });
+    program.form1.addTool(QStringLiteral("Line Health"), [&program] { showHealth(program); });
+    program.form1.addTool(QStringLiteral("Journal"), [&program] { showJournal(program); });
+    auto* readOnly = program.form1.addTool(QStringLiteral("Read Only"), [] {});
+    readOnly->setCheckable(true);
+    readOnly->setObjectName(QStringLiteral("ReadOnly"));
+    QObject::connect(readOnly, &QAction::toggled, &program.form1, [&program](bool on) {
+        program.module1.setReadOnly(on);
+        program.form1.showReadOnly(on);
+        program.form1.showStatus(
+            on ? QStringLiteral("Read Only is on: nothing is sent that would change a readout.")
+               : QStringLiteral("Read Only is off."));
+    });
+    readOnly->setChecked(program.module1.readOnly());
+    QObject::connect(&program.trace, &line::Trace::failed, &program.form1, &Form1::showStatus);
+}
+
+} // namespace quorvel

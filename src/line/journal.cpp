@@ -1,0 +1,159 @@
+#include "line/journal.h"
+
+#include "files/name.h"
+#include "link/bytes.h"
+#include "link/program_folder.h"
+#include "protocol/meaning.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLockFile>
+
+#include <ctime>
+
+namespace quorvel::line {
+
+namespace {
+
+using protocol::CommandId;
+
+constexpr int kLockPatience = 500; // ms
+constexpr std::size_t kAddressAt = 1;
+constexpr std::size_t kAddressDigits = 2;
+
+/// What asks for a value, and what sets it.
+struct Pair {
+    CommandId set;
+    CommandId query;
+};
+constexpr Pair kPairs[] = {
+    {CommandId::SetClock, CommandId::QueryClock},
+    {CommandId::SetInterval, CommandId::QueryMode},
+    {CommandId::SetWire, CommandId::QueryWire},
+    {CommandId::SetOffsetX, CommandId::QueryOffsetX},
+    {CommandId::SetOffsetY, CommandId::QueryOffsetY},
+    {CommandId::SetOffsetZ, CommandId::QueryOffsetZ},
+    {CommandId::SetFeature, CommandId::QueryFeature},
+    {CommandId::SetSwap, CommandId::QuerySwap},
+    {CommandId::SetInvertX, CommandId::QueryInvertX},
+    {CommandId::SetInvertY, CommandId::QueryInvertY},
+    {CommandId::SetInvertZ, CommandId::QueryInvertZ},
+    {CommandId::SetStitching, CommandId::QueryStitching},
+    {CommandId::DeleteRecords, CommandId::QueryPointers},
+};
+
+/// The digits of the query for what a command changes; empty when there is none.
+std::string queryFor(CommandId set)
+{
+    for (const auto& pair : kPairs) {
+        if (pair.set == set) return std::string(protocol::command(pair.query).digits);
+    }
+    return {};
+}
+
+std::string addressDigits(const link::Exchange& exchange)
+{
+    const auto& frame = exchange.transaction.frame;
+    return frame.size() > kAddressAt ? frame.substr(kAddressAt, kAddressDigits) : std::string();
+}
+
+QString isoTime(const QDateTime& time)
+{
+    return time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODateWithMs);
+}
+
+} // namespace
+
+Journal::Journal(std::filesystem::path file, JournalWriter writer, QObject* parent)
+    : QObject(parent), file_(std::move(file)), writer_(std::move(writer))
+{}
+
+void Journal::ended(const link::Exchange& exchange)
+{
+    const auto* command = protocol::commandOf(exchange.transaction.frame);
+    if (!command) return;
+    if (command->kind == link::Kind::Query) return learn(exchange);
+    const bool changes = command->kind == link::Kind::Set || command->kind == link::Kind::Delete;
+    if (changes && exchange.sent > 0) book(exchange, *command);
+}
+
+void Journal::learn(const link::Exchange& exchange)
+{
+    if (!exchange.complete() || !link::isAnswered(exchange)) return;
+    const auto* command = protocol::commandOf(exchange.reply);
+    if (!command) return;
+    known_[{addressDigits(exchange), std::string(command->digits)}] = protocol::parameterOf(exchange.reply);
+}
+
+void Journal::book(const link::Exchange& exchange, const protocol::Command& command)
+{
+    const auto parameter = std::string(protocol::parameterOf(exchange.transaction.frame));
+    const Known place{addressDigits(exchange), queryFor(command.id)};
+    const auto known = known_.find(place);
+    const bool confirmed = link::isConfirmed(exchange);
+    const QJsonObject line{
+        {"time", isoTime(exchange.begun)},
+        {"port", writer_.port()},
+        {"address", protocol::addressOf(exchange.transaction.frame)},
+        {"kind", link::shown(protocol::nameOf(command.kind))},
+        {"command", link::shown(command.digits)},
+        {"meaning", link::shown(protocol::meaningOf(exchange.transaction.frame))},
+        {"old", known == known_.end() ? QJsonValue() : QJsonValue(link::shown(known->second))},
+        {"new", link::shown(parameter)},
+        {"frame", link::shown(exchange.transaction.frame)},
+        {"reply", link::shown(exchange.reply)},
+        {"outcome", link::shown(protocol::outcomeOf(exchange))},
+        {"confirmed", confirmed},
+        {"program", writer_.program},
+        {"user", writer_.user},
+    };
+    // A reply that did not confirm leaves open which value holds now.
+    if (confirmed && command.kind == link::Kind::Set && !place.second.empty()) {
+        known_[place] = parameter;
+    } else {
+        known_.erase(place);
+    }
+    const auto reason = append(QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n');
+    const bool told = failing_;
+    failing_ = !reason.isEmpty();
+    if (failing_ && !told) Q_EMIT failed(reason);
+}
+
+/// One call to the system for the whole line, and a lock that all our programs ask for.
+QString Journal::append(const QByteArray& line)
+{
+    const QFileInfo place(file_);
+    QDir().mkpath(place.path());
+    QLockFile lock(place.filePath() + QStringLiteral(".lock"));
+    const bool locked = lock.tryLock(kLockPatience);
+    if (locked) setAsideWhenLong();
+    QFile file(file_);
+    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered) &&
+                         file.write(line) == line.size();
+    return written ? QString()
+                   : tr("The journal %1 cannot be written: %2. What is set is not booked.")
+                         .arg(place.filePath(), file.errorString());
+}
+
+void Journal::setAsideWhenLong()
+{
+    if (QFileInfo(file_).size() < kLongest) return;
+    std::error_code ignored;
+    std::filesystem::rename(file_, files::freeName(file_, files::dateMark(std::time(nullptr))), ignored);
+}
+
+std::filesystem::path journalFile() { return link::usersFolder() / "journal.jsonl"; }
+
+QString userName()
+{
+    for (const auto* variable : {"USER", "USERNAME", "LOGNAME"}) {
+        const auto name = qEnvironmentVariable(variable);
+        if (!name.isEmpty()) return name;
+    }
+    return {};
+}
+
+} // namespace quorvel::line

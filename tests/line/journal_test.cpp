@@ -1,0 +1,195 @@
+#include "line/journal.h"
+
+#include "line/journalwindow.h"
+#include "support/bench_by_hand.h"
+#include "support/bench_on_the_bus.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QJsonDocument>
+#include <QPushButton>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <thread>
+
+namespace quorvel::line {
+namespace {
+
+using protocol::CommandId;
+using test::child;
+
+class JournalByHand : public test::BenchByHand {
+protected:
+    JournalByHand() { module1.addObserver(journal); }
+    ~JournalByHand() override { module1.removeObserver(journal); }
+
+    void send(CommandId id, const std::string& parameter, const std::string& answer)
+    {
+        answerWith({answer});
+        module1.transact(protocol::transaction(id, "05", parameter));
+    }
+    std::vector<QJsonDocument> lines() const
+    {
+        QFile file(path);
+        std::vector<QJsonDocument> all;
+        if (!file.open(QIODevice::ReadOnly)) return all;
+        while (!file.atEnd()) {
+            all.push_back(QJsonDocument::fromJson(file.readLine()));
+        }
+        return all;
+    }
+
+    QTemporaryDir folder;
+    const QString path = folder.filePath("new/journal.jsonl");
+    Journal journal{path.toStdString(), {"quorvel", "anna", [] { return QStringLiteral("COM3"); }}};
+};
+
+TEST_F(JournalByHand, ASetIsBookedWithWhatWasThereBefore)
+{
+    send(CommandId::QueryOffsetX, "", ":0572+0.25000FF\r\n");
+    EXPECT_TRUE(lines().empty()) << "a query changes nothing";
+    send(CommandId::SetOffsetX, "+1.50000", ":0571+1.50000FF\r\n");
+    ASSERT_EQ(lines().size(), 1U);
+    const auto line = lines()[0];
+    EXPECT_TRUE(line["time"].toString().startsWith("2024-05-17T09:05:3"))
+        << qPrintable(line["time"].toString());
+    EXPECT_EQ(line["port"], "COM3");
+    EXPECT_EQ(line["address"], 5);
+    EXPECT_EQ(line["kind"], "set");
+    EXPECT_EQ(line["meaning"], "Set the offset of X to +1.50000");
+    EXPECT_EQ(line["old"], "+0.25000");
+    EXPECT_EQ(line["new"], "+1.50000");
+    EXPECT_EQ(line["outcome"], "complete");
+    EXPECT_EQ(line["confirmed"], true);
+    EXPECT_EQ(line["program"], "quorvel");
+    EXPECT_EQ(line["user"], "anna");
+}
+
+TEST_F(JournalByHand, WhatWasConfirmedIsTheNextOldValueAndWhatWasNotIsUnknown)
+{
+    send(CommandId::SetOffsetX, "+1.50000", ":0571+1.50000FF\r\n");
+    send(CommandId::SetOffsetX, "+2.50000", "");
+    send(CommandId::SetOffsetX, "+3.50000", ":0571+3.50000FF\r\n");
+    const auto all = lines();
+    ASSERT_EQ(all.size(), 3U);
+    EXPECT_TRUE(all[0]["old"].isNull());
+    EXPECT_EQ(all[1]["old"], "+1.50000");
+    EXPECT_EQ(all[1]["outcome"], "silent");
+    EXPECT_EQ(all[1]["confirmed"], false);
+    EXPECT_TRUE(all[2]["old"].isNull()) << "the readout may have taken 2.5";
+}
+
+// A new command cannot be forgotten: the journal goes by the table.
+TEST_F(JournalByHand, EveryCommandThatChangesAReadoutIsBooked)
+{
+    std::size_t changing = 0;
+    for (const auto& row : protocol::commands()) {
+        send(row.id, "01", "");
+        if (row.kind == link::Kind::Set || row.kind == link::Kind::Delete) ++changing;
+        ASSERT_EQ(lines().size(), changing) << row.name;
+    }
+    EXPECT_GT(changing, 10U);
+}
+
+TEST_F(JournalByHand, WhatNeverWentOutIsNotBooked)
+{
+    module1.setReadOnly(true);
+    send(CommandId::DeleteRecords, "", "");
+    module1.setReadOnly(false);
+    mscomm1.setPortOpen(false);
+    send(CommandId::DeleteRecords, "", "");
+    EXPECT_TRUE(lines().empty());
+}
+
+TEST_F(JournalByHand, AFullDiskIsToldOnceAndHoldsNothingUp)
+{
+    QFile::link("/dev/full", folder.filePath("full.jsonl"));
+    Journal full(folder.filePath("full.jsonl").toStdString(), {"quorvel", "anna", [] { return QString(); }});
+    QStringList told;
+    QObject::connect(&full, &Journal::failed, &full, [&told](const QString& reason) { told << reason; });
+    module1.addObserver(full);
+    send(CommandId::SetOffsetX, "+1.50000", ":0571+1.50000FF\r\n");
+    send(CommandId::SetOffsetX, "+1.50000", ":0571+1.50000FF\r\n");
+    module1.removeObserver(full);
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told[0].contains("full.jsonl cannot be written: ")) << qPrintable(told[0]);
+}
+
+TEST_F(JournalByHand, ALongFileGetsANameWithTheDayAndIsKept)
+{
+    QDir(folder.path()).mkdir("new");
+    std::ofstream(path.toStdString()) << std::string(Journal::kLongest, '\n');
+    send(CommandId::SetOffsetX, "+1.50000", "");
+    EXPECT_EQ(lines().size(), 1U);
+    const auto kept = QDir(folder.filePath("new")).entryList({"journal.*-*-*.jsonl"});
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(QFileInfo(folder.filePath("new/" + kept[0])).size(), Journal::kLongest);
+}
+
+TEST(Journal, SeveralWritersDoNotMixTheirLines)
+{
+    const QTemporaryDir folder;
+    const auto path = folder.filePath("journal.jsonl").toStdString();
+    constexpr int kWriters = 4;
+    constexpr int kLines = 50;
+    std::vector<std::thread> writers;
+    for (int i = 0; i < kWriters; ++i) {
+        writers.emplace_back([&path] {
+            Journal journal(path, {"quorvel", "anna", [] { return QString(); }});
+            link::Exchange exchange;
+            exchange.transaction = protocol::transaction(CommandId::CalibrateX, "05", std::string(176, '1'));
+            exchange.sent = exchange.transaction.frame.size();
+            for (int line = 0; line < kLines; ++line) {
+                journal.ended(exchange);
+            }
+        });
+    }
+    for (auto& writer : writers) {
+        writer.join();
+    }
+    std::ifstream file(path);
+    int whole = 0;
+    for (std::string line; std::getline(file, line);) {
+        ASSERT_TRUE(QJsonDocument::fromJson(QByteArray::fromStdString(line)).isObject()) << line;
+        ++whole;
+    }
+    EXPECT_EQ(whole, kWriters * kLines);
+}
+
+TEST_F(JournalByHand, TheWindowShowsTheLinesAndFindsThem)
+{
+    send(CommandId::SetOffsetX, "+1.50000", ":0571+1.50000FF\r\n");
+    send(CommandId::DeleteRecords, "", ":0525FF\r\n");
+    std::ofstream(path.toStdString(), std::ios::app) << "half a li\n";
+    JournalWindow window(path.toStdString());
+    window.show();
+    auto* model = child<QTableView>(window, "JournalLines")->model();
+    ASSERT_EQ(model->rowCount(), 2);
+    EXPECT_EQ(model->index(0, 2).data(), "Set the offset of X to +1.50000");
+    EXPECT_EQ(model->index(0, 5).data(), "yes");
+    EXPECT_EQ(child<QLabel>(window, "JournalStatus")->text(),
+              "2 lines in " + path + ". Older ones are in the files beside it. 1 lines could not be read.");
+    child<QLineEdit>(window, "JournalSearch")->setText("delete");
+    ASSERT_EQ(model->rowCount(), 1);
+    child<QPushButton>(window, "JournalCopy")->click();
+    const auto csv = QApplication::clipboard()->text().split('\n');
+    ASSERT_EQ(csv.size(), 3);
+    EXPECT_EQ(csv[0], "time,address,meaning,old,new,confirmed,outcome,program,user,port");
+    EXPECT_TRUE(csv[1].contains(",5,Delete the stored records,,,yes,complete,quorvel,anna,COM3"))
+        << qPrintable(csv[1]);
+}
+
+TEST(JournalWindow, WithoutAFileIsEmpty)
+{
+    JournalWindow window("/nowhere/journal.jsonl");
+    window.show();
+    EXPECT_EQ(child<QTableView>(window, "JournalLines")->model()->rowCount(), 0);
+    EXPECT_TRUE(
+        child<QLabel>(window, "JournalStatus")->text().startsWith("0 lines in /nowhere/journal.jsonl."));
+}
+
+} // namespace
+} // namespace quorvel::line
