@@ -68,7 +68,7 @@ link::Exchange SetAuto::ask(const link::Transaction& transaction)
 {
     remark_.clear();
     tell(tr("Waiting for readout %1 ...").arg(words(address())));
-    const auto exchange = perform(transaction);
+    auto exchange = perform(transaction);
     clearStatus();
     if (exchange.outcome == link::Outcome::PortLost || exchange.outcome == link::Outcome::Refused)
         explain(exchange);

@@ -77,7 +77,7 @@ QString Celebration1::standing() const
         return tr("The points can be looked at, not changed: %1")
             .arg(QString::fromStdString(Data1.readOnlyBecause()));
     }
-    if (const auto warning = tooLong(); !warning.isEmpty()) return warning;
+    if (auto warning = tooLong(); !warning.isEmpty()) return warning;
     const auto file = tr("File: %1").arg(QString::fromStdString(files::inWords(CalibrationDatabasePath)));
     if (Data1.olderKeptAs().empty()) return CalibrationDatabasePath.empty() ? QString() : file;
     return tr("The file was written anew, because its older format can only be read. The older file is kept "

@@ -150,7 +150,7 @@ std::filesystem::path journalFile() { return link::usersFolder() / "journal.json
 QString userName()
 {
     for (const auto* variable : {"USER", "USERNAME", "LOGNAME"}) {
-        const auto name = qEnvironmentVariable(variable);
+        auto name = qEnvironmentVariable(variable);
         if (!name.isEmpty()) return name;
     }
     return {};

@@ -73,7 +73,7 @@ bool TrafficModel::complete(const TrafficLine& line)
     return true;
 }
 
-void TrafficModel::append(std::deque<TrafficLine>::iterator from)
+void TrafficModel::append(const std::deque<TrafficLine>::iterator& from)
 {
     const int count = static_cast<int>(std::distance(from, queued_.end()));
     beginInsertRows({}, rowCount(), rowCount() + count - 1);

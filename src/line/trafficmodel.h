@@ -46,7 +46,7 @@ public:
 
 private:
     void queue(const link::Exchange& exchange, bool pending);
-    void append(std::deque<TrafficLine>::iterator from);
+    void append(const std::deque<TrafficLine>::iterator& from);
     bool complete(const TrafficLine& line);
     void dropOldest();
     QString text(const TrafficLine& line, int column) const;

@@ -74,7 +74,7 @@ std::string MSComm::Input()
     const int waiting = InBufferCount();
     const int wanted = inputLength_ > 0 ? std::min(inputLength_, waiting) : waiting;
     if (!device_) {
-        const auto characters = left_.substr(0, static_cast<std::size_t>(wanted));
+        auto characters = left_.substr(0, static_cast<std::size_t>(wanted));
         left_.erase(0, characters.size());
         return characters;
     }

@@ -65,7 +65,7 @@ GrayscaleReply readGrayscale(const GrayscaleRow& row, std::string_view reply, Pi
     std::vector<std::int16_t> pixels;
     pixels.reserve(static_cast<std::size_t>(count));
     const auto digits =
-        field(row.command, kPixelsField, reply).substr(0, static_cast<std::size_t>(kPixelDigits * count));
+        field(row.command, kPixelsField, reply).substr(0, kPixelDigits * static_cast<std::size_t>(count));
     for (std::size_t i = 0; i < digits.size(); i += kPixelDigits) {
         const bool hex = text::hexDigitValue(digits[i]) >= 0 && text::hexDigitValue(digits[i + 1]) >= 0;
         if (!hex) ++result.notHex;

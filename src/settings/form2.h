@@ -14,7 +14,7 @@ namespace quorvel {
 class Form2 final : public BusWindow {
     Q_OBJECT
 public:
-    Form2(const Workplace& workplace, QWidget* parent = nullptr);
+    explicit Form2(const Workplace& workplace, QWidget* parent = nullptr);
     ~Form2() override;
 
 protected:

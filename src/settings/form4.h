@@ -13,7 +13,7 @@ namespace quorvel {
 class Form4 final : public BusWindow {
     Q_OBJECT
 public:
-    Form4(const Workplace& workplace, QWidget* parent = nullptr);
+    explicit Form4(const Workplace& workplace, QWidget* parent = nullptr);
 
 private:
     struct Row;

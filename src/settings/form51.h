@@ -8,7 +8,7 @@ namespace quorvel {
 class Form51 final : public DirectionDialog {
     Q_OBJECT
 public:
-    Form51(const Workplace& workplace, QWidget* parent = nullptr);
+    explicit Form51(const Workplace& workplace, QWidget* parent = nullptr);
 
 protected:
     void queryDirection(std::size_t index, QLineEdit& box) override;

@@ -9,7 +9,7 @@ namespace quorvel {
 class Form52 final : public DirectionDialog {
     Q_OBJECT
 public:
-    Form52(const Workplace& workplace, QWidget* parent = nullptr);
+    explicit Form52(const Workplace& workplace, QWidget* parent = nullptr);
 
 protected:
     void queryDirection(std::size_t index, QLineEdit& box) override;

@@ -14,7 +14,7 @@ namespace quorvel {
 class SetTime final : public BusWindow {
     Q_OBJECT
 public:
-    SetTime(const Workplace& workplace, QWidget* parent = nullptr);
+    explicit SetTime(const Workplace& workplace, QWidget* parent = nullptr);
     ~SetTime() override;
 
 private:

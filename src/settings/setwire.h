@@ -15,7 +15,7 @@ namespace quorvel {
 class SetWire final : public BusWindow {
     Q_OBJECT
 public:
-    SetWire(const Workplace& workplace, QWidget* parent = nullptr);
+    explicit SetWire(const Workplace& workplace, QWidget* parent = nullptr);
     ~SetWire() override;
 
 private:
