@@ -125,10 +125,10 @@ void JournalWindow::read()
         table_.setColumnWidth(i, kColumns[i].width);
     }
     table_.scrollToBottom();
-    auto words = tr("%1 lines in %2. Older ones are in the files beside it.")
-                     .arg(lines_.rowCount())
-                     .arg(QFileInfo(file_).filePath());
-    if (unread > 0) words += u' ' + tr("%1 lines could not be read.").arg(unread);
+    auto words = tr("Lines in %1: %2. Older ones are in the files beside it.")
+                     .arg(QFileInfo(file_).filePath())
+                     .arg(lines_.rowCount());
+    if (unread > 0) words += u' ' + tr("Lines that could not be read: %1.").arg(unread);
     status_.setText(words);
 }
 

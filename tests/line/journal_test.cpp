@@ -171,7 +171,8 @@ TEST_F(JournalByHand, TheWindowShowsTheLinesAndFindsThem)
     EXPECT_EQ(model->index(0, 2).data(), "Set the offset of X to +1.50000");
     EXPECT_EQ(model->index(0, 5).data(), "yes");
     EXPECT_EQ(child<QLabel>(window, "JournalStatus")->text(),
-              "2 lines in " + path + ". Older ones are in the files beside it. 1 lines could not be read.");
+              "Lines in " + path +
+                  ": 2. Older ones are in the files beside it. Lines that could not be read: 1.");
     child<QLineEdit>(window, "JournalSearch")->setText("delete");
     ASSERT_EQ(model->rowCount(), 1);
     child<QPushButton>(window, "JournalCopy")->click();
@@ -188,7 +189,7 @@ TEST(JournalWindow, WithoutAFileIsEmpty)
     window.show();
     EXPECT_EQ(child<QTableView>(window, "JournalLines")->model()->rowCount(), 0);
     EXPECT_TRUE(
-        child<QLabel>(window, "JournalStatus")->text().startsWith("0 lines in /nowhere/journal.jsonl."));
+        child<QLabel>(window, "JournalStatus")->text().startsWith("Lines in /nowhere/journal.jsonl: 0."));
 }
 
 } // namespace
