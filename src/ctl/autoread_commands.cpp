@@ -89,7 +89,7 @@ void fetch(Console& console, const QString& file, autoread::Existing existing,
     if (!sink) return console.fail(kNotAnswered, QString::fromStdString(sink.error()));
     const auto outcome = autoread::fetchRecords(
         console.module1(), digits(console), span, layout, **sink,
-        {[] { return false; },
+        {[&console] { return console.endRequested(); },
          [&](int received) { console.progress(shown(protocol::receivedText(span.count(), received))); }});
     console.answer(QString::number(outcome.received),
                    {{"address", console.address()}, {"file", file}, {"records", outcome.received}});

@@ -1,13 +1,17 @@
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "link/bytes.h"
+#include "protocol/answer.h"
 #include "protocol/search.h"
 #include "protocol/values.h"
+#include "text/number.h"
 #include "text/reply.h"
 
 #include <QJsonArray>
 
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
 
 namespace quorvel::ctl {
 
@@ -16,6 +20,7 @@ namespace {
 using link::shown;
 
 constexpr int kDefaultEvery = 10; // s
+constexpr int kPiece = 100;       // ms
 
 void listPorts(Console& console)
 {
@@ -51,6 +56,14 @@ QJsonObject inFields(int address, const std::string& line)
     return fields;
 }
 
+/// Characters that were garbled on the line are not values.
+bool holdsNumbers(const QJsonObject& fields)
+{
+    return std::all_of(fields.begin(), fields.end(), [](const QJsonValue& field) {
+        return !field.isString() || text::isNumber(link::bytes(field.toString()));
+    });
+}
+
 /// One reading; `prefix` stands before it in a text answer, `fields` in a JSON one.
 void takeReading(Console& console, const QString& prefix = {}, const QJsonObject& fields = {})
 {
@@ -63,6 +76,12 @@ void takeReading(Console& console, const QString& prefix = {}, const QJsonObject
         return;
     }
     auto object = inFields(console.address(), line);
+    if (!holdsNumbers(object)) {
+        return console.fail(kNotAnswered,
+                            prefix + QStringLiteral("readout %1 answered \"%2\", which is not a reading.")
+                                         .arg(console.address())
+                                         .arg(shown(protocol::inOneLine(line)).trimmed()));
+    }
     for (auto field = fields.begin(); field != fields.end(); ++field) {
         object.insert(field.key(), field.value());
     }
@@ -74,21 +93,25 @@ void readOnce(Console& console)
     if (console.openReadout()) takeReading(console);
 }
 
-/// Waits for the next time of day whose seconds since midnight are a multiple of `every`.
-QTime waitForTurn(link::Module1& module1, int every)
+/// Waits for the next time of day whose seconds since midnight are a multiple of `every`; in pieces, so that a request
+/// to end is seen.
+QTime waitForTurn(Console& console, int every)
 {
     const auto period = every * 1000;
-    const auto now = module1.clock().now().time();
-    const int left = period - now.msecsSinceStartOfDay() % period;
-    module1.WaitForInput(static_cast<float>(left) / 1000, 0);
-    return now.addMSecs(left);
+    const auto now = console.module1().clock().now().time();
+    const int whole = period - now.msecsSinceStartOfDay() % period;
+    for (int left = whole; left > 0 && !console.endRequested(); left -= kPiece) {
+        console.module1().WaitForInput(static_cast<float>(std::min(left, kPiece)) / 1000, 0);
+    }
+    return now.addMSecs(whole);
 }
 
 void watch(Console& console, int every, int count)
 {
     if (!console.openReadout()) return;
     for (int taken = 0; (count == 0 || taken < count) && console.module1().port().PortOpen(); ++taken) {
-        const auto time = waitForTurn(console.module1(), every).toString(QStringLiteral("HH:mm:ss"));
+        const auto time = waitForTurn(console, every).toString(QStringLiteral("HH:mm:ss"));
+        if (console.endRequested()) return;
         takeReading(console, time + QStringLiteral("  "), {{"time", time}});
     }
 }

@@ -1,11 +1,14 @@
 #include "ctl/console.h"
 
 #include "link/address.h"
+#include "link/interrupt.h"
 #include "text/number.h"
 
 #include <QJsonDocument>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 namespace quorvel::ctl {
@@ -112,12 +115,21 @@ void Console::endProgress() const
     if (std::exchange(progressShown_, false)) std::fputc('\n', stderr);
 }
 
-void Console::answer(const QString& text, const QJsonObject& object) const
+void Console::answer(const QString& text, const QJsonObject& object)
 {
     endProgress();
-    const auto line = options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8();
-    std::fprintf(stdout, "%s\n", line.constData());
-    std::fflush(stdout);
+    const auto line =
+        (options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8()) + '\n';
+    const auto size = static_cast<std::size_t>(line.size());
+    errno = 0;
+    if (std::fwrite(line.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0) return;
+    if (!std::exchange(unreadable_, true)) {
+        fail(kNotAnswered, QStringLiteral("The answer cannot be written: %1.")
+                               .arg(QString::fromLocal8Bit(std::strerror(errno))));
+    }
+    status = kNotAnswered;
 }
+
+bool Console::endRequested() const { return unreadable_ || link::interruptSignal() != 0; }
 
 } // namespace quorvel::ctl

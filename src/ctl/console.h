@@ -63,14 +63,19 @@ public:
     void fail(int exitStatus, const QString& words);
     /// A line on stderr that the next one overwrites, until anything else is said. In a log the last one shows.
     void progress(const QString& words) const;
-    /// One line of data on stdout: the object with --json, else the text.
-    void answer(const QString& text, const QJsonObject& object) const;
+    /// One line of data on stdout: the object with --json, else the text. One that cannot be written is a failure, told
+    /// once.
+    void answer(const QString& text, const QJsonObject& object);
+
+    /// True when work that goes on and on is to end: somebody asked for it from outside, or nobody can read the answers.
+    bool endRequested() const;
 
 private:
     bool openTrace();
     void keepJournal();
     void endProgress() const;
 
+    bool unreadable_ = false;            ///< stdout takes no more
     mutable bool progressShown_ = false; ///< of stderr: a progress line is not ended
     link::Bench bench_;
     link::SystemClock clock_;

@@ -1,18 +1,22 @@
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "ctl/mdb_command.h"
+#include "link/interrupt.h"
 
 #include <QApplication>
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <csignal>
 #include <memory>
 #include <string_view>
 
 namespace quorvel::ctl {
 
 namespace {
+
+constexpr int kSignalled = 128;
 
 void addCommonOptions(CLI::App& app, CommonOptions& options)
 {
@@ -58,13 +62,18 @@ int runControl(int argc, char* argv[], const char* edition)
     addSettingsCommands(app, console);
     addSettingCommands(app, console);
     addGrayscaleCommands(app, console);
+    link::noteInterrupts();
+#ifdef SIGPIPE
+    std::signal(SIGPIPE, SIG_IGN); // a reader that went away is told like a full disk
+#endif
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kAnswered : kWrongUsage;
     }
     console.finish();
-    return console.status;
+    // as shells count: 130 for Ctrl+C
+    return link::interruptSignal() != 0 ? kSignalled + link::interruptSignal() : console.status;
 }
 
 } // namespace quorvel::ctl

@@ -53,7 +53,7 @@ bool openDirection(Console& console, const std::string& direction)
     return false;
 }
 
-void answerOffset(const Console& console, const std::string& direction, const std::string& offset)
+void answerOffset(Console& console, const std::string& direction, const std::string& offset)
 {
     console.answer(shown(offset), {{"direction", shown(direction)}, {"offset", shown(offset)}});
 }
@@ -83,8 +83,13 @@ void offset(Console& console, const Arguments& given)
     if (order(console, offsetSet(row, address, value))) answerOffset(console, given.direction, value);
 }
 
+// Whatever breaks in between, the offset that was there can be set again.
 void setReference(Console& console, const ReferenceRow& row, const Arguments& given)
 {
+    const auto former = ask(console, offsetQuery(row.offset, console.bench().addressDigits()));
+    if (!former) return;
+    console.tell(
+        QStringLiteral("The offset was %1.").arg(shown(inOneLine(offsetOf(row.offset, former->reply)))));
     const auto run =
         setReference(console.module1(), console.bench(), row, text::Val(given.value), [&console] {
             console.tell(QStringLiteral("Waiting 2 seconds for the readout to settle ..."));

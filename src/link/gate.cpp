@@ -1,5 +1,7 @@
 #include "link/gate.h"
 
+#include <exception>
+#include <new>
 #include <utility>
 
 namespace quorvel::link {
@@ -13,9 +15,17 @@ bool Gate::run(const std::function<void()>& handler)
         return false;
     }
     busy_ = true;
-    handler();
+    QString trouble;
+    try {
+        handler();
+    } catch (const std::bad_alloc&) {
+        trouble = tr("There was not enough memory.");
+    } catch (const std::exception& error) {
+        trouble = QString::fromLocal8Bit(error.what());
+    }
     busy_ = false;
     stopRequested_ = false;
+    if (!trouble.isEmpty()) Q_EMIT failed(trouble);
     runKept();
     return true;
 }

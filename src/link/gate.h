@@ -20,6 +20,7 @@ public:
     explicit Gate(QObject* parent = nullptr);
 
     /// Runs `handler` to its end, then what whenIdle() and runWhenFree() kept.
+    /// An exception ends the handler, not the program: failed() is emitted then.
     /// @return false when another handler runs: nothing was done, and refused() was emitted.
     bool run(const std::function<void()>& handler);
 
@@ -64,6 +65,9 @@ public:
 Q_SIGNALS:
     /// Somebody tried to start a handler while one ran.
     void refused();
+    /// A handler was broken off by an exception.
+    /// @param reason  what it said.
+    void failed(const QString& reason);
 
 private:
     struct Kept {

@@ -122,6 +122,10 @@ void Form1::connectControls()
     connect(ui_->RefreshPorts, &QAction::triggered, this, &Form1::refreshPorts);
     connect(&timer1_, &QTimer::timeout, this, &Form1::Timer1_Timer);
     connect(&module1_.port(), &link::MSComm::lost, this, &Form1::portLost);
+    connect(&gate_, &link::Gate::failed, this, [this](const QString& reason) {
+        messages_.say(this,
+                      tr("The command was broken off: %1 Check the readout before you go on.").arg(reason));
+    });
     connect(&gate_, &link::Gate::refused, this, [this] {
         showStatus(isReading() ? tr("Immediate Reading is running. Press Stop first.")
                                : tr("Please wait until the running command has ended."));

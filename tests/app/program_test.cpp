@@ -1,6 +1,7 @@
 #include "support/program_run.h"
 
 #include <QCoreApplication>
+#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -36,6 +37,18 @@ TEST_P(Program, RefusesWhatItDoesNotKnow)
         EXPECT_EQ(ended.status, 2) << qPrintable(arguments.join(' '));
         EXPECT_FALSE(ended.err.isEmpty());
     }
+}
+
+TEST_P(Program, IsClosedByARequestToEnd)
+{
+    QProcess process;
+    process.start(programPath(GetParam()), {"--no-journal"});
+    ASSERT_TRUE(process.waitForStarted());
+    EXPECT_FALSE(process.waitForFinished(1500)) << "still running";
+    process.terminate();
+    ASSERT_TRUE(process.waitForFinished(20'000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Editions, Program, ::testing::Values("quorvel", "quorvel-factory"),

@@ -269,7 +269,8 @@ TEST_F(QuorvelctlSettings, ReferenceWhoseOffsetIsTooLongIsWarnedOf)
     bus.command("set 33 x -2");
     const auto set = runC({"reference", "X", "999"});
     EXPECT_EQ(set.status, 1);
-    EXPECT_EQ(set.err, "Waiting 2 seconds for the readout to settle ...\n"
+    EXPECT_EQ(set.err, "The offset was +0.00000.\n"
+                       "Waiting 2 seconds for the readout to settle ...\n"
                        "The frame is longer than the readout expects: values between -1000 and 1000 fit.\n"
                        "Comm Error The readout did not answer.\n"
                        "The former offset was overwritten with zero and is lost.\n");

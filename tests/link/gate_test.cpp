@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <stdexcept>
+
 #include <memory>
 #include <string>
 
@@ -96,6 +99,33 @@ TEST(Gate, KnowsThatABoxIsOpen)
         EXPECT_TRUE(gate.boxOpen());
     }
     EXPECT_FALSE(gate.boxOpen());
+}
+
+TEST(Gate, AHandlerThatThrowsIsToldAndLeavesTheGateOpen)
+{
+    Gate gate;
+    QStringList told;
+    QObject::connect(&gate, &Gate::failed, &gate, [&told](const QString& reason) { told << reason; });
+    EXPECT_TRUE(gate.run([] { throw std::runtime_error("the roof fell in"); }));
+    EXPECT_TRUE(gate.run([] { throw std::bad_alloc(); }));
+    EXPECT_EQ(told, QStringList({"the roof fell in", "There was not enough memory."}));
+    EXPECT_FALSE(gate.busy());
+    bool ran = false;
+    EXPECT_TRUE(gate.run([&ran] { ran = true; }));
+    EXPECT_TRUE(ran);
+}
+
+TEST(Gate, WhatWaitedIsDoneAlsoAfterAHandlerThatThrew)
+{
+    Gate gate;
+    QObject context;
+    bool closed = false;
+    gate.run([&] {
+        gate.whenIdle(&context, [&closed] { closed = true; });
+        throw std::runtime_error("the roof fell in");
+    });
+    EXPECT_TRUE(closed);
+    EXPECT_FALSE(gate.stopRequested());
 }
 
 } // namespace

@@ -1,0 +1,13 @@
+#pragma once
+
+/// Being asked from outside to end: Ctrl+C, a shutdown, a closed terminal.
+namespace quorvel::link {
+
+/// From now on the first SIGINT, SIGTERM or SIGHUP is only noted, so that the program can end at a safe point; a second
+/// one ends it at once.
+void noteInterrupts();
+
+/// The signal that was noted; 0 before.
+int interruptSignal();
+
+} // namespace quorvel::link
