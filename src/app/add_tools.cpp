@@ -8,7 +8,7 @@ namespace quorvel {
 
 namespace {
 
-constexpr QSize kTrafficSize(1090, 300); // all columns
+constexpr QSize kTrafficSize(1110, 300); // all columns
 
 /// Nothing watches the traffic before its panel is opened for the first time; from then on it is kept.
 void showTraffic(Program& program)

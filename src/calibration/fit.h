@@ -10,6 +10,7 @@
 namespace quorvel::calibration {
 
 using protocol::kPoints;
+using protocol::Point;
 using protocol::Points;
 
 struct Fit {

@@ -18,7 +18,7 @@ namespace quorvel::line {
 
 namespace {
 
-constexpr int kWidths[] = {100, 60, 210, 170, 250, 110, 64, 64};
+constexpr int kWidths[] = {100, 60, 210, 160, 290, 110, 64, 64};
 constexpr int kMostAddress = 255;
 
 void addLabelled(QLayout& row, const QString& caption, QWidget& field, const char* name)
