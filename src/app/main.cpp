@@ -1,22 +1,19 @@
+#include "app/close_request.h"
 #include "app/demo_bus.h"
 #include "app/edition.h"
 #include "app/openers.h"
 #include "app/options.h"
 #include "app/program.h"
-#include "link/interrupt.h"
 #include "link/program_folder.h"
 
 #include <QApplication>
 #include <QFileInfo>
-#include <QTimer>
 
 #include <cstdio>
 
 namespace quorvel {
 
 namespace {
-
-constexpr int kInterruptInterval = 200; // ms, in which a request from outside to end is seen
 
 int wrongUsage(const QString& what)
 {
@@ -62,14 +59,7 @@ int runProgram(int argc, char* argv[])
         trouble = program.trace.open(QString::fromLocal8Bit(options.trace.c_str()));
     if (!trouble.isEmpty()) program.form1.showStatus(trouble);
     program.form1.show();
-    link::noteInterrupts();
-    QTimer interrupts;
-    QObject::connect(&interrupts, &QTimer::timeout, &program.form1, [&] {
-        if (link::interruptSignal() == 0) return;
-        interrupts.stop();
-        QApplication::closeAllWindows();
-    });
-    interrupts.start(kInterruptInterval);
+    const CloseRequest closing(program.gate, program.form1);
     return QApplication::exec();
 }
 

@@ -71,7 +71,11 @@ class Program:
 
     def close(self):
         self.process.terminate()
-        self.process.wait()
+        try:
+            self.process.wait(timeout=PATIENCE)
+        except subprocess.TimeoutExpired:  # a question is open
+            self.process.kill()
+            self.process.wait()
         if self.bus:
             self.bus.stdin.close()
             self.bus.wait()
