@@ -19,7 +19,7 @@ void showTraffic(Program& program)
         return open->raise();
     }
     program.module1.addObserver(program.traffic);
-    auto* panel = new line::TrafficPanel(program.traffic, program.trace, program.messages, &program.form1);
+    auto* panel = new line::TrafficPanel(program.traffic, program.trace, program.workplace, &program.form1);
     program.form1.addDockWidget(Qt::BottomDockWidgetArea, panel);
     // Beside the main window, whose own layout stays as it is.
     panel->setFloating(true);

@@ -12,6 +12,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace quorvel::calibration {
 
 namespace {
@@ -54,20 +56,31 @@ void Celebration1::tellNoColumn(const ReadingColumn& reading)
     tell("The file has no column " + std::string(reading.name) + ". Load another file.");
 }
 
-/// The first point whose values make the frame longer than the readout expects; nothing when all fit.
+/// The first point with a value that makes the frame longer than the readout expects, also while others are missing.
 QString Celebration1::tooLong() const
 {
     if (!direction_) return {};
+    std::vector<int> columns{columnOf(Data1.fields(), kDialName)};
     for (const auto& reading : direction_->readings) {
-        const auto points = pointsOf(Data1, columnOf(Data1.fields(), reading.name));
-        const int point = points ? protocol::firstTooLong(*points) : -1;
-        if (point < 0) continue;
-        return tr("Point %1 has a value of 1000 or more (%2, dial %3): a download cannot succeed with it.")
-            .arg(point)
-            .arg(link::shown(text::general((*points)[static_cast<std::size_t>(point)].reading)),
-                 link::shown(text::general((*points)[static_cast<std::size_t>(point)].dial)));
+        columns.push_back(columnOf(Data1.fields(), reading.name));
+    }
+    for (int row = 0; row < std::min(Data1.rowCount(), kPoints); ++row) {
+        for (const int column : columns) {
+            const auto number = column < 0 ? std::nullopt : Data1.value(row, column).number();
+            if (!number || protocol::fitsCalibrationField(*number)) continue;
+            return tr("Point %1 has the value %2: a download cannot succeed with values of 1000 or more.")
+                .arg(QString::fromStdString(Data1.value(row, kNumberColumn).text()),
+                     QString::fromStdString(Data1.value(row, column).text()));
+        }
     }
     return {};
+}
+
+QString Celebration1::warning() const
+{
+    QStringList texts{BusWindow::warning(), tooLong()};
+    texts.removeAll(QString());
+    return texts.join(u' ');
 }
 
 QString Celebration1::standing() const
@@ -77,7 +90,6 @@ QString Celebration1::standing() const
         return tr("The points can be looked at, not changed: %1")
             .arg(QString::fromStdString(Data1.readOnlyBecause()));
     }
-    if (auto warning = tooLong(); !warning.isEmpty()) return warning;
     const auto file = tr("File: %1").arg(QString::fromStdString(files::inWords(CalibrationDatabasePath)));
     if (Data1.olderKeptAs().empty()) return CalibrationDatabasePath.empty() ? QString() : file;
     return tr("The file was written anew, because its older format can only be read. The older file is kept "

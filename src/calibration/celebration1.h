@@ -32,6 +32,7 @@ public:
 
 protected:
     QString standing() const override;
+    QString warning() const override;
     bool mayClose() override { return mayGoOn(); }
     /// What the status line says about a refused text stays until that is settled.
     void beginHandler() override {}

@@ -33,8 +33,9 @@ void addLabelled(QLayout& row, const QString& caption, QWidget& field, const cha
 
 } // namespace
 
-TrafficPanel::TrafficPanel(TrafficModel& model, Trace& trace, Messages& messages, QWidget* parent)
-    : QDockWidget(tr("Traffic"), parent), model_(model), trace_(trace), messages_(messages)
+TrafficPanel::TrafficPanel(TrafficModel& model, Trace& trace, const Workplace& workplace, QWidget* parent)
+    : QDockWidget(tr("Traffic"), parent), model_(model), trace_(trace), gate_(workplace.gate),
+      messages_(workplace.messages)
 {
     setObjectName(QStringLiteral("Traffic"));
     auto* content = new QWidget;
@@ -196,6 +197,9 @@ void TrafficPanel::record()
         record_.setText(tr("Record to File ..."));
         return;
     }
+    // The dialog would halt the command until it is closed.
+    if (gate_.busy())
+        return showRecording(tr("Wait until the running command has ended, then choose the file."));
     const auto path = messages_.chooseFile(this, {tr("Record Traffic"), tr("Traffic (*.jsonl)"), true});
     if (path.isEmpty()) return;
     const auto reason = trace_.open(path);

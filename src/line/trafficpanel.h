@@ -2,7 +2,7 @@
 
 #include "line/trace.h"
 #include "line/trafficfilter.h"
-#include "main/messages.h"
+#include "main/workplace.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -19,7 +19,7 @@ class TrafficPanel final : public QDockWidget {
     Q_OBJECT
 public:
     /// All references must outlive the panel.
-    TrafficPanel(TrafficModel& model, Trace& trace, Messages& messages, QWidget* parent = nullptr);
+    TrafficPanel(TrafficModel& model, Trace& trace, const Workplace& workplace, QWidget* parent = nullptr);
 
 private:
     void makeFilters(QLayout& row);
@@ -32,6 +32,7 @@ private:
 
     TrafficModel& model_;
     Trace& trace_;
+    link::Gate& gate_;
     Messages& messages_;
     TrafficFilter filter_;
     QLineEdit readout_;

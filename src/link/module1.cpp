@@ -2,6 +2,8 @@
 
 #include "link/pacing.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -52,6 +54,7 @@ Exchange Module1::transact(const Transaction& transaction, const std::function<v
 void Module1::run(Exchange& exchange, const std::function<void(int)>& sent)
 {
     running_ = &exchange;
+    const auto letGo = qScopeGuard([this] { running_ = nullptr; });
     begun_ = monotonicSeconds();
     for (auto* observer : observers_) {
         observer->sending(exchange);
@@ -60,7 +63,6 @@ void Module1::run(Exchange& exchange, const std::function<void(int)>& sent)
     send(exchange, sent);
     const auto& rule = exchange.transaction.reply;
     const bool complete = receive(rule, exchange.reply);
-    running_ = nullptr;
     if (complete) {
         exchange.outcome = Outcome::Complete;
     } else if (abandoned_) {

@@ -150,15 +150,15 @@ void BusWindow::explain(const link::Exchange& exchange) { addStatus(protocol::wh
 void BusWindow::refreshStatus()
 {
     if (!line_) return;
-    QStringList texts;
-    if (sendsAddressAsTyped()) texts << addressHint(addressText());
-    texts << (sentences_.isEmpty() ? standing() : sentences_.join(u' '));
+    QStringList texts{warning(), sentences_.isEmpty() ? standing() : sentences_.join(u' ')};
     texts.removeAll(QString());
     const auto text = texts.join(u' ');
     if (text == line_->text()) return;
     line_->setText(text);
     statusChanged();
 }
+
+QString BusWindow::warning() const { return addressHint(addressText()); }
 
 void BusWindow::reject()
 {

@@ -82,8 +82,8 @@ protected:
 
     /// What the status line shows while there is no sentence.
     virtual QString standing() const { return {}; }
-    /// False for a window that refuses an address that names no readout: the status line has no hint then.
-    virtual bool sendsAddressAsTyped() const { return true; }
+    /// What the status line says before all else, as long as it holds: an address that names no readout.
+    virtual QString warning() const;
     /// What a handler begins with.
     virtual void beginHandler() { clearStatus(); }
     /// Asked before the window closes.

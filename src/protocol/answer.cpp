@@ -26,8 +26,7 @@ QString whyFailed(const link::Exchange& exchange)
     case Outcome::Abandoned:
         return QStringLiteral("The program was closed.");
     case Outcome::Refused:
-        return QStringLiteral(
-            "Read Only is on: nothing was sent. Switch it off under Tools to change a readout.");
+        return QStringLiteral("Read Only is on: nothing was sent.");
     case Outcome::Silent:
         return QStringLiteral("The readout did not answer.");
     case Outcome::Short:

@@ -3,7 +3,6 @@
 #include "text/number.h"
 #include "text/reply.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace quorvel::protocol {
@@ -22,8 +21,6 @@ double valueAt(Sensor sensor, std::string_view text, int k)
     return text::Val(text::mid(values, kTableValueLength * k + 1, kTableValueLength));
 }
 
-bool fits(double value) { return FormatCalibrationNumber(value).size() == kTableValueLength; }
-
 } // namespace
 
 std::string FormatCalibrationNumber(double value)
@@ -32,13 +29,7 @@ std::string FormatCalibrationNumber(double value)
     return value < 0 ? text::format(value, kPattern) : "+" + text::format(value, kPattern);
 }
 
-int firstTooLong(const Points& points)
-{
-    const auto found = std::ranges::find_if(points, [](const Point& point) {
-        return !fits(static_cast<double>(point.reading)) || !fits(static_cast<double>(point.dial));
-    });
-    return found == points.end() ? -1 : static_cast<int>(found - points.begin());
-}
+bool fitsCalibrationField(double value) { return FormatCalibrationNumber(value).size() == kTableValueLength; }
 
 link::Transaction tableDownload(Sensor sensor, std::string_view addressDigits, const Points& points)
 {

@@ -47,8 +47,8 @@ constexpr const TableRow& tableOf(Sensor sensor) { return kTables[static_cast<st
 /// out longer.
 std::string FormatCalibrationNumber(double value);
 
-/// The number of the first point with a value that does not fit its eight characters, from 0 on; -1 when all fit.
-int firstTooLong(const Points& points);
+/// True when a value fills its eight characters; others make the frame longer than the readout expects.
+bool fitsCalibrationField(double value);
 
 /// Sends the points; 10 s are allowed for the echo, and everything that has come is taken.
 link::Transaction tableDownload(Sensor sensor, std::string_view addressDigits, const Points& points);

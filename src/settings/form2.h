@@ -18,7 +18,8 @@ public:
     ~Form2() override;
 
 protected:
-    bool sendsAddressAsTyped() const override { return false; }
+    /// The window refuses addresses that name no readout.
+    QString warning() const override { return {}; }
 
 private:
     void Form_Load();

@@ -18,8 +18,7 @@ namespace {
 
 using test::child;
 
-const QString kRefused =
-    QStringLiteral("Read Only is on: nothing was sent. Switch it off under Tools to change a readout.");
+const QString kRefused = QStringLiteral("Read Only is on: nothing was sent.");
 
 class ReadOnly : public test::BenchByHand {
 protected:

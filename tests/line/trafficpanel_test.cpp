@@ -41,7 +41,7 @@ protected:
     QTemporaryDir folder;
     TrafficModel model;
     Trace trace;
-    TrafficPanel panel{model, trace, messages};
+    TrafficPanel panel{model, trace, workplace};
 };
 
 TEST_F(TrafficPanelByHand, ReadoutBoxFilters)
@@ -120,6 +120,15 @@ TEST_F(TrafficPanelByHand, AFullDiskEndsTheRecordingInWords)
     ask("05");
     EXPECT_TRUE(status().startsWith("Recording the traffic to /dev/full has ended")) << qPrintable(status());
     EXPECT_EQ(child<QPushButton>(panel, "TrafficRecord")->text(), "Record to File ...");
+}
+
+TEST_F(TrafficPanelByHand, ARunningCommandIsNotHaltedByTheDialog)
+{
+    messages.files = {folder.filePath("a.jsonl")};
+    gate.run([this] { press("TrafficRecord"); });
+    EXPECT_FALSE(trace.isOpen());
+    EXPECT_EQ(status(), "Wait until the running command has ended, then choose the file.");
+    EXPECT_EQ(messages.files.size(), 1U) << "no dialog";
 }
 
 TEST_F(TrafficPanelByHand, CancellingTheDialogRecordsNothing)

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <stdexcept>
+
 namespace quorvel::link {
 namespace {
 
@@ -181,6 +183,16 @@ TEST_F(TransactionByHand, ObserversAreToldWhenTheFrameIsSentAndWhenItHasEnded)
     module1.transact(kSet);
     EXPECT_THAT(notes.told, ElementsAre("sending 1 :0171", "ended 1", "sending 2 :0171", "ended 2"));
     EXPECT_EQ(notes.last.outcome, Outcome::Silent);
+}
+
+TEST_F(TransactionByHand, OneThatIsBrokenOffByAnExceptionIsOver)
+{
+    notes.onSending = [] { throw std::runtime_error("no room"); };
+    EXPECT_THROW(module1.transact(kSet), std::runtime_error);
+    readout.device->receive("late");
+    notes.onSending = [] {};
+    answer = ":0171+1.50000FF\r\n";
+    EXPECT_EQ(module1.transact(kSet).discarded, "late");
 }
 
 TEST_F(TransactionByHand, AnObserverThatWasRemovedIsToldNothing)

@@ -137,11 +137,16 @@ TEST(Download, FrameOfAThousandNeverAgrees)
     EXPECT_EQ(frame.size(), 188U);
     EXPECT_FALSE(echoAgrees(Sensor::X, frame, frame.substr(0, 187)));
     EXPECT_FALSE(echoAgrees(Sensor::X, frame, frame));
-    EXPECT_EQ(firstTooLong(points), 3);
-    EXPECT_EQ(firstTooLong(counted()), -1);
-    points = counted();
-    points[10].dial = -999.9996F;
-    EXPECT_EQ(firstTooLong(points), 10);
+}
+
+TEST(Download, ValuesFillTheirFieldBelowAThousand)
+{
+    for (const double fits : {0.0, -1.5, 999.9994, -999.9994}) {
+        EXPECT_TRUE(fitsCalibrationField(fits)) << fits;
+    }
+    for (const double tooLong : {999.9996, -999.9996, 1000.0, -1e6}) {
+        EXPECT_FALSE(fitsCalibrationField(tooLong)) << tooLong;
+    }
 }
 
 using DownloadByHand = test::BenchByHand;

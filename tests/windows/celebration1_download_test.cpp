@@ -59,6 +59,22 @@ TEST_F(Celebration1Download, ShowsHowManyCharactersAreOut)
     EXPECT_EQ(status(), standing());
 }
 
+TEST_F(Celebration1Download, AValueOfAThousandIsNamedAsSoonAsItIsInTheTable)
+{
+    open("X");
+    const QString warning(
+        "Point 3 has the value 1000: a download cannot succeed with values of 1000 or more.");
+    grid().model()->setData(grid().model()->index(3, 1), "1000");
+    EXPECT_EQ(status(), warning + ' ' + standing()) << "although all other points are empty";
+    fill({1, 2});
+    EXPECT_EQ(status(), standing());
+    grid().model()->setData(grid().model()->index(3, 2), "1000");
+    EXPECT_EQ(status(), warning + ' ' + standing());
+    button("Command1").click();
+    EXPECT_TRUE(status().startsWith(warning)) << qPrintable(status());
+    EXPECT_FALSE(messages.shown.contains("X向标定参数下载完毕！"));
+}
+
 TEST_F(Celebration1Download, EndsBeforeTheWindowCloses)
 {
     open("X");
