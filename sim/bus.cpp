@@ -28,13 +28,22 @@ Readout* Bus::find(int address)
 void Bus::receive(std::string_view characters, double now)
 {
     for (const char character : characters) {
-        auto frame = reader_.push(character, line_.arrival(now));
+        const auto arrived = bitErrors_.pass(character, Direction::ToReadouts);
+        auto frame = reader_.push(arrived, line_.arrival(now));
         if (!frame) continue;
         LoggedFrame logged{std::move(*frame), 0, {}};
         carryOut(logged);
         if (frames_.size() >= kLoggedFrames) frames_.erase(frames_.begin());
         frames_.push_back(std::move(logged));
     }
+}
+
+std::string Bus::due(double now)
+{
+    auto characters = line_.due(now);
+    for (auto& character : characters)
+        character = bitErrors_.pass(character, Direction::FromReadouts);
+    return characters;
 }
 
 void Bus::forget()
@@ -85,7 +94,8 @@ void Bus::reply(LoggedFrame& logged, Readout& readout, std::string_view code, st
 {
     const int address = hexByte(mid(logged.frame.text, 2, 2)).value_or(0);
     Answer spoiled{std::move(text)};
-    const auto fault = faults_.apply(spoiled, address == kBroadcast ? readout.address : address, code);
+    const auto asked = address == kBroadcast ? readout.address : address;
+    const auto fault = faults_.apply(spoiled, {readout, asked, code, logged.frame.last});
     if (!fault.empty()) logged.fault = fault;
     logged.answerLength += spoiled.text.size();
     if (!spoiled.text.empty() || spoiled.hangUp)

@@ -3,6 +3,7 @@
 #include "sim/faults.h"
 #include "sim/frame_reader.h"
 #include "sim/line.h"
+#include "sim/noise.h"
 #include "sim/readout.h"
 
 #include <map>
@@ -27,7 +28,7 @@ public:
     /// Frames that are kept for takeFrames(); older ones are forgotten.
     static constexpr std::size_t kLoggedFrames = 20000;
 
-    Bus(Pace pace, std::uint64_t seed) : line_(pace), faults_(seed) {}
+    Bus(Pace pace, std::uint64_t seed) : line_(pace), faults_(seed), bitErrors_(seed) {}
 
     /// Adds a readout, or takes the place of the one with its address.
     void add(Readout readout);
@@ -39,7 +40,7 @@ public:
     void receive(std::string_view characters, double now);
 
     /// The characters that have to be handed to the client by now.
-    std::string due(double now) { return line_.due(now); }
+    std::string due(double now);
     [[nodiscard]] std::optional<double> nextDue() const { return line_.nextDue(); }
 
     /// True once after a fault has pulled the adapter.
@@ -49,6 +50,7 @@ public:
     void forget();
 
     Faults& faults() { return faults_; }
+    BitErrors& bitErrors() { return bitErrors_; }
 
     [[nodiscard]] const std::map<int, Readout>& readouts() const { return readouts_; }
 
@@ -65,6 +67,7 @@ private:
 
     Line line_;
     Faults faults_;
+    BitErrors bitErrors_;
     FrameReader reader_;
     std::map<int, Readout> readouts_; ///< by address
     std::vector<LoggedFrame> frames_;

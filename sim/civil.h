@@ -40,6 +40,7 @@ public:
     explicit ReadoutClock(CivilSeconds atStart) : atStart_(static_cast<double>(atStart)) {}
 
     [[nodiscard]] CivilSeconds at(double now) const;
+    void shift(CivilSeconds by) { atStart_ += static_cast<double>(by); }
     void set(CivilSeconds time, double now) { atStart_ = static_cast<double>(time) - now; }
 
 private:

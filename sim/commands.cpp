@@ -82,13 +82,10 @@ Fields queryRecord(Readout& readout, const Request& request)
 {
     const auto slot = decimal(request.parameter);
     if (!slot || *slot >= readout.ring.capacity()) return std::nullopt;
-    const auto* record = readout.ring.at(*slot);
-    std::string fields(request.parameter);
-    fields += record != nullptr ? busTime(record->time) : std::string(12, '0');
-    const std::size_t count = readout.type->has(Sensor::Z1) ? 4 : 2;
-    for (std::size_t i = 0; i < count; ++i)
-        fields += recordField(record != nullptr ? record->values[i] : 0);
-    return fields;
+    std::string text(request.parameter);
+    for (const auto& field : readout.recordFields(*slot))
+        text += field;
+    return text;
 }
 
 bool deleteRecords(Readout& readout, const Request& /*request*/)
@@ -193,7 +190,7 @@ constexpr Command kCommands[] = {
     {"2101", 0, kX, nullptr, queryReading, 8, 8},
     {"2102", 0, kZ1, nullptr, queryReading, 8, 8},
     {"22", 0, 0, nullptr, queryRing, 6, 4},
-    {"24", 4, 0, nullptr, queryRecord, 22, 8, 10},
+    {kRecordCode, 4, 0, nullptr, queryRecord, 22, 8, 10},
     {"25", 0, 0, deleteRecords, nullptr},
     {"6111", kTable, kX, setCalibration, nullptr, 8, 8},
     {"6311", kTable, kY, setCalibration, nullptr, 8, 8},

@@ -39,6 +39,9 @@ struct Command {
 inline constexpr std::string_view kSearchCode = "01";
 inline constexpr int kBroadcast = 255;
 
+/// The digits of the question for a stored record.
+inline constexpr std::string_view kRecordCode = "24";
+
 /// The row whose digits these are; null when there is none.
 const Command* findCommand(std::string_view code);
 

@@ -5,6 +5,8 @@
 #include "sim/state.h"
 #include "sim/text.h"
 
+#include <utility>
+
 namespace quorvelsim {
 
 struct Control::Row {
@@ -13,10 +15,11 @@ struct Control::Row {
 };
 
 const Control::Row Control::kRows[] = {
-    {"state", &Control::state},   {"readouts", &Control::readouts}, {"frames", &Control::frames},
-    {"fault", &Control::fault},   {"faults", &Control::faults},     {"set", &Control::set},
-    {"take", &Control::take},     {"reply", &Control::reply},       {"device", &Control::device},
-    {"unplug", &Control::unplug}, {"plug", &Control::plug},
+    {"state", &Control::state},         {"readouts", &Control::readouts}, {"frames", &Control::frames},
+    {"fault", &Control::fault},         {"faults", &Control::faults},     {"set", &Control::set},
+    {"take", &Control::take},           {"records", &Control::records},   {"reply", &Control::reply},
+    {"biterrors", &Control::bitErrors}, {"device", &Control::device},     {"unplug", &Control::unplug},
+    {"plug", &Control::plug},
 };
 
 namespace {
@@ -115,6 +118,40 @@ std::string Control::take(std::string_view rest, double now)
     for (int i = 0; i < count; ++i)
         readout->takeRecord(now);
     return done();
+}
+
+std::string Control::records(std::string_view rest, double now)
+{
+    auto* readout = readoutOf(rest);
+    if (readout == nullptr) return refused(kNoReadout);
+    readout->catchUp(now);
+    std::vector<std::string> list;
+    for (int back = readout->ring.stored(); back >= 1; --back) {
+        const auto slot = readout->ring.slotBefore(back);
+        std::vector<std::string> fields;
+        for (const auto& field : readout->recordFields(slot))
+            fields.push_back(json::text(field));
+        json::Object object;
+        list.push_back(object.add("slot", json::number(slot)).add("fields", json::array(fields)).str());
+    }
+    return json::Object().add("records", json::array(list)).str();
+}
+
+std::string Control::bitErrors(std::string_view rest, double /*now*/)
+{
+    auto& errors = bus_.bitErrors();
+    if (const auto word = nextWord(rest); !word.empty())
+        if (const auto reason = errors.set(word); !reason.empty()) return refused(reason);
+    json::Object object;
+    object.add("rate", json::number(errors.rate(), 9)).add("seed", std::to_string(errors.seed()));
+    for (const auto& [name, direction] : {std::pair{"toReadouts", Direction::ToReadouts},
+                                          std::pair{"fromReadouts", Direction::FromReadouts}}) {
+        const auto& count = errors.count(direction);
+        json::Object counted;
+        counted.add("passed", std::to_string(count.passed)).add("hit", std::to_string(count.hit));
+        object.add(name, counted.str());
+    }
+    return object.str();
 }
 
 std::string Control::reply(std::string_view rest, double /*now*/)

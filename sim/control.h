@@ -36,6 +36,8 @@ private:
     std::string faults(std::string_view rest, double now);
     std::string set(std::string_view rest, double now);
     std::string take(std::string_view rest, double now);
+    std::string records(std::string_view rest, double now);
+    std::string bitErrors(std::string_view rest, double now);
     std::string reply(std::string_view rest, double now);
     std::string device(std::string_view rest, double now);
     std::string unplug(std::string_view rest, double now);

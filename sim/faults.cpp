@@ -1,16 +1,18 @@
 #include "sim/faults.h"
 
+#include "sim/noise.h"
 #include "sim/text.h"
 #include "sim/wire.h"
 
 #include <algorithm>
 #include <charconv>
+#include <numeric>
 
 namespace quorvelsim {
 
 /// What an answer is spoiled with.
 struct FaultContext {
-    std::string_view code;  ///< command digits
+    const Asked& asked;
     const Command* command; ///< null for the search
     double amount;
     std::uint64_t seed;
@@ -26,6 +28,8 @@ namespace {
 
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr double kAutomatic = -1;
+constexpr std::uint64_t kGarbledStream = 7;
+constexpr std::uint64_t kBitStream = 8; // and the one behind it
 
 std::size_t whole(double amount) { return static_cast<std::size_t>(std::max(amount, 0.0)); }
 
@@ -51,14 +55,12 @@ void delay(Answer& answer, const FaultContext& context)
     answer.lateSeconds += std::max(context.amount, 0.0);
 }
 
-/// Any byte but those that begin or end a frame, behind the address up to the line end.
+/// Behind the address up to the line end.
 void garble(Answer& answer, const FaultContext& context)
 {
     const auto end = answer.text.size() - std::min(answer.text.size(), kLineEnd.size());
-    for (std::size_t i = 3; i < end; ++i) {
-        const auto byte = static_cast<char>(static_cast<int>(256 * uniform(context.seed, 7, i)) - 128);
-        answer.text[i] = byte == ':' || byte == '\r' || byte == '\n' ? '?' : byte;
-    }
+    for (std::size_t i = 3; i < end; ++i)
+        answer.text[i] = noiseByte(context.seed, kGarbledStream, i);
 }
 
 /// Where a wrong echo shows by default: the first digit of the number that was set, the last digit of a
@@ -66,7 +68,8 @@ void garble(Answer& answer, const FaultContext& context)
 std::size_t echoPosition(const Answer& answer, const FaultContext& context)
 {
     if (context.command == nullptr) return 3;
-    if (context.command->set == nullptr || context.command->numberAt == 0) return 3 + context.code.size();
+    if (context.command->set == nullptr || context.command->numberAt == 0)
+        return 3 + context.asked.code.size();
     auto position = context.command->numberAt;
     if (context.command->numberWidth == 2) return position + 1;
     const auto first = mid(answer.text, position, 1);
@@ -126,6 +129,40 @@ void noise(Answer& answer, const FaultContext& context)
     answer.text.insert(0, std::string(whole(context.amount), '~'));
 }
 
+/// Each character at most once, so that no bit is turned back.
+void flipBits(Answer& answer, const FaultContext& context)
+{
+    std::vector<std::size_t> places(answer.text.size());
+    std::iota(places.begin(), places.end(), std::size_t{0});
+    for (std::size_t i = 0; i < whole(context.amount) && !places.empty(); ++i) {
+        const auto chosen = static_cast<std::size_t>(static_cast<double>(places.size()) *
+                                                     uniform(context.seed, kBitStream, i));
+        auto& character = answer.text[places[chosen]];
+        character = withOneBitFlipped(character, context.seed, kBitStream + 1, i);
+        places.erase(places.begin() + static_cast<std::ptrdiff_t>(chosen));
+    }
+}
+
+/// What the readout answers when the slot was read wrongly: a good answer, to another question.
+void otherSlot(Answer& answer, const FaultContext& context)
+{
+    if (context.asked.code != kRecordCode) return;
+    auto& readout = context.asked.readout;
+    const auto slot = decimal(mid(answer.text, 6, 4)).value_or(0);
+    const auto other =
+        context.amount < 0 ? (slot + 1) % readout.ring.capacity() : static_cast<int>(context.amount);
+    const auto frame =
+        ":" + twoHex(context.asked.address) + std::string(kRecordCode) + digits(other, 4) + "FF";
+    const auto request = parseCommand(frame);
+    if (request) answer.text = quorvelsim::answer(readout, *request).value_or("");
+}
+
+void takeMeanwhile(Answer& /*answer*/, const FaultContext& context)
+{
+    for (std::size_t i = 0; i < whole(context.amount); ++i)
+        context.asked.readout.takeRecord(context.asked.now);
+}
+
 constexpr FaultKind kKinds[] = {
     {"silent", 0, silent},
     {"short", kAutomatic, cutShort},
@@ -140,6 +177,9 @@ constexpr FaultKind kKinds[] = {
     {"badnumber", 0, badNumber},
     {"twice", 0, twice},
     {"noise", 3, noise},
+    {"bit", 1, flipBits},
+    {"slot", kAutomatic, otherSlot},
+    {"take", 1, takeMeanwhile},
 };
 
 /// Cuts `text` at the first `mark`; what follows it is returned, nothing when it does not occur.
@@ -222,16 +262,16 @@ std::string Faults::add(std::string_view text)
     return reason;
 }
 
-std::string_view Faults::apply(Answer& answer, int address, std::string_view code)
+std::string_view Faults::apply(Answer& answer, const Asked& asked)
 {
     for (auto& fault : faults_) {
-        if (!concerns(fault, address, code)) continue;
+        if (!concerns(fault, asked.address, asked.code)) continue;
         if (fault.skip > 0) {
             --fault.skip;
             continue;
         }
         if (fault.left > 0) --fault.left;
-        const FaultContext context{code, findCommand(code), fault.amount, seed_ + applied_++};
+        const FaultContext context{asked, findCommand(asked.code), fault.amount, seed_ + applied_++};
         fault.kind->spoil(answer, context);
         return fault.kind->name;
     }

@@ -16,6 +16,14 @@ struct Answer {
     bool hangUp = false;    ///< the adapter is pulled behind the text
 };
 
+/// What is being answered.
+struct Asked {
+    Readout& readout;
+    int address = 0;       ///< that the frame went to; the readout may have another one by now
+    std::string_view code; ///< command digits
+    double now = 0;        ///< seconds since the start of the bus
+};
+
 struct FaultKind;
 
 /// One fault asked for: what goes wrong, with which command of which readout, how often.
@@ -39,10 +47,9 @@ public:
 
     void clear() { faults_.clear(); }
 
-    /// Spoils the answer of readout `address` to the command with these digits, when a fault is in force for
-    /// it. At most one fault spoils one answer.
+    /// Spoils the answer when a fault is in force for it. At most one fault spoils one answer.
     /// @return the name of the fault's kind; empty when the answer was left as it is.
-    std::string_view apply(Answer& answer, int address, std::string_view code);
+    std::string_view apply(Answer& answer, const Asked& asked);
 
 private:
     std::vector<Fault> faults_;

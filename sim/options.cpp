@@ -38,6 +38,11 @@ CLI::Validator faultForm()
     return checked("KIND@COMMAND[:COUNT]", [](std::string& text) { return Faults().add(text); });
 }
 
+CLI::Validator bitErrorsForm()
+{
+    return checked("RATE[,SEED]", [](std::string& text) { return BitErrors().set(text); });
+}
+
 CLI::Validator clockForm()
 {
     return checked("YYYY-MM-DDTHH:MM:SS", [](std::string& text) {
@@ -62,6 +67,12 @@ std::optional<int> readOptions(int argc, const char* const* argv, Options& optio
         ->check(ringForm());
     app.add_option("--fault", options.faults, "What goes wrong, such as silent@2101 or short@5/24:1+10")
         ->check(faultForm());
+    app.add_option("--set", options.settings,
+                   "Sets something of a readout, such as '5 clockoff -3600' or '5 noisy 17,date'");
+    app.add_option(
+           "--bit-errors", options.bitErrors,
+           "The share of characters that arrive with one bit wrong, both ways, and its seed: 0.0001,7")
+        ->check(bitErrorsForm());
     app.add_option("--tcp", options.tcp,
                    "Listen at HOST:PORT instead of a pseudo-terminal; port 0 takes a free one");
     app.add_flag("--fast", options.fast, "No pace: answers come at once");
@@ -120,6 +131,15 @@ std::string fillBus(const Options& options, Bus& bus)
         if (readout == nullptr) return "--ring: no readout has the address " + std::to_string(address);
         readout->fillRing(shape.capacity, shape.first, shape.next, 0);
     }
+    for (const auto& text : options.settings) {
+        std::string_view rest = text;
+        auto* readout = bus.find(decimal(nextWord(rest)).value_or(0));
+        if (readout == nullptr) return "--set: no readout has the address in \"" + text + "\"";
+        if (auto reason = applySetting(*readout, rest, 0); !reason.empty()) return "--set: " + reason;
+    }
+    if (auto reason = options.bitErrors.empty() ? std::string{} : bus.bitErrors().set(options.bitErrors);
+        !reason.empty())
+        return "--bit-errors: " + reason;
     for (const auto& fault : options.faults) {
         if (auto reason = bus.faults().add(fault); !reason.empty()) return "--fault: " + reason;
     }

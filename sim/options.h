@@ -16,7 +16,9 @@ struct Options {
     std::map<int, const ReadoutType*> readouts; ///< by address
     std::map<int, RingShape> rings;             ///< by address
     std::vector<std::string> faults;
-    std::string tcp; ///< "host:port"; empty: a pseudo-terminal
+    std::vector<std::string> settings; ///< "ADDRESS KEY VALUE"
+    std::string bitErrors;             ///< "RATE[,SEED]"; empty: none
+    std::string tcp;                   ///< "host:port"; empty: a pseudo-terminal
     bool fast = false;
     bool control = true; ///< lines on standard input
     std::uint64_t seed = 1;
@@ -36,8 +38,8 @@ std::string addReadouts(std::string_view text, std::map<int, const ReadoutType*>
 /// "5:1000,998,2".
 std::string addRing(std::string_view text, std::map<int, RingShape>& rings);
 
-/// The bus with its readouts, rings and faults.
-/// @return the reason in words when a ring or a fault asks for something that is not there.
+/// The bus with its readouts, rings, settings and faults.
+/// @return the reason in words when one of them asks for something that is not there.
 std::string fillBus(const Options& options, Bus& bus);
 
 } // namespace quorvelsim

@@ -1,6 +1,7 @@
 #include "sim/readout.h"
 
 #include "sim/civil.h"
+#include "sim/noise.h"
 #include "sim/text.h"
 
 #include <algorithm>
@@ -12,6 +13,8 @@ namespace {
 
 constexpr int kRingCapacity = 1000;
 constexpr int kRingFill = 200;
+constexpr std::uint64_t kLongestRecord = 64; // characters, and some
+constexpr std::uint64_t kNoisyStream = 9;
 
 std::optional<CivilSeconds> nextFixedTime(const std::array<int, 4>& hours, CivilSeconds time)
 {
@@ -70,6 +73,36 @@ Readout::Values Readout::readings(double now) const
         values[i] = type->sensors[i].pixels > 0 ? values[i] + offset(axis) : 0;
     }
     return values;
+}
+
+std::vector<std::string> Readout::recordFields(int slot) const
+{
+    const auto* stored = ring.at(slot);
+    const auto record = stored != nullptr ? *stored : Record{};
+    std::vector<std::string> fields{stored != nullptr ? busTime(record.time) : std::string(12, '0')};
+    for (std::size_t i = 0; i < (type->has(Sensor::Z1) ? 4U : 2U); ++i)
+        fields.push_back(recordField(record.values[i]));
+    std::uint64_t index = static_cast<std::uint64_t>(slot) * kLongestRecord;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        for (auto& character : fields[i]) {
+            ++index;
+            if (record.noisy[i]) character = noiseByte(wire.seed(), kNoisyStream, index);
+        }
+    }
+    return fields;
+}
+
+void Readout::putClockOff(CivilSeconds by, double now)
+{
+    clock.shift(by);
+    for (int slot = 0; slot < ring.capacity(); ++slot) {
+        const auto* stored = ring.at(slot);
+        if (stored == nullptr) continue;
+        auto record = *stored;
+        record.time += by;
+        ring.put(slot, record);
+    }
+    restartAutoReading(now);
 }
 
 double Readout::offset(Axis axis) const

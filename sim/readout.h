@@ -11,6 +11,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quorvelsim {
 
@@ -60,6 +61,13 @@ public:
     /// Replaces the ring and fills it with a plausible past up to `now`. A ring that has wrapped has all its
     /// slots written; one that has not, only those from first on.
     void fillRing(int capacity, int first, int next, double now);
+
+    /// What a slot holds, as the bus shows it: date, X, Y, and with Z sensors Z1, Z2. Zeros for a slot that
+    /// was never written; where only noise is left of a field, always the same noise.
+    [[nodiscard]] std::vector<std::string> recordFields(int slot) const;
+
+    /// The clock is off by so many seconds, and has been all along: stored readings carry its time.
+    void putClockOff(CivilSeconds by, double now);
 
     [[nodiscard]] double offset(Axis axis) const;
     [[nodiscard]] bool isOn(Switch which) const { return switches[static_cast<std::size_t>(which)]; }

@@ -11,6 +11,7 @@ namespace quorvelsim {
 struct Record {
     CivilSeconds time = 0;
     std::array<double, 4> values{}; ///< X, Y, Z1, Z2 in mm, as shown at that time
+    std::array<bool, 5> noisy{};    ///< date and the four values: whether only noise is left of them
 };
 
 /// The ring of stored records: `first` is the oldest one, `next` the slot that is written next; both are equal

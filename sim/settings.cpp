@@ -3,6 +3,7 @@
 #include "sim/text.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 
@@ -18,6 +19,8 @@ struct Key {
     int which;
     bool (*set)(Readout&, const Key&, std::string_view value, double now);
 };
+
+constexpr int kFarthestClock = 3653 * 86400; // seconds
 
 std::optional<double> plainNumber(std::string_view text)
 {
@@ -88,6 +91,14 @@ bool setClock(Readout& readout, const Key& /*key*/, std::string_view value, doub
     return true;
 }
 
+bool putClockOff(Readout& readout, const Key& /*key*/, std::string_view value, double now)
+{
+    const auto seconds = decimal(value.starts_with('-') ? value.substr(1) : value);
+    if (!seconds || *seconds > kFarthestClock) return false;
+    readout.putClockOff(value.starts_with('-') ? -*seconds : *seconds, now);
+    return true;
+}
+
 /// `which` is the mode.
 bool setMode(Readout& readout, const Key& key, std::string_view value, double now)
 {
@@ -108,6 +119,23 @@ bool setRing(Readout& readout, const Key& /*key*/, std::string_view value, doubl
     const auto shape = ringShape(value);
     if (shape) readout.fillRing(shape->capacity, shape->first, shape->next, now);
     return shape.has_value();
+}
+
+/// "SLOT" or "SLOT,FIELD".
+bool setNoisy(Readout& readout, const Key& /*key*/, std::string_view value, double /*now*/)
+{
+    constexpr std::array<std::string_view, 5> kFields{"date", "x", "y", "z1", "z2"};
+    const auto comma = value.find(',');
+    const auto slot = decimal(value.substr(0, comma));
+    const auto* stored = slot ? readout.ring.at(*slot) : nullptr;
+    const auto field = comma == std::string_view::npos ? std::string_view{} : value.substr(comma + 1);
+    const bool isField = std::find(kFields.begin(), kFields.end(), field) != kFields.end();
+    if (stored == nullptr || (comma != std::string_view::npos && !isField)) return false;
+    auto record = *stored;
+    for (std::size_t i = 0; i < kFields.size(); ++i)
+        record.noisy[i] = record.noisy[i] || !isField || kFields[i] == field;
+    readout.ring.put(*slot, record);
+    return true;
 }
 
 bool setStitching(Readout& readout, const Key& /*key*/, std::string_view value, double /*now*/)
@@ -146,9 +174,11 @@ constexpr Key kKeys[] = {
     {"diameter", kTenthsForm, 0, setTenths},
     {"error", kTenthsForm, 1, setTenths},
     {"clock", "YYYY-MM-DDTHH:MM:SS", 0, setClock},
+    {"clockoff", "seconds forward, or back with -, up to ten years", 0, putClockOff},
     {"interval", "HOURS MINUTES SECONDS", AutoReading::kInterval, setMode},
     {"fixed", "four hours of the day", AutoReading::kFixedTimes, setMode},
     {"ring", "CAPACITY,FIRST,NEXT", 0, setRing},
+    {"noisy", "SLOT[,FIELD], a slot that was written and date, x, y, z1 or z2", 0, setNoisy},
     {"stitching", "4 characters", 0, setStitching},
     {"readinglength", "27 or 29", 0, setReadingLength},
 };

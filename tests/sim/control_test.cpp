@@ -89,6 +89,59 @@ TEST_F(ControlChannel, TakesRecords)
     EXPECT_EQ(test.talk(":05240203FF").substr(9, 12), "240517090530");
 }
 
+TEST_F(ControlChannel, ShowsTheStoredRecordsOldestFirst)
+{
+    say("set 5 x 12.5");
+    say("set 5 y 30");
+    say("set 5 ring 10,9,1");
+    EXPECT_EQ(say("records 5"), R"({"records":[{"slot":9,"fields":["240517080000","+012.500","+030.000"]},)"
+                                R"({"slot":0,"fields":["240517090000","+012.500","+030.000"]}]})");
+    test.talk(":0525FF");
+    EXPECT_EQ(say("records 5"), R"({"records":[]})");
+}
+
+TEST_F(ControlChannel, LeavesOnlyNoiseOfAStoredField)
+{
+    say("set 33 ring 10,0,3");
+    const auto good = test.talk(":21240001FF");
+    EXPECT_EQ(say("set 33 noisy 1,z1"), kOk);
+    const auto bad = test.talk(":21240001FF");
+    ASSERT_EQ(bad.size(), good.size());
+    EXPECT_EQ(bad.substr(0, 37), good.substr(0, 37));
+    EXPECT_NE(bad.substr(37, 8), good.substr(37, 8));
+    EXPECT_EQ(bad.substr(45), good.substr(45));
+    EXPECT_EQ(test.talk(":21240001FF"), bad);
+    EXPECT_EQ(say("set 33 noisy 1"), kOk);
+    const auto worst = test.talk(":21240001FF");
+    for (const std::size_t field : {9, 21, 29, 37, 45})
+        EXPECT_NE(worst.substr(field, 8), good.substr(field, 8)) << field;
+    EXPECT_EQ(worst.find_first_of(":\r\n", 1), 55U);
+    EXPECT_EQ(test.talk(":21240002FF").substr(0, 9), ":21240002");
+}
+
+TEST_F(ControlChannel, PutsAClockOffWithItsStoredReadings)
+{
+    say("set 5 ring 10,0,3");
+    EXPECT_EQ(say("set 5 clockoff -3600"), kOk);
+    EXPECT_EQ(test.talk(":0504FF", 0), ":0504240517080530FF\r\n");
+    EXPECT_EQ(test.talk(":05240002FF", 0).substr(9, 12), "240517080000");
+    EXPECT_EQ(say("set 5 clockoff 86400"), kOk);
+    EXPECT_EQ(test.talk(":0504FF", 0), ":0504240518080530FF\r\n");
+    EXPECT_EQ(test.talk(":0522FF", 0), ":0522001000000003FF\r\n");
+}
+
+TEST_F(ControlChannel, TellsBitErrorsWithTheirSeedAndCounts)
+{
+    EXPECT_EQ(say("biterrors 1,7"), R"({"rate":1.000000000,"seed":7,"toReadouts":{"passed":0,"hit":0},)"
+                                    R"("fromReadouts":{"passed":0,"hit":0}})");
+    EXPECT_EQ(test.talk(":0572FF"), "");
+    EXPECT_EQ(say("biterrors 0"), R"({"rate":0.000000000,"seed":7,"toReadouts":{"passed":0,"hit":0},)"
+                                  R"("fromReadouts":{"passed":0,"hit":0}})");
+    EXPECT_EQ(test.talk(":0572FF"), ":0572+0.00000FF\r\n");
+    EXPECT_THAT(say("biterrors"),
+                HasSubstr(R"("toReadouts":{"passed":9,"hit":0},"fromReadouts":{"passed":17,)"));
+}
+
 struct SetCase {
     const char* name;
     const char* line;
@@ -160,6 +213,17 @@ TEST_F(ControlChannel, RefusesInOneLineWhatItCannotDo)
                             "set 5 stitching 123",
                             "set 5 readinglength 28",
                             "set 5 diameter 100",
+                            "set 5 clockoff",
+                            "set 5 clockoff --5",
+                            "set 5 clockoff 400000000",
+                            "set 5 noisy",
+                            "set 5 noisy 200",
+                            "set 5 noisy 0,",
+                            "set 5 noisy 0,w",
+                            "records",
+                            "records 6",
+                            "biterrors x",
+                            "biterrors 2",
                             "take 5 0",
                             "take 6",
                             "take 5 x",

@@ -3,6 +3,7 @@
 #include "sim/text.h"
 #include "tests/sim/test_bus.h"
 
+#include <bit>
 #include <gtest/gtest.h>
 
 namespace quorvelsim {
@@ -23,7 +24,9 @@ TEST_P(Spoiled, AnswersLookLikeThis)
 {
     TestBus test;
     ASSERT_EQ(test.bus.faults().add(GetParam().fault), "");
-    test.bus.find(33)->fillRing(10, 0, 0, 0);
+    auto& readout = *test.bus.find(33);
+    readout.fillRing(10, 0, 0, 0);
+    readout.ring.put(4, {fromIsoTime("2024-05-17T04:00:00").value_or(0), {}});
     EXPECT_EQ(test.talk(GetParam().command), GetParam().answer);
 }
 
@@ -51,6 +54,13 @@ constexpr FaultCase kCases[] = {
     {"NoLineFeed", "nolf@72", ":2172FF", ":2172+0.00000FF\r"},
     {"Twice", "twice@25", ":2125FF", ":2125FF\r\n:2125FF\r\n"},
     {"Noise", "noise@25", ":2125FF", "~~~:2125FF\r\n"},
+    {"OtherSlot", "slot@24", ":21240003FF", ":21240004240517040000+000.000+000.000+000.000+000.000FF\r\n"},
+    {"OtherSlotBehindTheLast", "slot@24", ":21240009FF",
+     ":21240000000000000000+000.000+000.000+000.000+000.000FF\r\n"},
+    {"OtherSlotByNumber", "slot=7@24", ":21240003FF",
+     ":21240007000000000000+000.000+000.000+000.000+000.000FF\r\n"},
+    {"OtherSlotThatIsNone", "slot=10@24", ":21240003FF", ""},
+    {"OtherSlotOfNoRecord", "slot@72", ":2172FF", ":2172+0.00000FF\r\n"},
     {"HangUpHalfway", "hangup@25", ":2125FF", ":212"},
     {"HangUpAtOnce", "hangup=0@25", ":2125FF", ""},
     {"AllCommands", "silent@*", ":2125FF", ""},
@@ -83,6 +93,38 @@ TEST(Faults, GarbledAnswersKeepLengthAddressAndLineEnd)
         EXPECT_NE(answer.substr(3, 4), "2101");
         EXPECT_EQ(answer.find_first_of(":\r\n", 1), 27U);
     }
+}
+
+TEST(Faults, WrongBitsAreOneInEachOfSoManyCharacters)
+{
+    TestBus test;
+    test.bus.find(5)->pinned = {12.5, 30};
+    for (const std::size_t count : {1U, 3U, 29U}) {
+        test.bus.faults().clear();
+        ASSERT_EQ(test.bus.faults().add("bit=" + std::to_string(count) + "@2101"), "");
+        const std::string right = ":052101+12.5000+30.000000FF\r\n";
+        const auto answer = test.talk(":052101FF");
+        ASSERT_EQ(answer.size(), right.size());
+        std::size_t wrong = 0;
+        for (std::size_t i = 0; i < right.size(); ++i) {
+            const auto bits = static_cast<unsigned char>(answer[i] ^ right[i]);
+            ASSERT_LE(std::popcount(bits), 1);
+            wrong += bits != 0 ? 1 : 0;
+        }
+        EXPECT_EQ(wrong, count);
+    }
+}
+
+TEST(Faults, AReadingTakenMeanwhileLeavesTheAnswerAlone)
+{
+    TestBus test;
+    ASSERT_EQ(test.bus.faults().add("take=2@24:2+1"), "");
+    const auto first = test.talk(":05240000FF");
+    EXPECT_EQ(test.talk(":0522FF"), ":0522100000000200FF\r\n");
+    EXPECT_EQ(test.talk(":05240000FF"), first);
+    EXPECT_EQ(test.talk(":05240000FF"), first);
+    EXPECT_EQ(test.talk(":05240000FF"), first);
+    EXPECT_EQ(test.talk(":0522FF"), ":0522100000000204FF\r\n");
 }
 
 TEST(Faults, AWrongCountLeavesThePixelsAlone)

@@ -27,9 +27,30 @@ TEST(Options, WithoutAnyGiveFiveReadouts)
 TEST(Options, TakeReadoutsRingsFaultsAndTheRest)
 {
     Options options;
-    ASSERT_FALSE(read({"--readout", "7:b", "--readout", "10-12:C", "--ring", "7:1000,998,2", "--fault",
-                       "silent@2101", "--fault", "short@7/24:1+5", "--fast", "--seed", "9", "--tcp",
-                       "127.0.0.1:0", "--clock", "2024-05-17T09:05:30", "--no-control"},
+    ASSERT_FALSE(read({"--readout",
+                       "7:b",
+                       "--readout",
+                       "10-12:C",
+                       "--ring",
+                       "7:1000,998,2",
+                       "--fault",
+                       "silent@2101",
+                       "--fault",
+                       "short@7/24:1+5",
+                       "--set",
+                       "7 clockoff -3600",
+                       "--set",
+                       "7 noisy 998,x",
+                       "--bit-errors",
+                       "0.0001,17",
+                       "--fast",
+                       "--seed",
+                       "9",
+                       "--tcp",
+                       "127.0.0.1:0",
+                       "--clock",
+                       "2024-05-17T09:05:30",
+                       "--no-control"},
                       options));
     EXPECT_EQ(options.readouts.size(), 4U);
     EXPECT_EQ(options.readouts.at(7)->letter, 'B');
@@ -43,6 +64,10 @@ TEST(Options, TakeReadoutsRingsFaultsAndTheRest)
     Bus bus(kFast, 1);
     EXPECT_EQ(fillBus(options, bus), "");
     EXPECT_EQ(bus.find(7)->ring.next(), 2);
+    EXPECT_EQ(isoTime(bus.find(7)->clock.at(0)), "2024-05-17T08:05:30");
+    EXPECT_TRUE(bus.find(7)->ring.at(998)->noisy[1]);
+    EXPECT_EQ(bus.bitErrors().rate(), 0.0001);
+    EXPECT_EQ(bus.bitErrors().seed(), 17U);
 }
 
 TEST(Options, RefuseWrongUsageWithStatus2)
@@ -58,6 +83,7 @@ TEST(Options, RefuseWrongUsageWithStatus2)
         {"--ring", "5"},
         {"--ring", "5:0,0,0"},
         {"--fault", "x@2101"},
+        {"--bit-errors", "2"},
         {"--seed", "x"},
         {"--clock", "today"},
         {"--bogus"},
@@ -77,6 +103,16 @@ TEST(Options, ARingNeedsItsReadout)
     ASSERT_FALSE(read({"--readout", "5:A", "--ring", "6:10,0,0"}, options));
     Bus bus(kFast, 1);
     EXPECT_NE(fillBus(options, bus), "");
+}
+
+TEST(Options, ASettingNeedsItsReadoutAndAKey)
+{
+    for (const char* bad : {"6 clockoff 1", "clockoff 1", "5 bogus 1", "5 clockoff x"}) {
+        Options options;
+        ASSERT_FALSE(read({"--readout", "5:A", "--set", bad}, options));
+        Bus bus(kFast, 1);
+        EXPECT_NE(fillBus(options, bus), "") << bad;
+    }
 }
 
 } // namespace
