@@ -98,13 +98,14 @@ void fetch(Console& console, const QString& file, autoread::Existing existing,
 
 void download(Console& console, const DownloadOptions& options)
 {
+    if (!console.checkReadout()) return;
     const auto file = QString::fromLocal8Bit(options.file.c_str());
     const bool exists = QFileInfo::exists(file);
     if (exists && !options.force) {
         return console.fail(kNotAnswered,
                             QStringLiteral("%1 exists. Add --force to overwrite it.").arg(file));
     }
-    if (!console.openReadout()) return;
+    if (!console.openPort()) return;
     const auto span = askForSpan(console);
     if (span) fetch(console, file, exists ? autoread::Existing::Replace : autoread::Existing::Keep, *span);
 }

@@ -157,8 +157,9 @@ void restoreOne(Console& console, const protocol::Setting& setting, const QJsonV
 
 void restore(Console& console, const FileOptions& options)
 {
+    if (!console.checkReadout()) return;
     const auto wanted = settingsIn(console, QString::fromLocal8Bit(options.file.c_str()));
-    if (wanted.isEmpty() || !console.openReadout()) return;
+    if (wanted.isEmpty() || !console.openPort()) return;
     if (!options.yes && !agrees(console, wanted.size())) {
         console.fail(kNotAnswered, QStringLiteral("Nothing was set."));
         return;

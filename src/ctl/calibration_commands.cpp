@@ -126,11 +126,12 @@ void Calibrating::measurePoint()
         console_.fail(kWrongUsage, QStringLiteral("--dial takes a number."));
         return;
     }
+    if (!console_.checkReadout()) return;
     if (!files::isThere(data_.DatabaseName())) {
         const auto created = CreateCalibrationDatabase(data_.DatabaseName());
         if (!created) return console_.fail(kNotAnswered, words(created.error()));
     }
-    if (!open() || !console_.openReadout()) return;
+    if (!open() || !console_.openPort()) return;
     for (int row = 0; row < data_.rowCount(); ++row) {
         if (data_.value(row, kNumberColumn).number() != options_.point) continue;
         if (store(row)) answerRow(row);
@@ -187,14 +188,14 @@ void Calibrating::download(const ReadingColumn& reading, const Points& points)
 
 void Calibrating::download()
 {
-    if (!open()) return;
+    if (!console_.checkReadout() || !open()) return;
     std::vector<Points> tables;
     for (const auto& reading : direction_.readings) {
         const auto table = points(reading);
         if (!table) return;
         tables.push_back(*table);
     }
-    if (!console_.openReadout()) return;
+    if (!console_.openPort()) return;
     for (std::size_t i = 0; i < tables.size() && console_.module1().port().PortOpen(); ++i) {
         download(direction_.readings[i], tables[i]);
     }

@@ -1,6 +1,5 @@
 #include "ctl/console.h"
 
-#include "link/address.h"
 #include "link/interrupt.h"
 #include "text/number.h"
 
@@ -26,7 +25,7 @@ const link::PortList& Console::ports()
 
 bool Console::openPort()
 {
-    bench_.instrumentType = static_cast<link::InstrumentType>(link::TypeA + (options.type[0] - 'A'));
+    bench_.instrumentType = instrumentType();
     bench_.currentAddress = QString::fromStdString(options.address);
     mscomm1_ = std::make_unique<link::MSComm>(ports());
     module1_ = std::make_unique<link::Module1>(*mscomm1_, clock_);
@@ -80,13 +79,18 @@ void Console::finish() const
     std::fputs(health_.csv().toUtf8().constData(), stderr);
 }
 
-bool Console::openReadout()
+bool Console::checkReadout()
 {
-    if (!text::allDigits(options.address) || !link::isAddress(address())) {
-        fail(kWrongUsage, QStringLiteral("Give the readout's address with --address, 1 to 249."));
-        return false;
-    }
-    return openPort();
+    if (!options.address.empty()) return true;
+    fail(kWrongUsage, QStringLiteral("Give the readout's address with --address, 1 to 249."));
+    return false;
+}
+
+bool Console::openReadout() { return checkReadout() && openPort(); }
+
+link::InstrumentType Console::instrumentType() const
+{
+    return static_cast<link::InstrumentType>(link::TypeA + (options.type[0] - 'A'));
 }
 
 int Console::address() const { return text::integerOf(options.address); }

@@ -42,6 +42,8 @@ public:
     int status = kAnswered; ///< of the program
 
     link::Bench& bench() { return bench_; }
+    /// The --type.
+    link::InstrumentType instrumentType() const;
     link::Module1& module1() { return *module1_; }
     /// The port list, that of --port first.
     const link::PortList& ports();
@@ -49,9 +51,13 @@ public:
     /// Takes the options over and opens the port.
     /// @return false when that failed: the reason is on stderr and the status set; the command ends.
     bool openPort();
-    /// openPort(), after checking that --address is a readout's.
+    /// Whether --address was given. What a command needs of the command line is checked first, before a file or a port is
+    /// touched.
+    /// @return false when it was not: that is on stderr and the status set; the command ends.
+    bool checkReadout();
+    /// checkReadout() and openPort().
     bool openReadout();
-    /// The checked --address.
+    /// The --address, which must have been given.
     int address() const;
 
     /// Ends the work: prints the health of the line if it was asked for.

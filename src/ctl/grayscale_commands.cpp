@@ -108,7 +108,8 @@ void readGrayscale(Console& console, const GrayscaleOptions& options)
 {
     const auto& row = *findGrayscale(options.direction);
     PixelArray array;
-    if (!mayWrite(console, options) || !console.openReadout() || !fetchPixels(console, row, array)) return;
+    if (!console.checkReadout() || !mayWrite(console, options)) return;
+    if (!console.openPort() || !fetchPixels(console, row, array)) return;
     const auto data = fileName(options.data);
     const auto chart = fileName(options.chart);
     if (!data.isEmpty()) report(console, data, savePixels(data, array));

@@ -1,6 +1,7 @@
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "ctl/mdb_command.h"
+#include "ctl/validators.h"
 #include "link/interrupt.h"
 
 #include <QApplication>
@@ -20,8 +21,9 @@ constexpr int kSignalled = 128;
 
 void addCommonOptions(CLI::App& app, CommonOptions& options)
 {
-    app.add_option("--port", options.port, "Device path or tcp:host:port (default: the first serial port)");
-    app.add_option("--address", options.address, "Bus address of the readout, 1 to 249");
+    app.add_option("--port", options.port, "Device path or tcp:host:port (default: the first serial port)")
+        ->check(deviceName());
+    app.add_option("--address", options.address, "Bus address of the readout, 1 to 249")->check(busAddress());
     app.add_option("--type", options.type, "Instrument type (default: A)")
         ->check(CLI::IsMember({"A", "B", "C", "D"}));
     app.add_flag("--json", options.json, "Answer in JSON");

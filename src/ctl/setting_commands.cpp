@@ -1,7 +1,7 @@
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "ctl/exchanges.h"
-#include "link/address.h"
+#include "ctl/validators.h"
 #include "link/bytes.h"
 #include "protocol/answer.h"
 #include "protocol/change_address.h"
@@ -15,7 +15,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cmath>
 #include <functional>
 #include <optional>
 
@@ -45,8 +44,9 @@ std::size_t indexOf(const std::string& direction) { return static_cast<std::size
 /// openReadout(), for a readout that has this direction.
 bool openDirection(Console& console, const std::string& direction)
 {
-    if (!console.openReadout()) return false;
-    if (hasDirection(console.bench().instrumentType, kOffsets[indexOf(direction)].direction)) return true;
+    if (!console.checkReadout()) return false;
+    if (hasDirection(console.instrumentType(), kOffsets[indexOf(direction)].direction))
+        return console.openPort();
     console.fail(kWrongUsage,
                  QStringLiteral("A readout of type %1 has no %2 direction. Give its type with --type.")
                      .arg(shown(console.options.type), shown(direction)));
@@ -198,9 +198,8 @@ void queryWire(Console& console)
 
 void wire(Console& console, const Arguments& given)
 {
-    if (!console.openReadout()) return;
     if (given.diameter.empty()) {
-        queryWire(console);
+        if (console.openReadout()) queryWire(console);
         return;
     }
     const WireParameters wanted{tenthsOf(given.diameter), tenthsOf(given.permittedError),
@@ -209,7 +208,8 @@ void wire(Console& console, const Arguments& given)
         console.fail(kWrongUsage, QStringLiteral("Lengths are 0 to 9.9 mm."));
         return;
     }
-    if (order(console, wireSet(console.bench().addressDigits(), wanted))) queryWire(console);
+    if (console.openReadout() && order(console, wireSet(console.bench().addressDigits(), wanted)))
+        queryWire(console);
 }
 
 void clock(Console& console, const Arguments& given)
@@ -232,11 +232,12 @@ void clock(Console& console, const Arguments& given)
 void address(Console& console, const Arguments& given)
 {
     const int wanted = text::integerOf(given.value);
-    if (!console.openReadout()) return;
+    if (!console.checkReadout()) return;
     if (const auto* error = addressChangeError(console.address(), wanted)) {
         console.fail(kWrongUsage, error);
         return;
     }
+    if (!console.openPort()) return;
     auto change = addressChange(console.address(), wanted);
     change.drains = true;
     if (const auto exchange = console.module1().transact(change);
@@ -296,26 +297,6 @@ constexpr Row kRows[] = {
     {"address", "Give the readout a new address", kAddress, address},
     {"reset", "Reset all settings and delete the stored readings", kYes, reset},
 };
-
-CLI::Validator number()
-{
-    return {[](std::string& text) {
-                return text::isNumber(text) && std::abs(text::Val(text)) < 1000
-                           ? std::string()
-                           : "\"" + text + "\" is not a number between -1000 and 1000";
-            },
-            "NUMBER"};
-}
-
-CLI::Validator busAddress()
-{
-    return {[](std::string& text) {
-                return text::allDigits(text) && link::isAddress(text::integerOf(text))
-                           ? std::string()
-                           : "\"" + text + "\" is not an address from 1 to 249";
-            },
-            "ADDRESS"};
-}
 
 void addWireOptions(CLI::App& command, Arguments& given, bool userEdition)
 {

@@ -52,7 +52,16 @@ bool waitUntilConnected(QTcpSocket& socket)
     return socket.state() == QAbstractSocket::ConnectedState;
 }
 
-OpenedDevice openTcp(const QString& name)
+bool isTcp(const QString& name) { return name.startsWith(QLatin1String(kTcpPrefix.data())); }
+
+/// A device server.
+struct Endpoint {
+    QString host;
+    quint16 port = 0;
+};
+
+/// Reads "tcp:host:port"; nothing when the name has another form.
+std::optional<Endpoint> endpointOf(const QString& name)
 {
     const auto address = name.mid(static_cast<qsizetype>(kTcpPrefix.size()));
     const auto colon = address.lastIndexOf(u':');
@@ -60,14 +69,16 @@ OpenedDevice openTcp(const QString& name)
     if (host.startsWith(u'[') && host.endsWith(u']')) host = host.mid(1, host.size() - 2);
     bool isNumber = false;
     const auto port = address.mid(colon + 1).toUShort(&isNumber);
-    if (host.isEmpty() || !isNumber || port == 0) {
-        return {nullptr, QStringLiteral("%1 is not a device server's address. Write it as tcp:host:port, for "
-                                        "example tcp:192.168.0.7:4001.")
-                             .arg(name)};
-    }
+    return host.isEmpty() || !isNumber || port == 0 ? std::nullopt : std::optional(Endpoint{host, port});
+}
+
+OpenedDevice openTcp(const QString& name)
+{
+    const auto endpoint = endpointOf(name);
+    if (!endpoint) return {nullptr, deviceNameError(name)};
     auto socket = std::make_unique<QTcpSocket>();
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    socket->connectToHost(host, port);
+    socket->connectToHost(endpoint->host, endpoint->port);
     if (!waitUntilConnected(*socket)) {
         const auto why = socket->error() == QAbstractSocket::UnknownSocketError
                              ? QStringLiteral("it did not answer within 5 s")
@@ -77,6 +88,9 @@ OpenedDevice openTcp(const QString& name)
     }
     // Frames go out one character at a time; they must not be gathered.
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    // Nothing says that a device server was switched off, or its cable pulled.
+    socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
+    watchConnection(socket->socketDescriptor());
     return {std::move(socket), {}};
 }
 
@@ -101,8 +115,15 @@ std::optional<LineSettings> parseLineSettings(std::string_view text)
 
 OpenedDevice openDevice(const QString& name, const LineSettings& line)
 {
-    if (name.startsWith(QLatin1String(kTcpPrefix.data()))) return openTcp(name);
-    return openSerialPort(name, line);
+    return isTcp(name) ? openTcp(name) : openSerialPort(name, line);
+}
+
+QString deviceNameError(const QString& name)
+{
+    if (!isTcp(name) || endpointOf(name)) return {};
+    return QStringLiteral("%1 is not a device server's address. Write it as tcp:host:port, for example "
+                          "tcp:192.168.0.7:4001.")
+        .arg(name);
 }
 
 } // namespace quorvel::link

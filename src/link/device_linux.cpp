@@ -3,7 +3,10 @@
 #include <QFileInfo>
 #include <QSerialPort>
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace quorvel::link {
@@ -27,6 +30,11 @@ QString reasonFor(const QSerialPort& port, const QString& name)
     return unusableText(name, port.errorString());
 }
 
+// The first sign of life is asked for after kFirst, then every kNext until kSilence.
+constexpr int kFirst = 10; // s
+constexpr int kNext = 5;   // s
+constexpr int kUnanswered = (static_cast<int>(kSilence.count()) - kFirst) / kNext;
+
 } // namespace
 
 OpenedDevice openSerialPort(const QString& name, const LineSettings& line)
@@ -37,6 +45,19 @@ OpenedDevice openSerialPort(const QString& name, const LineSettings& line)
     // device has another port lock; this lock belongs to the device itself.
     if (::flock(port->handle(), LOCK_EX | LOCK_NB) != 0) return {nullptr, inUseText(name)};
     return openedPort(std::move(port), line);
+}
+
+void watchConnection(qintptr socket)
+{
+    const auto set = [socket](int option, int value) {
+        ::setsockopt(static_cast<int>(socket), IPPROTO_TCP, option, &value, sizeof value);
+    };
+    set(TCP_KEEPIDLE, kFirst);
+    set(TCP_KEEPINTVL, kNext);
+    set(TCP_KEEPCNT, kUnanswered);
+    // While something is under way no sign of life is asked for; unconfirmed it would be repeated for a quarter of an
+    // hour.
+    set(TCP_USER_TIMEOUT, static_cast<int>(std::chrono::milliseconds(kSilence).count()));
 }
 
 } // namespace quorvel::link

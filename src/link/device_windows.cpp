@@ -28,4 +28,7 @@ OpenedDevice openSerialPort(const QString& name, const LineSettings& line)
     return openedPort(std::move(port), line);
 }
 
+// Windows asks for signs of life after the time that its administrator has set, two hours at first.
+void watchConnection(qintptr /*socket*/) {}
+
 } // namespace quorvel::link
