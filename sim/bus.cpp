@@ -33,7 +33,7 @@ void Bus::receive(std::string_view characters, double now)
         if (!frame) continue;
         LoggedFrame logged{std::move(*frame), 0, {}};
         carryOut(logged);
-        if (frames_.size() >= kLoggedFrames) frames_.erase(frames_.begin());
+        if (frames_.size() >= kLoggedFrames) frames_.pop_front();
         frames_.push_back(std::move(logged));
     }
 }
@@ -52,7 +52,7 @@ void Bus::forget()
     reader_ = {};
 }
 
-std::vector<LoggedFrame> Bus::takeFrames() { return std::exchange(frames_, {}); }
+std::deque<LoggedFrame> Bus::takeFrames() { return std::exchange(frames_, {}); }
 
 void Bus::carryOut(LoggedFrame& logged)
 {
@@ -97,9 +97,10 @@ void Bus::reply(LoggedFrame& logged, Readout& readout, std::string_view code, st
     const auto asked = address == kBroadcast ? readout.address : address;
     const auto fault = faults_.apply(spoiled, {readout, asked, code, logged.frame.last});
     if (!fault.empty()) logged.fault = fault;
-    logged.answerLength += spoiled.text.size();
-    if (!spoiled.text.empty() || spoiled.hangUp)
-        line_.send(std::move(spoiled.text), earliest + spoiled.lateSeconds, spoiled.hangUp);
+    const auto length = spoiled.text.size();
+    if (length == 0 && !spoiled.hangUp) return;
+    if (line_.send(std::move(spoiled.text), earliest + spoiled.lateSeconds, spoiled.hangUp))
+        logged.answerLength += length;
 }
 
 /// A readout that takes the address of another one silences it: on a real bus both would talk at once.

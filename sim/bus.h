@@ -6,6 +6,7 @@
 #include "sim/noise.h"
 #include "sim/readout.h"
 
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -17,8 +18,9 @@ namespace quorvelsim {
 /// A frame that came, and what became of it.
 struct LoggedFrame {
     Frame frame;
-    std::size_t answerLength = 0; ///< characters of all answers to it; 0: nobody answered
-    std::string fault;            ///< kind of the fault that spoiled an answer; empty when none did
+    std::size_t answerLength =
+        0;             ///< characters of all answers to it; 0: nobody answered, or too much is waiting
+    std::string fault; ///< kind of the fault that spoiled an answer; empty when none did
 };
 
 /// The whole bus without its device: characters in, characters out, in the time that is handed in. All times
@@ -43,6 +45,9 @@ public:
     std::string due(double now);
     [[nodiscard]] std::optional<double> nextDue() const { return line_.nextDue(); }
 
+    /// When the last character received is whole on the line.
+    [[nodiscard]] double receivedUntil() const { return line_.receivedUntil(); }
+
     /// True once after a fault has pulled the adapter.
     bool takeHangUp() { return line_.takeHangUp(); }
 
@@ -55,7 +60,7 @@ public:
     [[nodiscard]] const std::map<int, Readout>& readouts() const { return readouts_; }
 
     /// The frames since the last call.
-    std::vector<LoggedFrame> takeFrames();
+    std::deque<LoggedFrame> takeFrames();
     [[nodiscard]] std::size_t droppedCharacters() const { return reader_.dropped(); }
 
 private:
@@ -70,7 +75,7 @@ private:
     BitErrors bitErrors_;
     FrameReader reader_;
     std::map<int, Readout> readouts_; ///< by address
-    std::vector<LoggedFrame> frames_;
+    std::deque<LoggedFrame> frames_;
 };
 
 } // namespace quorvelsim

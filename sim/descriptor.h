@@ -33,8 +33,9 @@ private:
     int descriptor_ = -1;
 };
 
-/// Everything that can be read at once without waiting.
-/// @param ended  set true when the other side has closed or the descriptor is broken.
+/// What can be read without waiting, at most 4096 characters: a client that writes without end gets no more attention
+/// than that at a time.
+/// @param ended  set true when nothing is left and the other side has closed or the descriptor is broken.
 std::string readAvailable(int descriptor, bool& ended);
 
 /// "what: reason of the last failed call".

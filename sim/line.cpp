@@ -11,11 +11,14 @@ double Line::arrival(double now)
     return receivedUntil_;
 }
 
-void Line::send(std::string text, double earliest, bool hangUpAfter)
+bool Line::send(std::string text, double earliest, bool hangUpAfter)
 {
+    if (queued_ >= kQueued) return false;
+    queued_ += text.size();
     const auto later = [&](const Segment& other) { return other.taken == 0 && other.earliest > earliest; };
     const auto place = std::find_if(queue_.begin(), queue_.end(), later);
     queue_.insert(place, {std::move(text), earliest, 0, hangUpAfter});
+    return true;
 }
 
 std::string Line::due(double now)
@@ -28,6 +31,7 @@ std::string Line::due(double now)
         if (segment.taken < segment.text.size() || segment.earliest > now) break;
         freeFrom_ =
             std::max(segment.earliest, freeFrom_) + pace_.character * static_cast<double>(segment.taken);
+        queued_ -= segment.text.size();
         hungUp_ = segment.hangUpAfter;
         queue_.pop_front();
     }
@@ -44,7 +48,11 @@ std::optional<double> Line::nextDue() const
 
 bool Line::takeHangUp() { return std::exchange(hungUp_, false); }
 
-void Line::clear() { queue_.clear(); }
+void Line::clear()
+{
+    queue_.clear();
+    queued_ = 0;
+}
 
 double Line::nextCharacter(const Segment& segment) const
 {

@@ -32,7 +32,15 @@ public:
     /// Queues `text` to go out from `earliest` on, or as soon as the line is free then. A text whose time comes
     /// later does not hold it up.
     /// @param hangUpAfter  the adapter is pulled behind the last character.
-    void send(std::string text, double earliest, bool hangUpAfter = false);
+    /// @return false when it is lost because kQueued characters wait already.
+    bool send(std::string text, double earliest, bool hangUpAfter = false);
+
+    /// More than the answers to all frames that a client sends before it reads one.
+    static constexpr std::size_t kQueued = 1'048'576;
+
+    /// When the last character that was handed over is whole. A serial port takes no more characters from a client that
+    /// is far ahead of its line.
+    [[nodiscard]] double receivedUntil() const { return receivedUntil_; }
 
     /// The characters that are whole by `now` and were not taken yet.
     std::string due(double now);
@@ -60,6 +68,7 @@ private:
     Pace pace_;
     std::deque<Segment> queue_; ///< by `earliest`, but for a first one that has begun
     double receivedUntil_ = -1; ///< when the last character received was whole
+    std::size_t queued_ = 0;    ///< characters in the queue
     double freeFrom_ = 0;       ///< when the last segment that is wholly out ended
     bool hungUp_ = false;
 };

@@ -19,6 +19,9 @@ namespace {
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
 constexpr std::size_t kLongestLine = 65536;
 
+/// So far ahead of its line a client may write, as the buffer of a serial port lets it.
+constexpr double kAhead = 4; // s
+
 volatile std::sig_atomic_t stopAsked = 0;
 
 void askStop(int /*signal*/) { stopAsked = 1; }
@@ -73,9 +76,13 @@ bool Server::wait(bool control)
     std::vector<pollfd> descriptors;
     // poll() passes over the descriptor -1.
     descriptors.push_back({control ? STDIN_FILENO : -1, POLLIN, 0});
-    if (transport_) transport_->watch(descriptors);
+    auto due = bus_.nextDue();
+    if (caughtUpAt() > now()) {
+        due = std::min(due.value_or(caughtUpAt()), caughtUpAt());
+    } else if (transport_) {
+        transport_->watch(descriptors);
+    }
     std::timespec timeout{};
-    const auto due = bus_.nextDue();
     if (due) timeout = timespecOf(std::clamp(*due - now(), 0.0, 3600.0));
     sigset_t open;
     sigemptyset(&open);
@@ -83,9 +90,12 @@ bool Server::wait(bool control)
     return ready > 0 && descriptors.front().revents != 0;
 }
 
+/// When more of what the client writes is taken.
+double Server::caughtUpAt() const { return bus_.receivedUntil() - kAhead; }
+
 void Server::serveClient()
 {
-    if (transport_) {
+    if (transport_ && caughtUpAt() <= now()) {
         const auto characters = transport_->receive();
         bus_.receive(characters, now());
     }

@@ -26,6 +26,7 @@ public:
 private:
     [[nodiscard]] double now() const;
     bool wait(bool control);
+    [[nodiscard]] double caughtUpAt() const;
     bool takeControlLines();
     void serveClient();
     std::string plug();

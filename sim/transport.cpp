@@ -9,18 +9,13 @@ namespace quorvelsim {
 
 std::string readAvailable(int descriptor, bool& ended)
 {
-    std::string all;
     char buffer[4096];
     for (;;) {
         const auto count = ::read(descriptor, buffer, sizeof buffer);
-        if (count > 0) {
-            all.append(buffer, static_cast<std::size_t>(count));
-        } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
-            ended = true;
-            return all;
-        } else if (errno == EAGAIN) {
-            return all;
-        }
+        if (count > 0) return {buffer, static_cast<std::size_t>(count)};
+        if (count < 0 && errno == EINTR) continue;
+        ended = count == 0 || errno != EAGAIN;
+        return {};
     }
 }
 

@@ -63,6 +63,7 @@ void Trace::write(const link::Exchange& exchange, bool whole)
     if (whole) {
         object["reply"] = fromText(exchange.reply);
         object["outcome"] = fromText(protocol::outcomeOf(exchange));
+        if (exchange.lost > 0) object["lost"] = static_cast<qint64>(exchange.lost);
         const auto first = firstCharacterMs(exchange);
         const auto last = lastCharacterMs(exchange);
         object["firstCharacterMs"] = first ? QJsonValue(*first) : QJsonValue();

@@ -45,11 +45,9 @@ void TrafficModel::ended(const link::Exchange& exchange) { queue(exchange, false
 void TrafficModel::queue(const link::Exchange& exchange, bool pending)
 {
     if (paused_) return;
-    if (!queued_.empty() && queued_.back().exchange.number == exchange.number) {
-        queued_.back() = {exchange, pending};
-    } else {
-        queued_.push_back({exchange, pending});
-    }
+    if (queued_.empty() || queued_.back().exchange.number != exchange.number) queued_.emplace_back();
+    queued_.back() = {exchange, pending};
+    queued_.back().exchange.discarded.clear(); // not shown
     if (!idle_.isActive()) idle_.start();
 }
 
@@ -67,6 +65,7 @@ void TrafficModel::flush()
 bool TrafficModel::complete(const TrafficLine& line)
 {
     if (lines_.empty() || lines_.back().exchange.number != line.exchange.number) return false;
+    characters_ += line.exchange.reply.size() - lines_.back().exchange.reply.size();
     lines_.back() = line;
     const int row = rowCount() - 1;
     Q_EMIT dataChanged(index(row, 0), index(row, kColumns - 1));
@@ -77,6 +76,8 @@ void TrafficModel::append(const std::deque<TrafficLine>::iterator& from)
 {
     const int count = static_cast<int>(std::distance(from, queued_.end()));
     beginInsertRows({}, rowCount(), rowCount() + count - 1);
+    for (auto line = from; line != queued_.end(); ++line)
+        characters_ += line->exchange.reply.size();
     lines_.insert(lines_.end(), std::make_move_iterator(from), std::make_move_iterator(queued_.end()));
     endInsertRows();
 }
@@ -84,8 +85,12 @@ void TrafficModel::append(const std::deque<TrafficLine>::iterator& from)
 void TrafficModel::dropOldest()
 {
     const int over = rowCount() - kMostLines;
-    if (over <= 0) return;
-    const int dropped = std::min(rowCount(), over + kDroppedAtOnce - 1);
+    int dropped = over > 0 ? std::min(rowCount(), over + kDroppedAtOnce - 1) : 0;
+    for (int row = 0; row < dropped; ++row)
+        characters_ -= line(row).exchange.reply.size();
+    while (characters_ > kMostCharacters)
+        characters_ -= line(dropped++).exchange.reply.size();
+    if (dropped == 0) return;
     beginRemoveRows({}, 0, dropped - 1);
     lines_.erase(lines_.begin(), lines_.begin() + dropped);
     endRemoveRows();
@@ -96,6 +101,7 @@ void TrafficModel::clear()
     beginResetModel();
     lines_.clear();
     queued_.clear();
+    characters_ = 0;
     endResetModel();
 }
 

@@ -16,8 +16,8 @@ struct TrafficLine {
     bool pending = true; ///< the frame is out, the reply is awaited
 };
 
-/// What was said on the bus, one row per exchange, the newest last; the oldest give way from kMostLines on. A row appears
-/// when its frame is sent and is completed when the exchange has ended.
+/// What was said on the bus, one row per exchange, the newest last; the oldest give way from kMostLines or kMostCharacters of
+/// replies on. A row appears when its frame is sent and is completed when the exchange has ended.
 ///
 /// Exchanges only queue up here; the rows move when the event loop is next idle, so that nothing delays a character.
 class TrafficModel final : public QAbstractTableModel, public link::ExchangeObserver {
@@ -25,6 +25,7 @@ class TrafficModel final : public QAbstractTableModel, public link::ExchangeObse
 public:
     enum Column { Time, Readout, Meaning, Frame, Reply, Outcome, First, Last, kColumns };
     static constexpr int kMostLines = 100'000;
+    static constexpr std::size_t kMostCharacters = 64'000'000;
 
     explicit TrafficModel(QObject* parent = nullptr);
 
@@ -53,6 +54,7 @@ private:
 
     std::deque<TrafficLine> lines_;
     std::deque<TrafficLine> queued_;
+    std::size_t characters_ = 0; ///< of the replies in lines_
     QTimer idle_;
     bool paused_ = false;
 };

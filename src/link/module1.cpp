@@ -73,6 +73,7 @@ void Module1::run(Exchange& exchange, const std::function<void(int)>& sent)
     } else {
         exchange.outcome = exchange.reply.empty() ? Outcome::Silent : Outcome::Short;
     }
+    exchange.lost = port_.takeLostCharacters();
     // What had waited since before the frame was never seen arriving.
     if (!exchange.reply.empty() && !exchange.firstIn) exchange.firstIn = exchange.lastIn = sinceBegin();
     restLeft_ = complete && rule.until == ReplyRule::Until::Count && !isAnswered(exchange);

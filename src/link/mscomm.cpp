@@ -4,9 +4,22 @@
 #include <QSerialPort>
 
 #include <algorithm>
-#include <limits>
 
 namespace quorvel::link {
+
+namespace {
+
+/// What comes while the program is kept from gathering it must not pile up in the device either.
+void boundBuffer(QIODevice& device)
+{
+    if (auto* serial = qobject_cast<QSerialPort*>(&device)) {
+        serial->setReadBufferSize(MSComm::kInputBuffer);
+    } else if (auto* socket = qobject_cast<QAbstractSocket*>(&device)) {
+        socket->setReadBufferSize(MSComm::kInputBuffer);
+    }
+}
+
+} // namespace
 
 MSComm::MSComm(const PortList& ports, Opener opener, QObject* parent)
     : QObject(parent), ports_(ports), opener_(std::move(opener))
@@ -20,7 +33,8 @@ MSComm::~MSComm()
 QString MSComm::setPortOpen(bool open)
 {
     lostReason_.clear();
-    left_.clear();
+    input_.clear();
+    lostCharacters_ = 0;
     if (device_) {
         device_->disconnect(this);
         device_->close();
@@ -37,6 +51,8 @@ QString MSComm::setPortOpen(bool open)
     if (!opened.device) return opened.reason;
     device_ = std::move(opened.device);
     name_ = name;
+    boundBuffer(*device_);
+    connect(device_.get(), &QIODevice::readyRead, this, &MSComm::gather);
     connect(device_.get(), &QIODevice::readyRead, this, &MSComm::arrived);
     connect(device_.get(), &QIODevice::readChannelFinished, this, &MSComm::drop);
     return {};
@@ -49,7 +65,7 @@ void MSComm::drop()
     const auto reason = tr("%1 is gone (%2). Check the adapter and the cable, then press OpenComm again.")
                             .arg(name_, device_->errorString());
     lostReason_ = reason;
-    left_ = device_->readAll().toStdString();
+    gather();
     // The device is in the middle of telling us; it may go only afterwards.
     auto* gone = device_.release();
     gone->close();
@@ -73,21 +89,29 @@ std::string MSComm::Input()
 {
     const int waiting = InBufferCount();
     const int wanted = inputLength_ > 0 ? std::min(inputLength_, waiting) : waiting;
-    if (!device_) {
-        auto characters = left_.substr(0, static_cast<std::size_t>(wanted));
-        left_.erase(0, characters.size());
-        return characters;
-    }
-    std::string characters(static_cast<std::size_t>(wanted), '\0');
-    const auto taken = device_->read(characters.data(), wanted);
-    characters.resize(static_cast<std::size_t>(std::max<qint64>(taken, 0)));
+    const auto end = input_.begin() + wanted;
+    std::string characters(input_.begin(), end);
+    input_.erase(input_.begin(), end);
     return characters;
 }
 
-int MSComm::InBufferCount() const
+int MSComm::InBufferCount()
 {
-    const auto waiting = device_ ? device_->bytesAvailable() : static_cast<qint64>(left_.size());
-    return static_cast<int>(std::min<qint64>(waiting, std::numeric_limits<int>::max()));
+    gather();
+    return static_cast<int>(input_.size());
+}
+
+void MSComm::gather()
+{
+    while (device_ && device_->bytesAvailable() > 0) {
+        char characters[4096];
+        const auto count = device_->read(characters, sizeof characters);
+        if (count <= 0) return;
+        const auto came = static_cast<std::size_t>(count);
+        const auto kept = std::min(came, kInputBuffer - input_.size());
+        input_.insert(input_.end(), characters, characters + kept);
+        lostCharacters_ += came - kept;
+    }
 }
 
 void MSComm::fetch()

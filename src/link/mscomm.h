@@ -7,10 +7,13 @@
 #include <QPointer>
 #include <QString>
 
+#include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace quorvel::link {
 
@@ -46,11 +49,16 @@ public:
     /// Takes `InputLen` characters out of the input buffer, all that wait when it is 0 (as at start).
     std::string Input();
     void setInputLen(int length) { inputLength_ = length; }
-    /// Characters that wait in the input buffer; 0 while closed, but for those that came together with the loss of
-    /// the device.
-    int InBufferCount() const;
+    /// Characters that wait in the input buffer, up to kInputBuffer; 0 while closed, but for those that came together with
+    /// the loss of the device.
+    int InBufferCount();
     /// Moves what the device holds into the input buffer without an event loop.
     void fetch();
+    /// How many characters the input buffer holds: more than the longest reply. Those that come while it is full are
+    /// lost.
+    static constexpr std::size_t kInputBuffer = 262'144;
+    /// Characters that were lost since the last call.
+    std::uint64_t takeLostCharacters() { return std::exchange(lostCharacters_, 0); }
 
 Q_SIGNALS:
     /// Characters have come into the input buffer.
@@ -61,12 +69,14 @@ Q_SIGNALS:
 
 private:
     void drop();
+    void gather();
 
     const PortList& ports_;
     Opener opener_;
     std::unique_ptr<QIODevice> device_;
     QString name_;
-    std::string left_; ///< what had arrived when the device vanished
+    std::deque<char> input_;
+    std::uint64_t lostCharacters_ = 0;
     QString lostReason_;
     int commPort_ = 1;
     std::string settings_ = "9600,n,8,1";

@@ -61,6 +61,8 @@ struct Exchange {
     Transaction transaction;
     std::string discarded; ///< what had waited in the input buffer and was thrown away
     std::string reply;     ///< everything that was received, any number of any characters
+    std::uint64_t lost =
+        0; ///< characters that came while the input buffer was full, since the exchange before
     Outcome outcome = Outcome::Silent;
     QString lostReason; ///< PortLost only: the reason that the port gave; empty when it was closed by hand
 

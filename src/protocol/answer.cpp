@@ -8,16 +8,7 @@ namespace {
 
 QString lineShown(std::string_view text) { return link::shown(inOneLine(text)); }
 
-} // namespace
-
-std::optional<bool> flagIn(std::string_view field)
-{
-    if (field == "01") return true;
-    if (field == "00") return false;
-    return std::nullopt;
-}
-
-QString whyFailed(const link::Exchange& exchange)
+QString whyEnded(const link::Exchange& exchange)
 {
     using link::Outcome;
     switch (exchange.outcome) {
@@ -38,6 +29,25 @@ QString whyFailed(const link::Exchange& exchange)
     }
     return QStringLiteral("The readout answered \"%1\" to \"%2\".")
         .arg(lineShown(exchange.reply), lineShown(exchange.transaction.frame));
+}
+
+} // namespace
+
+std::optional<bool> flagIn(std::string_view field)
+{
+    if (field == "01") return true;
+    if (field == "00") return false;
+    return std::nullopt;
+}
+
+QString whyFailed(const link::Exchange& exchange)
+{
+    const auto why = whyEnded(exchange);
+    if (exchange.lost == 0) return why;
+    return why + QStringLiteral(
+                     " %1 characters came that nobody had asked for, and were lost. Look for what floods the "
+                     "line.")
+                     .arg(exchange.lost);
 }
 
 std::string inOneLine(std::string_view reply)

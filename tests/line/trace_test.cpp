@@ -142,5 +142,14 @@ TEST(Trace, AFileThatCannotBeMadeGivesItsReason)
     EXPECT_FALSE(trace.isOpen());
 }
 
+TEST_F(TraceByHand, WhatAFloodHasLostIsCounted)
+{
+    readXY();
+    EXPECT_FALSE(lines().back().contains("lost"));
+    device->receive(std::string(link::MSComm::kInputBuffer + 9, 'x'));
+    readXY();
+    EXPECT_EQ(lines().back()["lost"], 9);
+}
+
 } // namespace
 } // namespace quorvel::line

@@ -87,6 +87,24 @@ TEST_F(TrafficByHand, TheOldestLinesGiveWay)
     EXPECT_EQ(model.line(model.rowCount() - 1).exchange.number, exchange.number);
 }
 
+TEST_F(TrafficByHand, LongRepliesTakeNoMoreThanTheirShareOfTheMemory)
+{
+    link::Exchange exchange;
+    exchange.transaction.frame = ":0572FF\r\n";
+    exchange.reply.assign(1'000'000, 'x');
+    exchange.discarded = exchange.reply;
+    const int fitting = static_cast<int>(TrafficModel::kMostCharacters / exchange.reply.size());
+    for (int i = 1; i <= 2 * fitting; ++i) {
+        exchange.number = static_cast<std::uint64_t>(i);
+        model.sending(exchange);
+        model.ended(exchange);
+        model.flush();
+    }
+    EXPECT_EQ(model.rowCount(), fitting);
+    EXPECT_EQ(model.line(fitting - 1).exchange.number, exchange.number);
+    EXPECT_TRUE(model.line(0).exchange.discarded.empty());
+}
+
 TEST_F(TrafficByHand, PauseAddsNothing)
 {
     model.setPaused(true);

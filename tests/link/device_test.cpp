@@ -5,12 +5,16 @@
 
 #include <QFile>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 
 namespace quorvel::link {
 namespace {
@@ -152,6 +156,49 @@ TEST(Device, ATcpNameWithoutPortIsExplained)
         EXPECT_FALSE(opened.device) << name;
         EXPECT_TRUE(opened.reason.contains("tcp:host:port")) << name << ": " << qPrintable(opened.reason);
     }
+}
+
+TEST(Device, ADeviceServerThatIsSwitchedOffIsNoticed)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    const auto opened = openDevice(QStringLiteral("tcp:127.0.0.1:%1").arg(server.serverPort()), {});
+    ASSERT_TRUE(opened.device) << qPrintable(opened.reason);
+    const auto* socket = qobject_cast<QTcpSocket*>(opened.device.get());
+    ASSERT_TRUE(socket);
+    const auto option = [socket](int level, int name) {
+        int value = 0;
+        socklen_t size = sizeof value;
+        EXPECT_EQ(::getsockopt(static_cast<int>(socket->socketDescriptor()), level, name, &value, &size), 0);
+        return value;
+    };
+    EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
+    EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPIDLE) +
+                  option(IPPROTO_TCP, TCP_KEEPINTVL) * option(IPPROTO_TCP, TCP_KEEPCNT),
+              kSilence.count());
+    EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 1000 * kSilence.count());
+}
+
+TEST(Device, AServerThatFloodsDoesNotFillTheMemory)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    const PortList ports({QStringLiteral("tcp:127.0.0.1:%1").arg(server.serverPort())},
+                         [] { return std::vector<PortInfo>(); });
+    MSComm comm(ports);
+    ASSERT_EQ(comm.setPortOpen(true), "");
+    ASSERT_TRUE(QTest::qWaitFor([&server] { return server.hasPendingConnections(); }, 10'000));
+    auto* peer = server.nextPendingConnection();
+    constexpr int kFlood = 4'000'000;
+    peer->write(QByteArray(kFlood, 'x'));
+    std::uint64_t lost = 0;
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            lost += comm.takeLostCharacters();
+            return lost + MSComm::kInputBuffer >= kFlood;
+        },
+        60'000));
+    EXPECT_EQ(comm.Input().size(), MSComm::kInputBuffer);
 }
 
 } // namespace

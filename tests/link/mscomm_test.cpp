@@ -106,5 +106,29 @@ TEST_F(MSCommOnAFakeDevice, TheReasonOfALossIsKeptUntilThePortIsOpenedOrClosed)
     }
 }
 
+TEST_F(MSCommOnAFakeDevice, AFloodTakesNoMoreThanTheInputBuffer)
+{
+    comm.setPortOpen(true);
+    device->receive("first");
+    for (int i = 0; i < 100; ++i)
+        device->receive(std::string(10'000, 'x'));
+    EXPECT_EQ(device->waiting.size(), 0U) << "nothing piles up in the device";
+    EXPECT_EQ(comm.InBufferCount(), static_cast<int>(MSComm::kInputBuffer));
+    EXPECT_EQ(comm.takeLostCharacters(), 1'000'005 - MSComm::kInputBuffer);
+    EXPECT_EQ(comm.takeLostCharacters(), 0U);
+    EXPECT_EQ(comm.Input().substr(0, 6), "firstx");
+    device->receive("later");
+    EXPECT_EQ(comm.Input(), "later");
+}
+
+TEST_F(MSCommOnAFakeDevice, ANewPortBeginsWithoutLosses)
+{
+    comm.setPortOpen(true);
+    device->receive(std::string(MSComm::kInputBuffer + 1, 'x'));
+    comm.setPortOpen(true);
+    EXPECT_EQ(comm.InBufferCount(), 0);
+    EXPECT_EQ(comm.takeLostCharacters(), 0U);
+}
+
 } // namespace
 } // namespace quorvel::link

@@ -287,5 +287,17 @@ TEST_F(TransactionByHand, WhatFollowsAnAnswerStays)
     EXPECT_EQ(readout.port.InBufferCount(), 4);
 }
 
+TEST_F(TransactionByHand, WhatTheInputBufferCannotHoldIsCounted)
+{
+    answer = ":0171+1.50000FF\r\n";
+    EXPECT_EQ(module1.transact(kSet).lost, 0U);
+    readout.device->receive(std::string(MSComm::kInputBuffer + 7, 'x'));
+    const auto flooded = module1.transact(kSet);
+    EXPECT_EQ(flooded.lost, 7U);
+    EXPECT_EQ(flooded.discarded.size(), MSComm::kInputBuffer);
+    EXPECT_TRUE(isConfirmed(flooded)) << "thrown away, the flood does no harm";
+    EXPECT_EQ(module1.transact(kSet).lost, 0U);
+}
+
 } // namespace
 } // namespace quorvel::link

@@ -56,5 +56,14 @@ TEST(Answer, WhatCannotBePrintedIsWrittenInHexadecimal)
     EXPECT_EQ(printable(std::string("a\0~\x7f\xff\r\n", 7)), "a\\x00~\\x7F\\xFF\\x0D\\x0A");
 }
 
+TEST(Answer, AFloodIsPartOfTheReason)
+{
+    auto exchange = ended(link::Outcome::Silent, "");
+    exchange.lost = 12;
+    EXPECT_EQ(whyFailed(exchange),
+              "The readout did not answer. 12 characters came that nobody had asked for, and were "
+              "lost. Look for what floods the line.");
+}
+
 } // namespace
 } // namespace quorvel::protocol

@@ -79,5 +79,18 @@ TEST(Line, HangsUpWithoutAText)
     EXPECT_TRUE(line.takeHangUp());
 }
 
+TEST(Line, KeepsNoMoreThanItCanSay)
+{
+    Line line(kTenPerSecond);
+    std::size_t sent = 0;
+    while (sent <= Line::kQueued && line.send(std::string(1000, 'x'), 0))
+        sent += 1000;
+    EXPECT_EQ(sent, (Line::kQueued / 1000 + 1) * 1000);
+    EXPECT_EQ(line.due(1e9).size(), sent);
+    EXPECT_TRUE(line.send("again", 0)) << "what is out makes room";
+    line.clear();
+    EXPECT_TRUE(line.send("again", 0));
+}
+
 } // namespace
 } // namespace quorvelsim

@@ -138,6 +138,16 @@ public:
         return (user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
     }
 
+    /// Memory in use, in bytes.
+    [[nodiscard]] std::size_t residentBytes() const
+    {
+        std::ifstream file("/proc/" + std::to_string(pid_) + "/statm");
+        std::size_t whole = 0;
+        std::size_t resident = 0;
+        file >> whole >> resident;
+        return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    }
+
 private:
     std::string line()
     {

@@ -265,5 +265,35 @@ TEST(Process, AnswersOverTcpOneClientAtATime)
     EXPECT_EQ(sim.control("plug"), R"({"device":")" + sim.port() + "\"}");
 }
 
+/// Writes what the other side takes, for that long.
+std::size_t flood(int descriptor, const std::string& command, double duration)
+{
+    std::string many;
+    while (many.size() < 100'000)
+        many += command + "\r\n";
+    std::size_t written = 0;
+    for (const auto end = seconds() + duration; seconds() < end;) {
+        const auto count = ::send(descriptor, many.data(), many.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (count > 0) written += static_cast<std::size_t>(count);
+        if (count < 0) std::this_thread::sleep_for(1ms);
+    }
+    return written;
+}
+
+TEST(Process, AClientThatFloodsCostsNoMemory)
+{
+    for (const bool fast : {true, false}) {
+        std::vector<std::string> options{"--tcp", "127.0.0.1:0"};
+        if (fast) options.emplace_back("--fast");
+        Process sim(options);
+        const auto client = connectTo(sim.port());
+        const auto before = sim.residentBytes();
+        EXPECT_GT(flood(client.get(), ":0565FF", 1), 10'000U);
+        EXPECT_LT(sim.residentBytes(), before + 40'000'000) << fast;
+        EXPECT_THAT(sim.control("state 5"), HasSubstr("\"address\":5"))
+            << "the control lines are not forgotten";
+    }
+}
+
 } // namespace
 } // namespace quorvelsim
