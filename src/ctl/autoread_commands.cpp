@@ -35,7 +35,7 @@ std::string digits(const Console& console) { return link::AddressToHex(console.a
 
 void showMode(Console& console)
 {
-    if (!console.openReadout()) return;
+    if (!console.openReadout(Access::Reads)) return;
     const auto asked = ask(console, protocol::modeQuery(digits(console)));
     if (!asked) return;
     const auto mode = protocol::readMode(asked->reply);
@@ -49,7 +49,7 @@ void showMode(Console& console)
 
 void setInterval(Console& console, const std::string& wanted)
 {
-    if (!console.openReadout()) return;
+    if (!console.openReadout(Access::Writes)) return;
     const auto* row = std::ranges::find(protocol::kIntervals, wanted, &protocol::IntervalRow::option);
     const auto position = static_cast<int>(row - std::begin(protocol::kIntervals));
     const auto exchange = console.module1().transact(protocol::intervalSet(digits(console), position));
@@ -105,7 +105,7 @@ void download(Console& console, const DownloadOptions& options)
         return console.fail(kNotAnswered,
                             QStringLiteral("%1 exists. Add --force to overwrite it.").arg(file));
     }
-    if (!console.openPort()) return;
+    if (!console.openPort(Access::Reads)) return;
     const auto span = askForSpan(console);
     if (span) fetch(console, file, exists ? autoread::Existing::Replace : autoread::Existing::Keep, *span);
 }
@@ -117,7 +117,7 @@ void clearRing(Console& console, bool sure)
             kWrongUsage,
             QStringLiteral("This deletes the records stored in the readout. Add --yes to do it."));
     }
-    if (!console.openReadout()) return;
+    if (!console.openReadout(Access::Writes)) return;
     if (ask(console, protocol::recordsDelete(digits(console)))) console.tell(protocol::kDataDeleted);
 }
 

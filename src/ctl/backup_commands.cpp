@@ -4,27 +4,31 @@
 #include "files/replace.h"
 #include "link/bytes.h"
 #include "protocol/answer.h"
+#include "protocol/settings_file.h"
 #include "protocol/snapshot.h"
+#include "protocol/values.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
 
 #include <CLI/CLI.hpp>
 
 #include <iostream>
+#include <optional>
 
 namespace quorvel::ctl {
 
 namespace {
 
-constexpr auto kFormat = "quorvel-settings";
+using link::InstrumentType;
+
 constexpr auto kUnreadable = "The answer \"%1\" was not understood.";
 
 /// The options of save and restore.
 struct FileOptions {
     std::string file;
     bool yes = false;
+    bool force = false; ///< restore: also what is of another readout
 };
 
 /// Asks the readout for one setting.
@@ -56,26 +60,58 @@ QJsonObject queryAll(Console& console)
     return values;
 }
 
-QJsonObject inFile(const Console& console, const QJsonObject& values)
+/// Finds out whether a readout whose type was not given has three directions: it answers the query of Z then.
+/// @param ofFile  the type that a readout without Z is taken for.
+/// @return in words for what it is taken; nothing when that stays unclear: the reason is on stderr and the status set.
+std::optional<QString> findType(Console& console, InstrumentType ofFile = link::TypeA)
 {
-    return {{"format", kFormat},
-            {"address", console.address()},
-            {"type", QString::fromStdString(console.options.type)},
-            {"saved", QDateTime::currentDateTime().toString(Qt::ISODate)},
-            {"settings", values}};
+    if (!console.options.type.empty()) return QString();
+    const auto asked = console.module1().transact(protocol::zQuery(console.bench().addressDigits()));
+    const auto z = protocol::measuresZ(asked);
+    if (!z) {
+        console.fail(
+            kNotAnswered,
+            QStringLiteral("Whether readout %1 measures Z could not be found out. Give its type with --type.")
+                .arg(console.address()));
+        return std::nullopt;
+    }
+    console.bench().instrumentType = *z ? link::TypeC : ofFile == link::TypeC ? link::TypeA : ofFile;
+    if (*z) return QStringLiteral("Readout %1 measures Z: taken for type C.").arg(console.address());
+    return QStringLiteral("Readout %1 does not measure Z: taken for type %2. Give another type with --type.")
+        .arg(console.address())
+        .arg(console.typeName());
+}
+
+/// Asks for all settings, and says for what type the readout was taken when it answered.
+/// @return empty when it did not, or its type is unclear.
+QJsonObject queryReadout(Console& console)
+{
+    const auto taken = findType(console);
+    if (!taken) return {};
+    const auto values = queryAll(console);
+    if (!values.isEmpty() && !taken->isEmpty()) console.tell(*taken);
+    return values;
+}
+
+protocol::SettingsFile fileOf(Console& console, const QJsonObject& values)
+{
+    return {.address = console.address(),
+            .type = console.bench().instrumentType,
+            .saved = QDateTime::currentDateTime().toString(Qt::ISODate),
+            .settings = values};
 }
 
 void printSettings(Console& console)
 {
-    if (!console.openReadout()) return;
-    const auto values = queryAll(console);
+    if (!console.openReadout(Access::Reads)) return;
+    const auto values = queryReadout(console);
     if (values.isEmpty()) return;
     QStringList lines;
     for (const auto& setting : protocol::settingsOf(console.bench().instrumentType)) {
         if (values.contains(setting.name))
             lines << QString(setting.name).leftJustified(18) + protocol::inWords(values.value(setting.name));
     }
-    console.answer(lines.join(u'\n'), inFile(console, values));
+    console.answer(lines.join(u'\n'), protocol::inFile(fileOf(console, values)));
 }
 
 void save(Console& console, const FileOptions& options)
@@ -85,36 +121,43 @@ void save(Console& console, const FileOptions& options)
         console.fail(kWrongUsage, QStringLiteral("%1 exists. Add --yes to overwrite it.").arg(path));
         return;
     }
-    if (!console.openReadout()) return;
-    const auto values = queryAll(console);
+    if (!console.openReadout(Access::Reads)) return;
+    const auto values = queryReadout(console);
     if (console.status != kAnswered) {
         console.tell(QStringLiteral("Nothing was saved."));
         return;
     }
-    const auto text = QJsonDocument(inFile(console, values)).toJson().toStdString();
+    const auto text = protocol::textOf(fileOf(console, values)).toStdString();
     if (const auto written = files::replaceContent(QFileInfo(path).filesystemFilePath(), text); !written)
         return console.fail(kNotAnswered, QString::fromStdString(written.error()));
     console.answer(path, {{"saved", path}, {"settings", values.size()}});
 }
 
-/// The settings in a file; empty when it holds none: the reason is on stderr and the status set.
-QJsonObject settingsIn(Console& console, const QString& path)
+/// Reads a file of settings; nothing when it is none: the reason is on stderr and the status set.
+std::optional<protocol::SettingsFile> fileAt(Console& console, const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         console.fail(kNotAnswered, QStringLiteral("%1 cannot be read: %2.").arg(path, file.errorString()));
-        return {};
+        return std::nullopt;
     }
-    QJsonParseError error;
-    const auto object = QJsonDocument::fromJson(file.readAll(), &error).object();
-    auto reason = error.error == QJsonParseError::NoError ? QString() : error.errorString();
-    if (reason.isEmpty() && object.value("format") != QJsonValue(kFormat))
-        reason = QStringLiteral("its \"format\" is not \"%1\"").arg(kFormat);
-    auto values = object.value("settings").toObject();
-    if (reason.isEmpty() && values.isEmpty()) reason = QStringLiteral("its \"settings\" are empty");
-    if (reason.isEmpty()) return values;
-    console.fail(kNotAnswered, QStringLiteral("%1 is not a settings file: %2.").arg(path, reason));
-    return {};
+    const auto read = protocol::settingsIn(file.read(protocol::kLongestSettings));
+    if (const auto* whole = std::get_if<protocol::SettingsFile>(&read)) return *whole;
+    console.fail(kNotAnswered,
+                 QStringLiteral("%1 is not a settings file: %2.").arg(path, std::get<QString>(read)));
+    return std::nullopt;
+}
+
+/// True when the file is of the open readout, or that does not matter.
+bool fits(Console& console, const protocol::SettingsFile& file, const FileOptions& options)
+{
+    const auto other = protocol::ofAnother(file, console.address(), console.bench().instrumentType);
+    if (other.isEmpty() || options.force) return true;
+    console.fail(kNotAnswered, QStringLiteral("%1 is of %2. Add --force to set readout %3 of type %4 to it.")
+                                   .arg(QString::fromLocal8Bit(options.file.c_str()), other)
+                                   .arg(console.address())
+                                   .arg(console.typeName()));
+    return false;
 }
 
 bool agrees(const Console& console, qsizetype count)
@@ -158,8 +201,12 @@ void restoreOne(Console& console, const protocol::Setting& setting, const QJsonV
 void restore(Console& console, const FileOptions& options)
 {
     if (!console.checkReadout()) return;
-    const auto wanted = settingsIn(console, QString::fromLocal8Bit(options.file.c_str()));
-    if (wanted.isEmpty() || !console.openPort()) return;
+    const auto file = fileAt(console, QString::fromLocal8Bit(options.file.c_str()));
+    if (!file || !console.openPort(Access::Writes)) return;
+    const auto taken = findType(console, file->type.value_or(link::TypeA));
+    if (!taken || !fits(console, *file, options)) return;
+    if (!taken->isEmpty()) console.tell(*taken);
+    const auto& wanted = file->settings;
     if (!options.yes && !agrees(console, wanted.size())) {
         console.fail(kNotAnswered, QStringLiteral("Nothing was set."));
         return;
@@ -170,9 +217,8 @@ void restore(Console& console, const FileOptions& options)
         restoreOne(console, setting, wanted.value(setting.name));
     }
     for (const auto& name : left) {
-        console.fail(kNotAnswered,
-                     QStringLiteral("%1: a readout of type %2 has no such setting.")
-                         .arg(protocol::inWords(name), QString::fromStdString(console.options.type)));
+        console.fail(kNotAnswered, QStringLiteral("%1: a readout of type %2 has no such setting.")
+                                       .arg(protocol::inWords(name), console.typeName()));
     }
 }
 
@@ -186,17 +232,20 @@ void addSettingsCommands(CLI::App& app, Console& console)
         const char* name;
         const char* help;
         const char* yes;
+        const char* force; ///< null: has no such option
         void (*run)(Console& console, const FileOptions& options);
     };
     constexpr Row kRows[] = {
-        {"save", "Save all settings to a file", "Overwrite an existing file", save},
-        {"restore", "Set all settings that a file holds, and verify each", "Do not ask first", restore},
+        {"save", "Save all settings to a file", "Overwrite an existing file", nullptr, save},
+        {"restore", "Set all settings that a file holds, and verify each", "Do not ask first",
+         "Also the settings of a readout of another address or type", restore},
     };
     for (const auto& row : kRows) {
         auto* command = all->add_subcommand(row.name, row.help);
         const auto options = std::make_shared<FileOptions>();
         command->add_option("FILE", options->file, "A .json file")->required();
         command->add_flag("--yes", options->yes, row.yes);
+        if (row.force) command->add_flag("--force", options->force, row.force);
         command->callback([&console, options, run = row.run] { run(console, *options); });
     }
     all->callback([&console, all] {

@@ -31,7 +31,7 @@ void listPorts(Console& console)
 
 void searchBus(Console& console)
 {
-    if (!console.openPort()) return;
+    if (!console.openPort(Access::Reads)) return;
     const auto addresses = protocol::foundAddresses(console.module1().transact(protocol::search()).reply);
     if (addresses.empty()) {
         console.fail(kNotAnswered, protocol::kNothingFound);
@@ -90,7 +90,7 @@ void takeReading(Console& console, const QString& prefix = {}, const QJsonObject
 
 void readOnce(Console& console)
 {
-    if (console.openReadout()) takeReading(console);
+    if (console.openReadout(Access::Reads)) takeReading(console);
 }
 
 /// Waits for the next time of day whose seconds since midnight are a multiple of `every`; in pieces, so that a request
@@ -108,7 +108,7 @@ QTime waitForTurn(Console& console, int every)
 
 void watch(Console& console, int every, int count)
 {
-    if (!console.openReadout()) return;
+    if (!console.openReadout(Access::Reads)) return;
     for (int taken = 0; (count == 0 || taken < count) && console.module1().port().PortOpen(); ++taken) {
         const auto time = waitForTurn(console, every).toString(QStringLiteral("HH:mm:ss"));
         if (console.endRequested()) return;

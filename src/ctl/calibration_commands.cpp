@@ -131,7 +131,7 @@ void Calibrating::measurePoint()
         const auto created = CreateCalibrationDatabase(data_.DatabaseName());
         if (!created) return console_.fail(kNotAnswered, words(created.error()));
     }
-    if (!open() || !console_.openPort()) return;
+    if (!open() || !console_.openPort(Access::Reads)) return;
     for (int row = 0; row < data_.rowCount(); ++row) {
         if (data_.value(row, kNumberColumn).number() != options_.point) continue;
         if (store(row)) answerRow(row);
@@ -195,7 +195,7 @@ void Calibrating::download()
         if (!table) return;
         tables.push_back(*table);
     }
-    if (!console_.openPort()) return;
+    if (!console_.openPort(Access::Writes)) return;
     for (std::size_t i = 0; i < tables.size() && console_.module1().port().PortOpen(); ++i) {
         download(direction_.readings[i], tables[i]);
     }
@@ -245,7 +245,7 @@ void setLocation(Console& console, const std::string& typed)
 void stitch(Console& console, const std::optional<std::string>& typed)
 {
     if (typed && !isLocation(*typed)) return console.fail(kWrongUsage, kLocationError);
-    if (!console.openReadout()) return;
+    if (!console.openReadout(typed ? Access::Writes : Access::Reads)) return;
     typed ? setLocation(console, *typed) : queryLocation(console);
 }
 

@@ -10,6 +10,9 @@ namespace quorvel::ctl {
 
 class Console;
 
+/// Runs one command line. @return the exit status, without regard to signals.
+int runCommandLine(Console& console, int argc, const char* const argv[]);
+
 /// main() of `quorvelctl` and `quorvelctl-factory`.
 /// @param edition  "USER" or "FACTORY".
 int runControl(int argc, char* argv[], const char* edition);

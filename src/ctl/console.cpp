@@ -1,6 +1,8 @@
 #include "ctl/console.h"
 
+#include "link/bytes.h"
 #include "link/interrupt.h"
+#include "protocol/direction.h"
 #include "text/number.h"
 
 #include <QJsonDocument>
@@ -12,34 +14,54 @@
 
 namespace quorvel::ctl {
 
-Console::Console(const QString& edition) { bench_.edition = edition; }
+Console::Console(const QString& edition, link::PortList::Enumerator enumerate)
+    : enumerate_(std::move(enumerate))
+{
+    bench_.edition = edition;
+}
 
 const link::PortList& Console::ports()
 {
     if (!ports_) {
         const auto port = QString::fromLocal8Bit(options.port.c_str());
-        ports_ = std::make_unique<link::PortList>(port.isEmpty() ? QStringList() : QStringList(port));
+        ports_ =
+            std::make_unique<link::PortList>(port.isEmpty() ? QStringList() : QStringList(port), enumerate_);
     }
     return *ports_;
 }
 
-bool Console::openPort()
+bool Console::hasPort(Access access)
 {
+    const auto& all = ports().entries();
+    if (all.empty()) {
+        fail(kNotAnswered,
+             QStringLiteral("There is no serial port. Plug the adapter in, or name a device with --port."));
+        return false;
+    }
+    if (access == Access::Reads || all.size() == 1 || !options.port.empty()) return true;
+    QStringList devices;
+    for (const auto& entry : all) {
+        devices << entry.device;
+    }
+    fail(kWrongUsage,
+         QStringLiteral("There are several serial ports: %1. Name the one to write to with --port.")
+             .arg(devices.join(QStringLiteral(", "))));
+    return false;
+}
+
+bool Console::openPort(Access access)
+{
+    if (!hasPort(access)) return false;
     bench_.instrumentType = instrumentType();
     bench_.currentAddress = QString::fromStdString(options.address);
     mscomm1_ = std::make_unique<link::MSComm>(ports());
     module1_ = std::make_unique<link::Module1>(*mscomm1_, clock_);
-    module1_->setReadOnly(options.readOnly);
+    module1_->setReadOnly(options.readOnly || access == Access::Reads);
     module1_->addObserver(health_);
     if (!openTrace()) return false;
     if (options.journal) keepJournal();
     QObject::connect(mscomm1_.get(), &link::MSComm::lost, mscomm1_.get(),
                      [this](const QString& reason) { fail(kNotAnswered, reason); });
-    if (ports().entries().empty()) {
-        fail(kNotAnswered,
-             QStringLiteral("There is no serial port. Plug the adapter in, or name a device with --port."));
-        return false;
-    }
     mscomm1_->setCommPort(ports().entries().front().number);
     const auto reason = mscomm1_->setPortOpen(true);
     if (!reason.isEmpty()) fail(kNotAnswered, reason);
@@ -86,14 +108,19 @@ bool Console::checkReadout()
     return false;
 }
 
-bool Console::openReadout() { return checkReadout() && openPort(); }
+bool Console::openReadout(Access access) { return checkReadout() && openPort(access); }
 
 link::InstrumentType Console::instrumentType() const
 {
-    return static_cast<link::InstrumentType>(link::TypeA + (options.type[0] - 'A'));
+    return protocol::typeNamed(options.type).value_or(link::TypeA);
 }
 
 int Console::address() const { return text::integerOf(options.address); }
+
+QString Console::typeName() const
+{
+    return link::shown(std::string(protocol::nameOf(bench_.instrumentType)));
+}
 
 void Console::tell(const QString& words) const
 {

@@ -23,9 +23,9 @@ inline constexpr int kWrongUsage = 2;
 
 /// The options that all subcommands share. They may come before or after the subcommand.
 struct CommonOptions {
-    std::string port;       ///< device path or tcp:host:port; empty: the first of the port list
-    std::string address;    ///< 1..249, decimal
-    std::string type = "A"; ///< A, B, C or D
+    std::string port;    ///< device path or tcp:host:port; empty: the first of the port list
+    std::string address; ///< 1..249, decimal
+    std::string type;    ///< A, B, C or D; empty: A, unless the command finds it out
     bool json = false;
     bool journal = true;   ///< what is set and deleted is booked
     bool readOnly = false; ///< nothing that changes a readout is sent
@@ -33,16 +33,23 @@ struct CommonOptions {
     std::string trace;     ///< file that the traffic is appended to; empty: none
 };
 
+/// What a subcommand does to readouts.
+enum class Access {
+    Reads,  ///< nothing that changes a readout can be sent
+    Writes, ///< may be sent, to a port that was named or is the only one
+};
+
 /// What every subcommand works with: the options, the link, the way to answer.
 class Console {
 public:
-    explicit Console(const QString& edition);
+    /// @param enumerate  finds the ports of the machine.
+    explicit Console(const QString& edition, link::PortList::Enumerator enumerate = link::enumeratePorts);
 
     CommonOptions options;
     int status = kAnswered; ///< of the program
 
     link::Bench& bench() { return bench_; }
-    /// The --type.
+    /// The --type, A without it.
     link::InstrumentType instrumentType() const;
     link::Module1& module1() { return *module1_; }
     /// The port list, that of --port first.
@@ -50,15 +57,17 @@ public:
 
     /// Takes the options over and opens the port.
     /// @return false when that failed: the reason is on stderr and the status set; the command ends.
-    bool openPort();
+    bool openPort(Access access);
     /// Whether --address was given. What a command needs of the command line is checked first, before a file or a port is
     /// touched.
     /// @return false when it was not: that is on stderr and the status set; the command ends.
     bool checkReadout();
     /// checkReadout() and openPort().
-    bool openReadout();
+    bool openReadout(Access access);
     /// The --address, which must have been given.
     int address() const;
+    /// The letter of the instrument type that the bench has.
+    QString typeName() const;
 
     /// Ends the work: prints the health of the line if it was asked for.
     void finish() const;
@@ -77,12 +86,14 @@ public:
     bool endRequested() const;
 
 private:
+    bool hasPort(Access access);
     bool openTrace();
     void keepJournal();
     void endProgress() const;
 
     bool unreadable_ = false;            ///< stdout takes no more
     mutable bool progressShown_ = false; ///< of stderr: a progress line is not ended
+    link::PortList::Enumerator enumerate_;
     link::Bench bench_;
     link::SystemClock clock_;
     std::unique_ptr<link::PortList> ports_;

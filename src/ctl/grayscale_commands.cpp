@@ -109,7 +109,7 @@ void readGrayscale(Console& console, const GrayscaleOptions& options)
     const auto& row = *findGrayscale(options.direction);
     PixelArray array;
     if (!console.checkReadout() || !mayWrite(console, options)) return;
-    if (!console.openPort() || !fetchPixels(console, row, array)) return;
+    if (!console.openPort(Access::Reads) || !fetchPixels(console, row, array)) return;
     const auto data = fileName(options.data);
     const auto chart = fileName(options.chart);
     if (!data.isEmpty()) report(console, data, savePixels(data, array));

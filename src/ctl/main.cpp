@@ -21,10 +21,11 @@ constexpr int kSignalled = 128;
 
 void addCommonOptions(CLI::App& app, CommonOptions& options)
 {
-    app.add_option("--port", options.port, "Device path or tcp:host:port (default: the first serial port)")
+    app.add_option("--port", options.port,
+                   "Device path or tcp:host:port (default: the first serial port, to write the only one)")
         ->check(deviceName());
     app.add_option("--address", options.address, "Bus address of the readout, 1 to 249")->check(busAddress());
-    app.add_option("--type", options.type, "Instrument type (default: A)")
+    app.add_option("--type", options.type, "Instrument type (default: A; settings find out whether it is C)")
         ->check(CLI::IsMember({"A", "B", "C", "D"}));
     app.add_flag("--json", options.json, "Answer in JSON");
     app.add_flag("!--no-journal", options.journal, "Do not book what is set and deleted");
@@ -48,12 +49,11 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char* argv[])
 
 } // namespace
 
-int runControl(int argc, char* argv[], const char* edition)
+int runCommandLine(Console& console, int argc, const char* const argv[])
 {
-    const auto application = makeApplication(argc, argv);
-    Console console(QString::fromLatin1(edition));
     CLI::App app("Talks to CCD plumb-line readouts on a serial bus.");
-    app.set_version_flag("--version", std::string("quorvelctl V" QUORVEL_VERSION " ") + edition);
+    app.set_version_flag("--version", std::string("quorvelctl V" QUORVEL_VERSION " ") +
+                                          console.bench().edition.toStdString());
     app.require_subcommand(1);
     app.fallthrough();
     addCommonOptions(app, console.options);
@@ -64,18 +64,26 @@ int runControl(int argc, char* argv[], const char* edition)
     addSettingsCommands(app, console);
     addSettingCommands(app, console);
     addGrayscaleCommands(app, console);
-    link::noteInterrupts();
-#ifdef SIGPIPE
-    std::signal(SIGPIPE, SIG_IGN); // a reader that went away is told like a full disk
-#endif
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kAnswered : kWrongUsage;
     }
     console.finish();
+    return console.status;
+}
+
+int runControl(int argc, char* argv[], const char* edition)
+{
+    const auto application = makeApplication(argc, argv);
+    Console console(QString::fromLatin1(edition));
+    link::noteInterrupts();
+#ifdef SIGPIPE
+    std::signal(SIGPIPE, SIG_IGN); // a reader that went away is told like a full disk
+#endif
+    const int status = runCommandLine(console, argc, argv);
     // as shells count: 130 for Ctrl+C
-    return link::interruptSignal() != 0 ? kSignalled + link::interruptSignal() : console.status;
+    return link::interruptSignal() != 0 ? kSignalled + link::interruptSignal() : status;
 }
 
 } // namespace quorvel::ctl

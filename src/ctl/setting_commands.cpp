@@ -36,20 +36,23 @@ struct Arguments {
 };
 
 bool isOn(const std::string& word) { return word == "on"; }
+/// Writes, if this was given to be set.
+Access accessFor(const std::string& wanted) { return wanted.empty() ? Access::Reads : Access::Writes; }
 QString onOff(bool on) { return on ? QStringLiteral("on") : QStringLiteral("off"); }
 
 /// The place of a direction in the tables.
 std::size_t indexOf(const std::string& direction) { return static_cast<std::size_t>(direction[0] - 'X'); }
 
 /// openReadout(), for a readout that has this direction.
-bool openDirection(Console& console, const std::string& direction)
+bool openDirection(Console& console, const Arguments& given)
 {
     if (!console.checkReadout()) return false;
+    const auto& direction = given.direction;
     if (hasDirection(console.instrumentType(), kOffsets[indexOf(direction)].direction))
-        return console.openPort();
+        return console.openPort(accessFor(given.value));
     console.fail(kWrongUsage,
                  QStringLiteral("A readout of type %1 has no %2 direction. Give its type with --type.")
-                     .arg(shown(console.options.type), shown(direction)));
+                     .arg(shown(std::string(nameOf(console.instrumentType()))), shown(direction)));
     return false;
 }
 
@@ -72,7 +75,7 @@ void queryOffset(Console& console, const OffsetRow& row)
 
 void offset(Console& console, const Arguments& given)
 {
-    if (!openDirection(console, given.direction)) return;
+    if (!openDirection(console, given)) return;
     const auto& row = kOffsets[indexOf(given.direction)];
     const auto address = console.bench().addressDigits();
     if (given.value.empty()) {
@@ -128,7 +131,7 @@ void queryReference(Console& console, const ReferenceRow& row, const Arguments& 
 
 void reference(Console& console, const Arguments& given)
 {
-    if (!openDirection(console, given.direction)) return;
+    if (!openDirection(console, given)) return;
     const auto& row = kReferences[indexOf(given.direction)];
     (given.value.empty() ? queryReference : setReference)(console, row, given);
 }
@@ -154,7 +157,7 @@ void flipOrQuery(Console& console, const QString& name, const Arguments& given,
 
 void feature(Console& console, const Arguments& given)
 {
-    if (!console.openReadout()) return;
+    if (!console.openReadout(accessFor(given.value))) return;
     const auto address = console.bench().addressDigits();
     flipOrQuery(
         console, QStringLiteral("referenceFeature"), given, [&](bool on) { return featureSet(address, on); },
@@ -171,14 +174,14 @@ void switchOne(Console& console, const SwitchRow& row, const QString& name, cons
 
 void invert(Console& console, const Arguments& given)
 {
-    if (!openDirection(console, given.direction)) return;
+    if (!openDirection(console, given)) return;
     switchOne(console, kSwitches[indexOf(given.direction)], QStringLiteral("invert") + shown(given.direction),
               given);
 }
 
 void swap(Console& console, const Arguments& given)
 {
-    if (console.openReadout()) switchOne(console, kSwap, QStringLiteral("swap"), given);
+    if (console.openReadout(accessFor(given.value))) switchOne(console, kSwap, QStringLiteral("swap"), given);
 }
 
 void queryWire(Console& console)
@@ -199,7 +202,7 @@ void queryWire(Console& console)
 void wire(Console& console, const Arguments& given)
 {
     if (given.diameter.empty()) {
-        if (console.openReadout()) queryWire(console);
+        if (console.openReadout(Access::Reads)) queryWire(console);
         return;
     }
     const WireParameters wanted{tenthsOf(given.diameter), tenthsOf(given.permittedError),
@@ -208,13 +211,14 @@ void wire(Console& console, const Arguments& given)
         console.fail(kWrongUsage, QStringLiteral("Lengths are 0 to 9.9 mm."));
         return;
     }
-    if (console.openReadout() && order(console, wireSet(console.bench().addressDigits(), wanted)))
+    if (console.openReadout(Access::Writes) &&
+        order(console, wireSet(console.bench().addressDigits(), wanted)))
         queryWire(console);
 }
 
 void clock(Console& console, const Arguments& given)
 {
-    if (!console.openReadout()) return;
+    if (!console.openReadout(given.yes ? Access::Writes : Access::Reads)) return;
     const auto address = console.bench().addressDigits();
     if (given.yes && !order(console, clockSet(address, console.module1().clock().now()))) return;
     const auto exchange = ask(console, clockQuery(address));
@@ -237,7 +241,7 @@ void address(Console& console, const Arguments& given)
         console.fail(kWrongUsage, error);
         return;
     }
-    if (!console.openPort()) return;
+    if (!console.openPort(Access::Writes)) return;
     auto change = addressChange(console.address(), wanted);
     change.drains = true;
     if (const auto exchange = console.module1().transact(change);
@@ -258,7 +262,7 @@ void reset(Console& console, const Arguments& given)
                            "Add --yes to do it."));
         return;
     }
-    if (!console.openReadout()) return;
+    if (!console.openReadout(Access::Writes)) return;
     const auto run = runReset(console.module1(), console.bench(),
                               [&console](const std::string& step) { console.tell(shown(step)); });
     if (run.ok) {

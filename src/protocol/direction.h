@@ -2,6 +2,7 @@
 
 #include "link/bench.h"
 
+#include <optional>
 #include <string_view>
 
 /// Where a readout measures.
@@ -17,6 +18,10 @@ inline constexpr Direction kDirections[] = {Direction::X, Direction::Y, Directio
 /// "X", "Y", "Z", and "X", "Y", "Z1", "Z2".
 std::string_view nameOf(Direction direction);
 std::string_view nameOf(Sensor sensor);
+
+/// "A" to "D", and the type of such a letter; nothing for any other text.
+std::string_view nameOf(link::InstrumentType type);
+std::optional<link::InstrumentType> typeNamed(std::string_view letter);
 
 /// Y is missing at TypeD; Z is there at TypeC alone.
 bool hasDirection(link::InstrumentType type, Direction direction);

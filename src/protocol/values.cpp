@@ -3,11 +3,13 @@
 #include "link/address.h"
 #include "link/module1.h"
 #include "protocol/command.h"
+#include "text/number.h"
 
 namespace quorvel::protocol {
 
 namespace {
 
+constexpr std::size_t kValuesHead = 7;    // address and command digits
 constexpr float kPauseBeforeZ = 0.2F;     // s
 constexpr float kPauseAfterValues = 0.1F; // s
 
@@ -29,6 +31,15 @@ link::Transaction zQueryByCharacters(std::string_view addressDigits)
     query.reply = {.until = link::ReplyRule::Until::Count, .count = kValuesReplyLength};
     query.drains = false;
     return query;
+}
+
+std::optional<bool> measuresZ(const link::Exchange& asked)
+{
+    if (asked.outcome == link::Outcome::Silent) return false;
+    const auto asLong = asked.transaction.frame.substr(0, kValuesHead);
+    const bool told = asked.reply.starts_with(asLong) && text::isNumber(firstValue(asked.reply)) &&
+                      text::isNumber(secondValue(asked.reply));
+    return told ? std::optional(true) : std::nullopt;
 }
 
 bool isValuesReply(std::string_view reply) { return reply.size() == kValuesReplyLength; }

@@ -3,6 +3,7 @@
 #include "link/bench.h"
 #include "link/transaction.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,6 +28,10 @@ link::Transaction xyQuery(std::string_view addressDigits);
 link::Transaction zQuery(std::string_view addressDigits);
 /// Asks for Z1 and Z2 without draining; 2 s are allowed for each of the 29 characters.
 link::Transaction zQueryByCharacters(std::string_view addressDigits);
+
+/// What the end of a query for Z1 and Z2 says about a readout: that it has these sensors (any reply to this query that
+/// holds two values), that it has not (silence), or nothing (whatever else came, or nothing was sent).
+std::optional<bool> measuresZ(const link::Exchange& asked);
 
 /// True when the reply has the one length that counts as answered.
 bool isValuesReply(std::string_view reply);

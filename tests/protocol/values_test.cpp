@@ -44,6 +44,27 @@ TEST(Values, ZComesOnceOrTwiceByEdition)
     EXPECT_EQ(zText("", true), "Z: ");
 }
 
+TEST(Values, OnlyAnAnswerWithTwoValuesOrSilenceTellsWhetherThereIsZ)
+{
+    Exchange asked;
+    asked.transaction = zQuery("05");
+    asked.outcome = Outcome::Complete;
+    const auto told = [&asked](const std::string& reply) {
+        asked.reply = reply;
+        return measuresZ(asked);
+    };
+    EXPECT_EQ(told(":052102+12.3456-00.007800FF\r\n"), true);
+    EXPECT_EQ(told(":052102+12.3456-00.0078FF\r\n"), true) << "27 characters";
+    for (const auto* reply :
+         {"", ":052102FF\r\n", ":052101+12.3456-00.007800FF\r\n", ":052102~~~~~~~~+12.345600FF\r\n",
+          ":062102+12.3456-00.007800FF\r\n", ":052102+12.3456"})
+        EXPECT_EQ(told(reply), std::nullopt) << reply;
+    asked.outcome = Outcome::Silent;
+    EXPECT_EQ(told(""), false);
+    asked.outcome = Outcome::PortLost;
+    EXPECT_EQ(told(""), std::nullopt);
+}
+
 class ReadingOnAFakeBus : public ::testing::Test {
 protected:
     ReadingOnAFakeBus()
