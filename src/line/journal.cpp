@@ -1,6 +1,8 @@
 #include "line/journal.h"
 
+#include "files/disk.h"
 #include "files/name.h"
+#include "line/linefile.h"
 #include "link/bytes.h"
 #include "link/program_folder.h"
 #include "protocol/meaning.h"
@@ -122,7 +124,7 @@ void Journal::book(const link::Exchange& exchange, const protocol::Command& comm
     if (failing_ && !told) Q_EMIT failed(reason);
 }
 
-/// One call to the system for the whole line, and a lock that all our programs ask for.
+/// One call to the system for the whole line, and a lock that all our programs ask for. It is on the disk afterwards.
 QString Journal::append(const QByteArray& line)
 {
     const QFileInfo place(file_);
@@ -131,11 +133,15 @@ QString Journal::append(const QByteArray& line)
     const bool locked = lock.tryLock(kLockPatience);
     if (locked) setAsideWhenLong();
     QFile file(file_);
-    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered) &&
-                         file.write(line) == line.size();
-    return written ? QString()
-                   : tr("The journal %1 cannot be written: %2. What is set is not booked.")
-                         .arg(place.filePath(), file.errorString());
+    const bool isNew = !file.exists();
+    const bool written = openForLines(file) && file.write(line) == line.size();
+    // What was set stays set when the power fails: so does its line.
+    if (written && files::flushToDisk(file.handle())) {
+        if (isNew) files::flushFolderOf(file_);
+        return {};
+    }
+    return tr("The journal %1 cannot be written: %2. What is set is not booked.")
+        .arg(place.filePath(), written ? qt_error_string() : file.errorString());
 }
 
 void Journal::setAsideWhenLong()

@@ -30,7 +30,7 @@ struct JournalWriter {
 ///
 /// "old" is what the readout told when it was last asked in this run, or what was set and confirmed since; null when
 /// neither is known or there is no question for it. Several programs may append at once: a line is never mixed with
-/// another. A file that has grown to kLongest bytes gets a name with the day and is kept.
+/// another, not even with one that a crash cut off. A line is on the disk before the window goes on. A file that has grown to kLongest bytes gets a name with the day and is kept.
 class Journal final : public QObject, public link::ExchangeObserver {
     Q_OBJECT
 public:

@@ -1,5 +1,6 @@
 #include "line/trace.h"
 
+#include "line/linefile.h"
 #include "link/bytes.h"
 #include "protocol/meaning.h"
 
@@ -51,7 +52,7 @@ QString Trace::open(const QString& path)
 {
     file_.close();
     file_.setFileName(path);
-    if (file_.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) return {};
+    if (openForLines(file_)) return {};
     return tr("The traffic cannot be recorded to %1: %2. Choose another file.")
         .arg(path, file_.errorString());
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "calibration/records.h"
 #include "jet/jet3_file.h"
-#include "protocol/calibration_table.h"
 
 #include <bit>
 #include <string>

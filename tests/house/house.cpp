@@ -188,4 +188,19 @@ std::vector<std::string> tooLong(const fs::path& root, int most)
     return found;
 }
 
+std::vector<std::string> writers(const fs::path& root)
+{
+    static const std::regex opens(
+        R"(\b(WriteOnly|NewOnly|QIODevice::ReadWrite|ofstream|fopen|QSaveFile|QSettings|)"
+        R"(QTemporaryFile|O_CREAT|O_WRONLY|O_RDWR|CreateFileW)\b)");
+    std::vector<std::string> found;
+    for (const auto& file : sourcesBelow(root / "src")) {
+        const auto lines = linesOf(file);
+        if (std::any_of(lines.begin(), lines.end(),
+                        [](const std::string& line) { return std::regex_search(line, opens); }))
+            found.push_back(fs::relative(file, root / "src").generic_string());
+    }
+    return found;
+}
+
 } // namespace quorvel::house

@@ -25,4 +25,7 @@ std::vector<std::string> wrongIncludes(const std::filesystem::path& root);
 /// Every .cpp and .h below src, sim, tests and bench that has more than `most` lines.
 std::vector<std::string> tooLong(const std::filesystem::path& root, int most = 400);
 
+/// Every source below src that opens something for writing by itself.
+std::vector<std::string> writers(const std::filesystem::path& root);
+
 } // namespace quorvel::house

@@ -11,12 +11,23 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 const std::filesystem::path kProject = QUORVEL_ROOT;
 
 TEST(House, EveryIncludeFollowsTheArrows) { EXPECT_THAT(wrongIncludes(kProject), IsEmpty()); }
 
 TEST(House, NoFileIsLongerThanFourHundredLines) { EXPECT_THAT(tooLong(kProject), IsEmpty()); }
+
+// Who writes a file writes it by these; each way dies at every moment in tests/crash.
+TEST(House, FilesAreWrittenInFewPlaces)
+{
+    EXPECT_THAT(writers(kProject),
+                UnorderedElementsAre("files/disk_posix.cpp", "files/disk_windows.cpp", "jet/file_posix.cpp",
+                                     "jet/file_windows.cpp", "autoread/csv_file.cpp", "line/linefile.cpp",
+                                     "link/device_linux.cpp", "link/device_windows.cpp", // the serial port
+                                     "grayscale/drawthart.cpp"));                        // memory
+}
 
 TEST(House, ArrowsOnlyGoDown)
 {
