@@ -2,8 +2,6 @@
 
 #include "protocol/record.h"
 
-#include <string>
-
 /// How long a download takes.
 namespace quorvel::autoread {
 
@@ -13,8 +11,5 @@ double leastSecondsPerRecord(const protocol::RecordLayout& layout);
 /// Seconds left of a download, by the pace so far; before the first record by the least pace.
 /// @param passed  seconds since it began.
 double secondsLeft(const protocol::RecordLayout& layout, int total, int received, double passed);
-
-/// "about 2 min 17 s left", "about 9 s left".
-std::string timeLeftText(double seconds);
 
 } // namespace quorvel::autoread

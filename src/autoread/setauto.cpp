@@ -5,6 +5,7 @@
 #include "link/bytes.h"
 #include "protocol/answer.h"
 #include "protocol/schedule.h"
+#include "text/duration.h"
 #include "text/number.h"
 #include "ui_setauto.h"
 
@@ -150,8 +151,7 @@ void SetAuto::showProgress(int total, int received, double passed)
     const double left = autoread::secondsLeft(layout(), total, received, passed);
     ui_->Progress->setMaximum(total);
     ui_->Progress->setValue(received);
-    ui_->Progress->setFormat(received < total ? tr("%p %, %1").arg(shown(autoread::timeLeftText(left)))
-                                              : tr("%p %"));
+    ui_->Progress->setFormat(received < total ? tr("%p %, %1").arg(shown(text::timeLeft(left))) : tr("%p %"));
     ui_->Progress->show();
 }
 

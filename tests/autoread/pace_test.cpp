@@ -26,14 +26,6 @@ TEST(Pace, TimeLeftFollowsThePaceSoFar)
     EXPECT_DOUBLE_EQ(secondsLeft(kTwoDirections, 1000, 1000, 200), 0);
 }
 
-TEST(Pace, TimeLeftIsToldInMinutesAndSeconds)
-{
-    EXPECT_EQ(timeLeftText(137.7), "about 2 min 18 s left");
-    EXPECT_EQ(timeLeftText(120), "about 2 min 0 s left");
-    EXPECT_EQ(timeLeftText(8.2), "about 9 s left");
-    EXPECT_EQ(timeLeftText(0), "about 0 s left");
-}
-
 } // namespace
 
 } // namespace quorvel::autoread
