@@ -1,5 +1,6 @@
 #include "jet/checker.h"
 #include "jet/convert.h"
+#include "jet/data_page.h"
 #include "jet/memory_file.h"
 #include "jet/store.h"
 #include "support/fuzz_input.h"
@@ -283,7 +284,7 @@ private:
         const auto end = place.slot == 0 ? kPageSize : offset(place.slot - 1);
         const auto length = end - offset(place.slot);
         const auto free = get16(page, 2);
-        if (place.slot + 1 != slots || free < length + 2) return false;
+        if (place.slot + 1 != slots || slots >= kMaxSlots || free < length + 2) return false;
         const auto lowest = offset(slots - 1U) - length;
         std::copy_n(page.begin() + static_cast<std::ptrdiff_t>(offset(place.slot)), length,
                     page.begin() + static_cast<std::ptrdiff_t>(lowest));
