@@ -48,7 +48,7 @@ double syncSeconds(const std::filesystem::path& path)
     auto sink = autoread::createRecordFile(path, protocol::kTwoDirections, autoread::Existing::Keep);
     const auto start = Clock::now();
     for (int i = 0; i < kRows; ++i) {
-        if (!(*sink)->append({*jet::Date::of({2024, 1, 1, 0, i, 0}), {}})) return -1;
+        if (!sink->sink->append({*jet::Date::of({2024, 1, 1, 0, i, 0}), {}})) return -1;
     }
     return secondsSince(start) / kRows;
 }
@@ -79,7 +79,8 @@ void download(benchmark::State& state)
 {
     const auto slots = static_cast<int>(state.range(0));
     Station station(slots);
-    SetAuto window({station.bench, station.module1, station.gate, station.messages});
+    autoread::Book book;
+    SetAuto window({station.bench, station.module1, station.gate, station.messages}, book);
     window.show();
     const std::filesystem::path folder = station.folder.path().toStdString();
     state.counters["sync_ms"] = syncSeconds(folder / "sync.mdb") * 1000;

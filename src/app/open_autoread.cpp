@@ -7,7 +7,7 @@ namespace quorvel {
 void openAutoread(Program& program)
 {
     program.form1.setOpener("AutomaticReading",
-                            [&program] { SetAuto(program.workplace, &program.form1).exec(); });
+                            [&program] { SetAuto(program.workplace, program.book, &program.form1).exec(); });
 }
 
 } // namespace quorvel

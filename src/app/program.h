@@ -1,5 +1,6 @@
 #pragma once
 
+#include "autoread/book.h"
 #include "line/health.h"
 #include "line/journal.h"
 #include "line/trace.h"
@@ -42,6 +43,7 @@ struct Program {
     line::Trace trace;
     line::Health health;
     std::unique_ptr<line::Journal> journal; ///< null when it is switched off
+    autoread::Book book;                    ///< of stored readings and their files
     InputFilter filter;
     QtMessages messages;
     Workplace workplace;

@@ -1,12 +1,17 @@
 #include "autoread/download.h"
 
+#include "autoread/pace.h"
 #include "text/number.h"
+
+#include <utility>
 
 namespace quorvel::autoread {
 
 using namespace protocol;
 
 namespace {
+
+constexpr double kSecondsPerDay = 86400;
 
 /// The words for a file that failed, with what is left of the download.
 std::string fileFailedText(const std::string& reason, int received)
@@ -15,40 +20,102 @@ std::string fileFailedText(const std::string& reason, int received)
            " records received before. The readout still has all its data.";
 }
 
-/// The record in one slot of the readout into the sink.
-Outcome fetchRecord(link::Module1& module1, std::string_view addressDigits, int slot, int received,
-                    const RecordLayout& layout, RecordSink& sink)
-{
-    const auto exchange = module1.transact(recordFetch(addressDigits, slot, layout));
-    if (!exchange.complete()) return {Ending::CommError, received, brokenText(received)};
-    const auto read = readRecord(exchange.reply, layout);
-    if (!read.record)
-        return {Ending::BadRecord, received, badRecordText(slot, read.fault, exchange.reply, received)};
-    if (const auto stored = sink.append(*read.record); !stored)
-        return {Ending::FileFailed, received, fileFailedText(stored.error(), received)};
-    return {Ending::Complete, received + 1, {}};
-}
+/// One download under way.
+class Run {
+public:
+    Run(RecordReader& reader, const RecordSpan& span, RecordSink& sink, const Watcher& watcher)
+        : reader_(reader), span_(span), sink_(sink), watcher_(watcher), start_(clock().timeOfDay())
+    {}
+
+    Outcome run()
+    {
+        tellProgress();
+        for (int count = span_.first; count < span_.end && outcome_.ending == Ending::Complete; ++count) {
+            clock().letEventsRun();
+            if (watcher_.stop && watcher_.stop()) {
+                outcome_.ending = Ending::Stopped;
+            } else {
+                fetch(span_.indexOf(count));
+            }
+        }
+        const auto closed = sink_.close();
+        if (!closed && outcome_.reason.empty())
+            end(Ending::FileFailed, fileFailedText(closed.error(), outcome_.received()));
+        return std::move(outcome_);
+    }
+
+private:
+    void fetch(int slot)
+    {
+        auto answer = reader_.ask(slot);
+        if (answer.kind != Answer::Kind::Record) return endFor(answer);
+        StoredRecord record{slot, answer.record, std::move(answer.unreadable), std::move(answer.misfits)};
+        if (const auto stored = sink_.append(record.record); !stored)
+            return end(Ending::FileFailed, fileFailedText(stored.error(), outcome_.received()));
+        outcome_.stored.push_back(std::move(record));
+        tellRemarks(outcome_.stored.back());
+        tellProgress();
+    }
+
+    void endFor(const Answer& answer)
+    {
+        const auto broken = brokenText(outcome_.received());
+        if (answer.kind == Answer::Kind::Incomplete) {
+            const bool answers =
+                answer.outcome == link::Outcome::Silent || answer.outcome == link::Outcome::Short;
+            if (watcher_.remark && answers) watcher_.remark(answer.words);
+            return end(Ending::CommError, broken);
+        }
+        end(Ending::Misfit, answer.words + " The download has stopped; the " +
+                                text::general(outcome_.received()) +
+                                " records before it are in the file, which can be continued.");
+    }
+
+    void end(Ending ending, const std::string& reason)
+    {
+        outcome_.ending = ending;
+        outcome_.reason = reason;
+    }
+
+    void tellRemarks(const StoredRecord& record) const
+    {
+        if (!watcher_.remark) return;
+        const auto name = "Record " + text::format(record.slot, "0000") + ": ";
+        for (const auto& misfit : record.misfits) {
+            watcher_.remark(name + misfit + ".");
+        }
+        for (const auto& field : record.unreadable) {
+            watcher_.remark(name + unreadableText(field) + ".");
+        }
+    }
+
+    void tellProgress() const
+    {
+        if (!watcher_.progress) return;
+        const double now = clock().timeOfDay();
+        const double passed = now < start_ ? now + kSecondsPerDay - start_ : now - start_;
+        const int received = outcome_.received();
+        const double questions = received == 0 && reader_.asking().verify ? 2 : 1;
+        watcher_.progress({received, span_.count(),
+                           questions * secondsLeft(*reader_.layout(), span_.count(), received, passed),
+                           received > 0 ? &outcome_.stored.back() : nullptr});
+    }
+
+    link::Clock& clock() const { return reader_.module1().clock(); }
+
+    RecordReader& reader_;
+    RecordSpan span_;
+    RecordSink& sink_;
+    const Watcher& watcher_;
+    double start_;
+    Outcome outcome_;
+};
 
 } // namespace
 
-Outcome fetchRecords(link::Module1& module1, std::string_view addressDigits, const protocol::RecordSpan& span,
-                     const RecordLayout& layout, RecordSink& sink, const Watcher& watcher)
+Outcome fetchRecords(RecordReader& reader, const RecordSpan& span, RecordSink& sink, const Watcher& watcher)
 {
-    Outcome outcome;
-    for (int count = span.first; count < span.end && outcome.ending == Ending::Complete; ++count) {
-        module1.clock().letEventsRun();
-        if (watcher.stop()) {
-            outcome.ending = Ending::Stopped;
-            break;
-        }
-        const int before = outcome.received;
-        outcome = fetchRecord(module1, addressDigits, span.indexOf(count), before, layout, sink);
-        if (outcome.received > before) watcher.received(outcome.received);
-    }
-    const auto closed = sink.close();
-    if (!closed && outcome.reason.empty())
-        return {Ending::FileFailed, outcome.received, fileFailedText(closed.error(), outcome.received)};
-    return outcome;
+    return Run(reader, span, sink, watcher).run();
 }
 
 } // namespace quorvel::autoread

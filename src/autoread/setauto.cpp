@@ -19,15 +19,8 @@ using link::shown;
 
 namespace {
 
-constexpr double kSecondsPerDay = 86400;
-
 /// Reasons name files, whose names are UTF-8.
 QString words(const std::string& reason) { return QString::fromStdString(reason); }
-
-double secondsBetween(double start, double now)
-{
-    return now < start ? now + kSecondsPerDay - start : now - start;
-}
 
 void keepPlace(QWidget* widget)
 {
@@ -38,8 +31,8 @@ void keepPlace(QWidget* widget)
 
 } // namespace
 
-SetAuto::SetAuto(const Workplace& workplace, QWidget* parent)
-    : BusWindow(workplace, parent), ui_(std::make_unique<Ui::SetAuto>())
+SetAuto::SetAuto(const Workplace& workplace, autoread::Book& book, QWidget* parent)
+    : BusWindow(workplace, parent), ui_(std::make_unique<Ui::SetAuto>()), book_(book)
 {
     ui_->setupUi(this);
     Form_Load();
@@ -68,7 +61,7 @@ void SetAuto::Form_Load()
 link::Exchange SetAuto::ask(const link::Transaction& transaction)
 {
     remark_.clear();
-    tell(tr("Waiting for readout %1 ...").arg(words(address())));
+    tell(tr("Waiting for readout %1 ...").arg(address()));
     auto exchange = perform(transaction);
     clearStatus();
     if (exchange.outcome == link::Outcome::PortLost || exchange.outcome == link::Outcome::Refused)
@@ -111,7 +104,7 @@ void SetAuto::noteReply(const protocol::RingPointers& pointers, const link::Exch
 {
     const bool plain = protocol::isPlainPointersReply(exchange.reply);
     if (plain && protocol::whyNotFetchable(pointers).empty()) {
-        ledger_.seen(address(), pointers, module1_.clock().now().toSecsSinceEpoch());
+        book_.asked(address(), pointers, module1_.clock().now().toSecsSinceEpoch());
     } else if (exchange.complete() && !plain) {
         remark_ = tr("The answer to the query for stored records could not be read: %1")
                       .arg(words(protocol::printable(exchange.reply)));
@@ -121,48 +114,76 @@ void SetAuto::noteReply(const protocol::RingPointers& pointers, const link::Exch
 
 void SetAuto::fetchInto(const QString& path, autoread::Existing existing, const protocol::RecordSpan& span)
 {
-    auto sink = autoread::createRecordFile(QFileInfo(path).filesystemFilePath(), layout(), existing);
-    if (!sink) return say(words(sink.error()));
-    const auto outcome = run(**sink, span);
+    auto made = autoread::createRecordFile(QFileInfo(path).filesystemFilePath(), layout(), existing);
+    if (!made) return say(words(made.error()));
+    const int who = address();
+    auto report = run(path, *made->sink, span);
+    report.keptOld = autoread::settleOld(made->keptOld, report.complete());
+    book_.kept(who, report.keptOld);
+    if (link::isAddress(who)) book_.keepReport(report);
     if (module1_.port().PortOpen()) clearStatus();
-    if (!outcome.reason.empty()) say(words(outcome.reason));
+    if (!report.reason.empty()) say(words(report.reason));
 }
 
-autoread::Outcome SetAuto::run(autoread::RecordSink& sink, const protocol::RecordSpan& span)
+autoread::Report SetAuto::run(const QString& path, autoread::RecordSink& sink,
+                              const protocol::RecordSpan& span)
 {
-    auto& clock = module1_.clock();
-    const double start = clock.timeOfDay();
-    const auto who = address();
-    showProgress(span.count(), 0, 0);
+    autoread::Report report;
+    report.address = address();
+    report.type = std::string(1, static_cast<char>('A' + (bench_.instrumentType - link::TypeA)));
+    report.file = QFileInfo(path).filesystemFilePath();
+    report.expected = span.count();
+    odd_ = 0;
+    book_.began(report.file);
     tell(tr("Closing this window ends the download after the current record."));
-    return autoread::fetchRecords(
-        module1_, addressDigits(), span, layout(), sink,
-        {[this] { return gate_.stopRequested(); },
-         [&](int received) {
-             ledger_.downloaded(who, span, span.first + received - 1);
-             ui_->Label3->show();
-             ui_->Label3->setText(shown(protocol::receivedText(span.count(), received)));
-             showProgress(span.count(), received, secondsBetween(start, clock.timeOfDay()));
-         }});
+    autoread::RecordReader reader(module1_, addressDigits(), layout(), {.asPrescribed = true});
+    const auto outcome = autoread::fetchRecords(reader, span, sink, watch(path, span));
+    book_.finished(report.file);
+    fill(report, outcome, std::nullopt, reader.counts());
+    return report;
 }
 
-void SetAuto::showProgress(int total, int received, double passed)
+autoread::Watcher SetAuto::watch(const QString& path, const protocol::RecordSpan& span)
 {
-    const double left = autoread::secondsLeft(layout(), total, received, passed);
-    ui_->Progress->setMaximum(total);
-    ui_->Progress->setValue(received);
-    ui_->Progress->setFormat(received < total ? tr("%p %, %1").arg(shown(text::timeLeft(left))) : tr("%p %"));
+    return {.stop = [this] { return gate_.stopRequested(); },
+            .progress =
+                [this, span, who = address(),
+                 file = QFileInfo(path).filesystemFilePath()](const autoread::Progress& progress) {
+                    if (progress.latest && progress.latest->isSound())
+                        book_.stored(who, file, span, span.first + progress.received - 1);
+                    showProgress(progress);
+                },
+            .remark = [this](const std::string& words) { noteOdd(words); }};
+}
+
+void SetAuto::showProgress(const autoread::Progress& progress)
+{
+    if (progress.received > 0) {
+        ui_->Label3->show();
+        ui_->Label3->setText(shown(protocol::receivedText(progress.total, progress.received)));
+    }
+    const auto left = shown(text::timeLeft(progress.secondsLeft));
+    ui_->Progress->setMaximum(progress.total);
+    ui_->Progress->setValue(progress.received);
+    ui_->Progress->setFormat(progress.received < progress.total ? tr("%p %, %1").arg(left) : tr("%p %"));
     ui_->Progress->show();
+}
+
+// The first one is said with its record; a line that named hundreds would say no more.
+void SetAuto::noteOdd(const std::string& words)
+{
+    if (++odd_ == 1) firstOdd_ = QString::fromStdString(words);
+    remark_ = odd_ == 1 ? firstOdd_ : tr("%1 And %2 more remarks of this kind.").arg(firstOdd_).arg(odd_ - 1);
+    tell(tr("Closing this window ends the download after the current record."));
+    addStatus(remark_);
 }
 
 void SetAuto::Command3_Click()
 {
     if (!messages_.ask(this, protocol::kDeleteQuestion)) return;
-    const auto who = address();
-    // A readout that does not answer may have deleted all the same.
-    ledger_.forget(who);
+    const int who = address();
     const auto deletion = ask(protocol::recordsDelete(addressDigits()));
-    if (deletion.complete()) ledger_.deleted(who);
+    if (deletion.frameWentOut()) book_.deleted(who, autoread::judgeDeletion(deletion, who));
     refreshStatus();
     say(deletion.complete() ? protocol::kDataDeleted : protocol::kCommError);
 }
@@ -175,13 +196,13 @@ void SetAuto::addressTyped()
 
 QString SetAuto::standing() const
 {
-    const bool valid = link::isAddress(text::integerOf(bytes(ui_->Text1->text())));
-    QStringList lines{valid ? words(ledger_.text(address())) : QString(), remark_};
+    const bool valid = link::isAddress(address());
+    QStringList lines{valid ? words(book_.text(address())) : QString(), remark_};
     lines.removeAll(QString());
     return lines.join(u'\n');
 }
 
-std::string SetAuto::address() const { return text::general(text::integerOf(bytes(ui_->Text1->text()))); }
+int SetAuto::address() const { return text::integerOf(bytes(ui_->Text1->text())); }
 
 const autoread::RecordLayout& SetAuto::layout() const
 {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "autoread/book.h"
 #include "autoread/download.h"
-#include "autoread/ledger.h"
 #include "main/buswindow.h"
 
 #include <memory>
@@ -18,12 +18,12 @@ namespace quorvel {
 class SetAuto final : public BusWindow {
     Q_OBJECT
 public:
-    explicit SetAuto(const Workplace& workplace, QWidget* parent = nullptr);
+    SetAuto(const Workplace& workplace, autoread::Book& book, QWidget* parent = nullptr);
     ~SetAuto() override;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
-    /// What this window knows about the records of the readout in the address box.
+    /// What is known about the records of the readout in the address box.
     QString standing() const override;
 
 private:
@@ -39,16 +39,21 @@ private:
     /// Books an answer about the ring that can be relied on; of any other whole answer it remarks what came.
     void noteReply(const protocol::RingPointers& pointers, const link::Exchange& exchange);
     void fetchInto(const QString& path, autoread::Existing existing, const protocol::RecordSpan& span);
-    autoread::Outcome run(autoread::RecordSink& sink, const protocol::RecordSpan& span);
-    void showProgress(int total, int received, double passed);
+    autoread::Report run(const QString& path, autoread::RecordSink& sink, const protocol::RecordSpan& span);
+    autoread::Watcher watch(const QString& path, const protocol::RecordSpan& span);
+    void showProgress(const autoread::Progress& progress);
+    /// Something about a reply, said while the download runs and until the address changes.
+    void noteOdd(const std::string& words);
     void addressTyped();
     /// The number in the address box, as frames understand it.
-    std::string address() const;
+    int address() const;
     const autoread::RecordLayout& layout() const;
 
     std::unique_ptr<Ui::SetAuto> ui_;
-    autoread::Ledger ledger_;
-    QString remark_; ///< on the last answer of the readout in the address box
+    autoread::Book& book_;
+    QString remark_; ///< on the last answers of the readout in the address box
+    QString firstOdd_;
+    int odd_ = 0; ///< replies of the download that do not fit or cannot be read
 };
 
 } // namespace quorvel

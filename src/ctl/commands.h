@@ -5,7 +5,8 @@ class App;
 }
 
 /// `quorvelctl`: the transactions of the windows for scripts and for machines without a display. Data goes to
-/// stdout, words to stderr; the exit status is 0 answered, 1 not answered or refused, 2 wrong usage.
+/// stdout, words to stderr; the exit status is 0 answered, 1 not answered or refused, 2 wrong usage,
+/// 6 stored records that are not all in the files named.
 namespace quorvel::ctl {
 
 class Console;
@@ -19,10 +20,11 @@ int runControl(int argc, char* argv[], const char* edition);
 
 // Each adds its subcommands to the command line; their callbacks do the work and leave the exit status in the
 // console.
-void addAutoreadCommands(CLI::App& app, Console& console);    ///< auto, download, clear
+void addAutoreadCommands(CLI::App& app, Console& console);    ///< auto
 void addBusCommands(CLI::App& app, Console& console);         ///< ports, search, read, watch
 void addCalibrationCommands(CLI::App& app, Console& console); ///< calibrate, stitching: factory edition only
 void addGrayscaleCommands(CLI::App& app, Console& console);   ///< grayscale
+void addStoredCommands(CLI::App& app, Console& console);      ///< ring, download, check, clear
 void addSettingsCommands(CLI::App& app, Console& console);    ///< settings, settings save, settings restore
 void addSettingCommands(CLI::App& app, Console& console); ///< offset, reference, feature, invert, swap ...
 

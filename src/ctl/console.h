@@ -20,6 +20,7 @@ namespace quorvel::ctl {
 inline constexpr int kAnswered = 0;
 inline constexpr int kNotAnswered = 1;
 inline constexpr int kWrongUsage = 2;
+inline constexpr int kNotTaken = 6; ///< stored records are not all in the files that were named
 
 /// The options that all subcommands share. They may come before or after the subcommand.
 struct CommonOptions {

@@ -59,6 +59,7 @@ int runCommandLine(Console& console, int argc, const char* const argv[])
     addCommonOptions(app, console.options);
     addBusCommands(app, console);
     addAutoreadCommands(app, console);
+    addStoredCommands(app, console);
     addMdbCommand(app, console.status);
     addCalibrationCommands(app, console);
     addSettingsCommands(app, console);

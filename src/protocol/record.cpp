@@ -1,5 +1,6 @@
 #include "protocol/record.h"
 
+#include "link/pacing.h"
 #include "protocol/answer.h"
 #include "protocol/command.h"
 #include "text/number.h"
@@ -15,7 +16,28 @@ namespace {
 constexpr std::size_t kTimeField = 1;
 constexpr int kTimeWidth = 12;
 constexpr int kCentury = 2000;
-constexpr int kLineEndWidth = 2;
+constexpr int kSlotPosition = 6;
+constexpr int kSlotWidth = 4;
+constexpr int kEndWidth = 4;
+constexpr std::string_view kEnd = "FF\r\n";
+
+/// Leading characters that a reply repeats of the question, and what it is when they differ.
+struct HeadPart {
+    int position;
+    int count;
+    Misfit misfit;
+};
+constexpr HeadPart kHeadParts[] = {
+    {1, 3, Misfit::Address}, {4, 2, Misfit::Command}, {kSlotPosition, kSlotWidth, Misfit::Slot}};
+
+bool isSign(char character) { return character == '+' || character == '-'; }
+
+/// "+012"
+bool beginsNumber(std::string_view characters)
+{
+    return !characters.empty() && isSign(characters[0]) &&
+           characters.find_first_not_of("0123456789.", 1) == std::string_view::npos;
+}
 
 std::string quoted(std::string_view received) { return '"' + printable(received) + '"'; }
 
@@ -46,21 +68,77 @@ link::Transaction recordFetch(std::string_view addressDigits, int slot, const Re
     return fetch;
 }
 
+link::Transaction recordFetchOfAnyLayout(std::string_view addressDigits, int slot)
+{
+    auto fetch = recordFetch(addressDigits, slot, kTwoDirections);
+    fetch.reply = {.until = link::ReplyRule::Until::CountOrTime,
+                   .count = kTwoDirections.replyLength,
+                   .seconds = link::kCharacterTimeout,
+                   .longest = kThreeDirections.replyLength};
+    return fetch;
+}
+
 RecordReply readRecord(std::string_view reply, const RecordLayout& layout)
 {
-    if (reply.size() != static_cast<std::size_t>(layout.replyLength)) return {{}, "not its full length"};
-    Record record;
+    RecordReply read;
     const auto digits = field(CommandId::FetchRecord, kTimeField, reply);
-    const auto time = timeOf(digits);
-    if (!time) return {{}, "no valid date and time: " + quoted(digits)};
-    record.time = *time;
+    read.record.time = timeOf(digits);
+    if (!read.record.time) read.unreadable.push_back({kTimeName, std::string(digits)});
     for (std::size_t i = 0; i < layout.readings; ++i) {
         const auto come = field(CommandId::FetchRecord, kReadings[i].inReply, reply);
-        const auto reading = readingOf(come);
-        if (!reading) return {{}, "no number for " + std::string(kReadings[i].field) + ": " + quoted(come)};
-        record.readings[i] = *reading;
+        read.record.readings[i] = readingOf(come);
+        if (!read.record.readings[i]) read.unreadable.push_back({kReadings[i].field, std::string(come)});
     }
-    return {record, {}};
+    return read;
+}
+
+std::string unreadableText(const Unreadable& field)
+{
+    const auto what = field.field == kTimeName ? std::string("no valid date and time: ")
+                                               : "no number for " + std::string(field.field) + ": ";
+    return what + quoted(std::string_view(field.characters));
+}
+
+std::vector<Misfit> misfitsOf(std::string_view frame, std::string_view reply, const RecordLayout& layout)
+{
+    std::vector<Misfit> found;
+    for (const auto& part : kHeadParts) {
+        if (text::mid(frame, part.position, part.count) != text::mid(reply, part.position, part.count))
+            found.push_back(part.misfit);
+    }
+    const auto end = text::mid(reply, layout.replyLength - kEndWidth + 1, kEndWidth);
+    if (end == kEnd) return found;
+    const bool goesOn = layout == kTwoDirections && found.empty() && beginsNumber(end);
+    found.push_back(goesOn ? Misfit::HasZ : Misfit::EndMark);
+    return found;
+}
+
+std::string misfitText(Misfit misfit, std::string_view reply)
+{
+    const auto part = [reply](int position, int count) {
+        return printable(text::mid(reply, position, count));
+    };
+    switch (misfit) {
+    case Misfit::Address:
+        return "it is of the readout at " + part(2, 2);
+    case Misfit::Command:
+        return "it answers the command " + part(4, 2);
+    case Misfit::Slot:
+        return "it is of slot " + part(kSlotPosition, kSlotWidth);
+    case Misfit::EndMark:
+        return "it has no end mark";
+    case Misfit::HasZ:
+        return "Z follows, so the readout is of type C";
+    }
+    return {};
+}
+
+std::optional<RecordLayout> layoutOfReply(std::string_view reply)
+{
+    for (const auto& layout : {kTwoDirections, kThreeDirections}) {
+        if (static_cast<int>(reply.size()) == layout.replyLength && reply.ends_with(kEnd)) return layout;
+    }
+    return std::nullopt;
 }
 
 std::string receivedText(int total, int received)
@@ -72,16 +150,6 @@ std::string receivedText(int total, int received)
 std::string brokenText(int received)
 {
     return text::general(received) + " records have been received, Comm Error";
-}
-
-std::string badRecordText(int index, const std::string& fault, std::string_view reply, int received)
-{
-    if (reply.ends_with("\r\n")) reply.remove_suffix(kLineEndWidth);
-    return "Record " + text::format(index, "0000") + " of the readout holds " + fault +
-           ". Characters received: " + quoted(reply) + ". The download has stopped; the " +
-           text::general(received) +
-           " records before it are in the file. Check the instrument type and try again; the readout still "
-           "has all its data.";
 }
 
 } // namespace quorvel::protocol

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// One stored record.
 ///
@@ -24,11 +25,15 @@ struct ReadingRow {
 };
 inline constexpr ReadingRow kReadings[] = {{"x", 2}, {"y", 3}, {"z1", 4}, {"z2", 5}};
 inline constexpr std::size_t kMostReadings = 4;
+/// The field of the table that takes date and time.
+inline constexpr std::string_view kTimeName = "time";
 
 /// What the two kinds of readouts differ in.
 struct RecordLayout {
     int replyLength;
     std::size_t readings; ///< how many of kReadings, from the first
+
+    bool operator==(const RecordLayout&) const = default;
 };
 inline constexpr RecordLayout kTwoDirections{41, 2};
 inline constexpr RecordLayout kThreeDirections{57, 4};
@@ -41,32 +46,59 @@ constexpr const RecordLayout& layoutOf(bool threeDirection)
 /// Asks the readout of these two address digits for the record in a slot of its ring.
 /// @param slot  0 to 9999.
 link::Transaction recordFetch(std::string_view addressDigits, int slot, const RecordLayout& layout);
+/// The same of a readout whose layout is not known: the reply has the length of either.
+link::Transaction recordFetchOfAnyLayout(std::string_view addressDigits, int slot);
 
-/// One stored reading.
+/// One stored reading. A field that the reply did not hold in readable form is missing.
 struct Record {
-    jet::Date time;
-    std::array<float, kMostReadings> readings{}; ///< mm, in the order of kReadings
+    std::optional<jet::Date> time;
+    std::array<std::optional<float>, kMostReadings> readings{}; ///< mm, in the order of kReadings
+
+    bool operator==(const Record&) const = default;
 };
 
-/// A record, or what is wrong with the reply: "no valid date and time: \"241332235959\"".
+/// A field of a reply that could not be read.
+struct Unreadable {
+    std::string_view field; ///< "time", or the name of a reading
+    std::string characters; ///< as received
+};
+
+/// What a reply holds.
 struct RecordReply {
-    std::optional<Record> record;
-    std::string fault;
+    Record record;
+    std::vector<Unreadable> unreadable; ///< in the order of the reply
 };
 
-/// Reads a reply of the layout's length. The date must be one of the calendar, the time one of the day, each
-/// reading one number that single precision can hold.
+/// Reads a reply, of any length. The date must be one of the calendar, the time one of the day, each reading one number
+/// that single precision can hold; what is not so is listed.
 RecordReply readRecord(std::string_view reply, const RecordLayout& layout);
+
+/// "no valid date and time: \"241332235959\"", "no number for x: \"XYZABCDE\"".
+std::string unreadableText(const Unreadable& field);
+
+/// In what a reply of the layout's length differs from an answer to the question.
+enum class Misfit {
+    Address, ///< it is of another readout
+    Command, ///< it answers another command
+    Slot,    ///< it is of another slot
+    EndMark, ///< it does not end with "FF" and the line end
+    HasZ,    ///< Z follows where a reply of two directions ends: the readout has three
+};
+
+/// The differences of a reply, in the order of the enumeration. HasZ stands in place of EndMark.
+/// @param frame  as sent: ":AA24nnnnFF" and the line end.
+std::vector<Misfit> misfitsOf(std::string_view frame, std::string_view reply, const RecordLayout& layout);
+
+/// "it is of slot 0013", "it is of the readout at 07" ..., as the end of a sentence.
+std::string misfitText(Misfit misfit, std::string_view reply);
+
+/// The layout of a whole reply by its length and its end; nothing when it is neither.
+std::optional<RecordLayout> layoutOfReply(std::string_view reply);
 
 /// "Total 5 records. 3 records have been received."
 std::string receivedText(int total, int received);
 
 /// "3 records have been received, Comm Error"
 std::string brokenText(int received);
-
-/// The message when a reply cannot be stored.
-/// @param index     of the record, as it was asked for.
-/// @param received  records that are in the file.
-std::string badRecordText(int index, const std::string& fault, std::string_view reply, int received);
 
 } // namespace quorvel::protocol

@@ -44,6 +44,17 @@ RecordSpan spanOf(const RingPointers& pointers)
     return {pointers.capacity, pointers.first, endOf(pointers)};
 }
 
+RecordSpan risingSpan(const RingPointers& pointers)
+{
+    const bool wrapped = pointers.next < pointers.first;
+    return {pointers.capacity, pointers.first, pointers.next + (wrapped ? pointers.capacity : 0)};
+}
+
+bool isDeletionConfirmed(const link::Exchange& deletion)
+{
+    return deletion.complete() && deletion.reply == deletion.transaction.frame;
+}
+
 std::string whyNotFetchable(const RingPointers& pointers)
 {
     std::string why;

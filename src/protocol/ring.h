@@ -26,6 +26,7 @@ struct RingPointers {
     std::int16_t next = 0;
 
     bool isEmpty() const { return next == first; }
+    bool operator==(const RingPointers&) const = default;
 };
 
 /// The records to fetch: counts from `first` up to, not including, `end`. The index of a count is the remainder
@@ -53,6 +54,14 @@ bool isPlainPointersReply(std::string_view reply);
 /// The records between the pointers. A ring that has wrapped (next before first) counts as full: all its slots,
 /// beginning with the oldest. Only for pointers for which whyNotFetchable() returns nothing.
 RecordSpan spanOf(const RingPointers& pointers);
+
+/// The records of spanOf() from first up to next, round the ring: they were written in this order, so their times rise.
+/// Of a ring that has wrapped, the slots between next and first follow in spanOf(), which an earlier round left: they are
+/// older than all of these. Only for pointers for which whyNotFetchable() returns nothing.
+RecordSpan risingSpan(const RingPointers& pointers);
+
+/// True when a readout has confirmed that it deletes its records: its answer is the frame.
+bool isDeletionConfirmed(const link::Exchange& deletion);
 
 /// Why no record can be fetched between these pointers, in words for the operator: a capacity below 1, a
 /// negative pointer, or an end beyond 32767. Empty when they can be fetched.

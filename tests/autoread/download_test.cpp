@@ -48,12 +48,18 @@ class Download : public ::testing::Test {
 protected:
     Outcome fetch(const RecordSpan& span)
     {
-        return fetchRecords(readout.module1, "01", span, kTwoDirections, sink,
-                            {[this] { return stop; }, [this](int received) { told(received); }});
+        RecordReader reader(readout.module1, "01", layout, asking);
+        return fetchRecords(reader, span, sink,
+                            {.stop = [this] { return stop; },
+                             .progress = [this](const Progress& progress) { told(progress); },
+                             .remark = [this](const std::string& words) { remarks.push_back(words); }});
     }
-    void told(int received)
+    void told(const Progress& progress)
     {
+        const int received = progress.received;
         EXPECT_EQ(static_cast<int>(sink.records.size()), received) << "told before it was stored";
+        EXPECT_EQ(progress.latest != nullptr, received > 0);
+        if (received == 0) return;
         counts.push_back(received);
         if (onCount) onCount(received);
     }
@@ -61,14 +67,17 @@ protected:
     {
         std::vector<float> values;
         for (const auto& record : sink.records) {
-            values.push_back(record.readings[0]);
+            values.push_back(record.readings[0].value_or(-1));
         }
         return values;
     }
 
     ScriptedReadout readout{recordOf};
     KeptRecords sink;
+    RecordLayout layout = kTwoDirections;
+    Asking asking{.asPrescribed = true};
     bool stop = false;
+    std::vector<std::string> remarks;
     std::vector<int> counts;
     std::function<void(int)> onCount;
 };
@@ -77,7 +86,7 @@ TEST_F(Download, FetchesRecordByRecord)
 {
     const auto outcome = fetch({1000, 10, 15});
     EXPECT_EQ(outcome.ending, Ending::Complete);
-    EXPECT_EQ(outcome.received, 5);
+    EXPECT_EQ(outcome.received(), 5);
     EXPECT_EQ(outcome.reason, "");
     EXPECT_THAT(readout.frames,
                 ElementsAre(":01240010FF", ":01240011FF", ":01240012FF", ":01240013FF", ":01240014FF"));
@@ -89,7 +98,7 @@ TEST_F(Download, FetchesRecordByRecord)
 TEST_F(Download, WrappedRingComesWholeFromItsOldestRecord)
 {
     const auto outcome = fetch(spanOf({1000, 998, 2}));
-    EXPECT_EQ(outcome.received, 1000);
+    EXPECT_EQ(outcome.received(), 1000);
     ASSERT_EQ(readout.frames.size(), 1000U);
     EXPECT_EQ(readout.frames[0], ":01240998FF");
     EXPECT_EQ(readout.frames[1], ":01240999FF");
@@ -103,7 +112,7 @@ TEST_F(Download, AsksForTheNextRecordOnlyWhenTheLastIsStored)
         EXPECT_EQ(sink.records.size() + 1, readout.frames.size());
         return recordOf(frame);
     };
-    EXPECT_EQ(fetch({1000, 0, 4}).received, 4);
+    EXPECT_EQ(fetch({1000, 0, 4}).received(), 4);
 }
 
 class BrokenAt : public Download, public ::testing::WithParamInterface<int> {};
@@ -115,7 +124,7 @@ TEST_P(BrokenAt, SilenceKeepsTheRecordsBefore)
     };
     const auto outcome = fetch({1000, 0, 5});
     EXPECT_EQ(outcome.ending, Ending::CommError);
-    EXPECT_EQ(outcome.received, GetParam());
+    EXPECT_EQ(outcome.received(), GetParam());
     EXPECT_EQ(outcome.reason, std::to_string(GetParam()) + " records have been received, Comm Error");
     EXPECT_EQ(static_cast<int>(sink.records.size()), GetParam());
     EXPECT_EQ(sink.closed, 1);
@@ -141,21 +150,24 @@ TEST_F(Download, LongRepliesDoNotShiftTheNextOnes)
     EXPECT_THAT(xs(), ElementsAre(0, 1, 2));
 }
 
-TEST_F(Download, BadDateNamesTheRecordAndStops)
+TEST_F(Download, FieldThatCannotBeReadStaysEmptyAndTheRestFollows)
 {
     readout.answer = [](const std::string& frame) {
         auto reply = recordOf(frame);
+        if (frame == ":01240011FF") reply.replace(21, 8, "XYZABCDE");
         return frame == ":01240012FF" ? reply.replace(9, 12, "230229000000") : reply;
     };
     const auto outcome = fetch({1000, 10, 15});
-    EXPECT_EQ(outcome.ending, Ending::BadRecord);
-    EXPECT_EQ(outcome.received, 2);
-    EXPECT_EQ(
-        outcome.reason,
-        "Record 0012 of the readout holds no valid date and time: \"230229000000\". Characters received: "
-        "\":01240012230229000000+012.000-001.500FF\". The download has stopped; the 2 records before it are "
-        "in the file. Check the instrument type and try again; the readout still has all its data.");
-    EXPECT_THAT(xs(), ElementsAre(10, 11));
+    EXPECT_EQ(outcome.ending, Ending::Complete);
+    EXPECT_EQ(outcome.reason, "");
+    EXPECT_THAT(remarks, ElementsAre("Record 0011: no number for x: \"XYZABCDE\".",
+                                     "Record 0012: no valid date and time: \"230229000000\"."));
+    EXPECT_THAT(xs(), ElementsAre(10, -1, 12, 13, 14));
+    EXPECT_TRUE(sink.records[1].time);
+    EXPECT_EQ(sink.records[1].readings[1], -1.5F);
+    EXPECT_FALSE(sink.records[2].time);
+    EXPECT_FALSE(outcome.stored[1].isSound());
+    EXPECT_TRUE(outcome.stored[3].isSound());
 }
 
 TEST_F(Download, FullDiskStopsItAndTheReadoutIsLeftAlone)
@@ -163,7 +175,7 @@ TEST_F(Download, FullDiskStopsItAndTheReadoutIsLeftAlone)
     sink.room = 2;
     const auto outcome = fetch({1000, 0, 5});
     EXPECT_EQ(outcome.ending, Ending::FileFailed);
-    EXPECT_EQ(outcome.received, 2);
+    EXPECT_EQ(outcome.received(), 2);
     EXPECT_EQ(outcome.reason,
               "The disk is full. The download has stopped; the file holds the 2 records received before. The "
               "readout still has all its data.");
@@ -187,7 +199,7 @@ TEST_F(Download, StopsAfterTheRecordInFlight)
     };
     const auto outcome = fetch({1000, 0, 5});
     EXPECT_EQ(outcome.ending, Ending::Stopped);
-    EXPECT_EQ(outcome.received, 3);
+    EXPECT_EQ(outcome.received(), 3);
     EXPECT_EQ(outcome.reason, "");
     EXPECT_EQ(readout.frames.size(), 3U);
     EXPECT_EQ(sink.closed, 1);
@@ -212,15 +224,15 @@ protected:
     }
     Outcome fetchThree(const RecordSpan& span)
     {
-        return fetchRecords(readout.module1, "01", span, kThreeDirections, sink,
-                            {[] { return false; }, [](int) {}});
+        layout = kThreeDirections;
+        return fetch(span);
     }
 };
 
 TEST_F(ThreeDirections, AwaitTheirLength)
 {
     readout.answer = threeOf;
-    EXPECT_EQ(fetchThree({1000, 0, 2}).received, 2);
+    EXPECT_EQ(fetchThree({1000, 0, 2}).received(), 2);
     EXPECT_THAT(sink.records[1].readings, ElementsAre(1, 2, 3, 4));
 }
 

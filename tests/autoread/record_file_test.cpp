@@ -95,11 +95,11 @@ TEST_P(EachKind, HoldsEachRowBeforeItIsClosed)
 {
     auto sink = createRecordFile(file(), kTwoDirections, Existing::Keep);
     ASSERT_TRUE(sink) << sink.error();
-    ASSERT_TRUE((*sink)->append(recordAt(58, 12.345F, -1.5F)));
+    ASSERT_TRUE(sink->sink->append(recordAt(58, 12.345F, -1.5F)));
     EXPECT_EQ(read(), "time,x,y\n2024-02-29T23:59:58,12.345,-1.5\n");
-    ASSERT_TRUE((*sink)->append(recordAt(59, 0, 100.25F)));
+    ASSERT_TRUE(sink->sink->append(recordAt(59, 0, 100.25F)));
     EXPECT_EQ(read(), "time,x,y\n2024-02-29T23:59:58,12.345,-1.5\n2024-02-29T23:59:59,0,100.25\n");
-    EXPECT_TRUE((*sink)->close());
+    EXPECT_TRUE(sink->sink->close());
     EXPECT_EQ(read(), "time,x,y\n2024-02-29T23:59:58,12.345,-1.5\n2024-02-29T23:59:59,0,100.25\n");
 }
 
@@ -107,7 +107,7 @@ TEST_P(EachKind, HasTwoMoreFieldsForThreeDirections)
 {
     auto sink = createRecordFile(file(), kThreeDirections, Existing::Keep);
     ASSERT_TRUE(sink) << sink.error();
-    ASSERT_TRUE((*sink)->append(recordAt(0, 1, 2, 3.5F, -4.25F)));
+    ASSERT_TRUE(sink->sink->append(recordAt(0, 1, 2, 3.5F, -4.25F)));
     EXPECT_EQ(read(), "time,x,y,z1,z2\n2024-02-29T23:59:00,1,2,3.5,-4.25\n");
 }
 
@@ -125,8 +125,13 @@ TEST_P(EachKind, ReplacesAnExistingFile)
     put(GetParam().name, "old");
     auto sink = createRecordFile(file(), kTwoDirections, Existing::Replace);
     ASSERT_TRUE(sink) << sink.error();
-    ASSERT_TRUE((*sink)->append(recordAt(0, 1, 2)));
+    ASSERT_TRUE(sink->sink->append(recordAt(0, 1, 2)));
     EXPECT_EQ(read(), "time,x,y\n2024-02-29T23:59:00,1,2\n");
+    ASSERT_EQ(names().size(), 2) << "the old file is kept until the new one is complete";
+    EXPECT_EQ(contents(sink->keptOld), "old");
+    EXPECT_EQ(settleOld(sink->keptOld, false), sink->keptOld);
+    EXPECT_EQ(contents(sink->keptOld), "old");
+    EXPECT_EQ(settleOld(sink->keptOld, true), "");
     EXPECT_EQ(names().size(), 1) << "something was left beside it";
 }
 
@@ -175,7 +180,7 @@ TEST_P(EachKind, KeepsItsRowsWhenTheDiskIsFull)
     {
         const LargestFile limit(std::filesystem::file_size(file()) + 5000);
         for (; stored < 5000 && reason.empty(); ++stored) {
-            const auto appended = (*sink)->append(recordAt(stored % 60, 1, 2));
+            const auto appended = sink->sink->append(recordAt(stored % 60, 1, 2));
             if (!appended) reason = appended.error();
         }
         --stored;
@@ -183,7 +188,7 @@ TEST_P(EachKind, KeepsItsRowsWhenTheDiskIsFull)
     EXPECT_THAT(reason, ::testing::HasSubstr(file().string()));
     EXPECT_GT(stored, 10);
     EXPECT_EQ(rowsIn(read()), stored);
-    EXPECT_TRUE((*sink)->close());
+    EXPECT_TRUE(sink->sink->close());
     EXPECT_EQ(rowsIn(read()), stored);
 }
 
@@ -192,9 +197,9 @@ TEST_P(EachKind, SaysThatARowMayBeThereWhenTheDiskFailsToTakeIt)
     for (int flushes = 0; flushes < 2; ++flushes) {
         auto sink = createRecordFile(file(), kTwoDirections, Existing::Replace);
         ASSERT_TRUE(sink) << sink.error();
-        ASSERT_TRUE((*sink)->append(recordAt(0, 1, 2)));
+        ASSERT_TRUE(sink->sink->append(recordAt(0, 1, 2)));
         flushesLeft = flushes;
-        const auto failed = (*sink)->append(recordAt(1, 3, 4));
+        const auto failed = sink->sink->append(recordAt(1, 3, 4));
         flushesLeft = -1;
         if (failed) continue; // a row of text takes one flush
         EXPECT_THAT(
@@ -206,7 +211,7 @@ TEST_P(EachKind, SaysThatARowMayBeThereWhenTheDiskFailsToTakeIt)
         if (flushes == 1 || GetParam().read == contents) {
             EXPECT_TRUE(may) << failed.error();
         }
-        EXPECT_TRUE((*sink)->close());
+        EXPECT_TRUE(sink->sink->close());
     }
 }
 
@@ -225,7 +230,7 @@ TEST_F(RecordFile, DatabaseThatIsOpenElsewhereIsNotReplaced)
 {
     auto first = createRecordFile(path("a.mdb"), kTwoDirections, Existing::Keep);
     ASSERT_TRUE(first) << first.error();
-    ASSERT_TRUE((*first)->append(recordAt(0, 1, 2)));
+    ASSERT_TRUE(first->sink->append(recordAt(0, 1, 2)));
     const auto second = createRecordFile(path("a.mdb"), kTwoDirections, Existing::Replace);
     ASSERT_FALSE(second);
     EXPECT_THAT(second.error(), ::testing::HasSubstr("is open in another program"));

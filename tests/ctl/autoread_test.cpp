@@ -134,7 +134,10 @@ TEST_F(QuorvelctlAutoread, SilentReadoutIsExitStatus1)
     const std::pair<QStringList, QString> commands[] = {
         {{"auto"}, "Comm Error The readout did not answer.\n"},
         {{"auto", "--set", "5m"}, "Set Error The readout did not answer.\n"},
-        {{"clear", "--yes"}, "Comm Error The readout did not answer.\n"},
+        {{"clear", "--yes"},
+         "Comm Error The readout did not answer. Readout 5 did not confirm the deletion: whether it has "
+         "deleted its "
+         "records is not known. Asked afterwards, it did not say what it holds.\n"},
         {{"download", file("a.mdb")}, "Comm Error The readout did not answer.\n"}};
     for (const auto& [arguments, words] : commands) {
         const auto silent = run(arguments);
@@ -145,15 +148,17 @@ TEST_F(QuorvelctlAutoread, SilentReadoutIsExitStatus1)
     EXPECT_FALSE(QFile::exists(file("a.mdb")));
 }
 
-TEST_F(QuorvelctlAutoread, BadDateNamesTheRecord)
+TEST_F(QuorvelctlAutoread, BadDateStaysEmptyAndTheRestFollows)
 {
     bus.fault("baddate@5/24:1+2");
-    const auto download = run({"download", file("a.mdb")});
-    EXPECT_EQ(download.status, 1);
-    EXPECT_EQ(download.out, "2\n");
-    EXPECT_TRUE(download.err.contains("\nRecord 0012 of the readout holds no valid date and time: \"241332"))
+    const auto download = run({"download", file("a.csv")});
+    EXPECT_EQ(download.status, 0);
+    EXPECT_EQ(download.out, "5\n");
+    EXPECT_TRUE(download.err.contains("\nRecord 0012: no valid date and time: \"241332"))
         << qPrintable(download.err);
-    EXPECT_EQ(rows("a.mdb"), 2);
+    const auto lines = linesOf(contents(file("a.csv").toStdString()));
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_TRUE(lines[3].starts_with(",")) << lines[3];
 }
 
 TEST_F(QuorvelctlAutoread, RingThatCannotBeFetchedMakesNoFile)
@@ -220,7 +225,8 @@ TEST_F(QuorvelctlAutoread, ClearsOnlyWhenSure)
     EXPECT_EQ(bus.frames(), QStringList());
     const auto cleared = run({"clear", "--yes"});
     EXPECT_EQ(cleared.status, 0);
-    EXPECT_EQ(cleared.err, "Data Deleted\n");
+    EXPECT_EQ(cleared.err,
+              "Data Deleted\nReadout 5 confirmed the deletion of its records. It holds no records now.\n");
     EXPECT_EQ(bus.state(5).value("ring").toObject().value("stored").toInt(), 0);
 }
 

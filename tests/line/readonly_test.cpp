@@ -63,7 +63,8 @@ TEST_F(ReadOnly, AddressIntervalDeletionAndStitchingAreRefusedInTheirWindows)
     EXPECT_EQ(messages.last(), "New Address Setting Failed");
     EXPECT_EQ(child<QLabel>(address, "Status")->text(), kRefused);
 
-    SetAuto automatic(workplace);
+    autoread::Book book;
+    SetAuto automatic(workplace, book);
     messages.answers = {true};
     child<QPushButton>(automatic, "Command3")->click();
     EXPECT_EQ(messages.last(), "Comm Error");

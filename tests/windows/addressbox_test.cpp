@@ -102,6 +102,12 @@ std::unique_ptr<QDialog> made(const Workplace& workplace)
     return std::make_unique<Window>(workplace);
 }
 
+std::unique_ptr<QDialog> madeSetAuto(const Workplace& workplace)
+{
+    static autoread::Book book;
+    return std::make_unique<SetAuto>(workplace, book);
+}
+
 /// Presses all buttons of these names; `typed` stands in the boxes before.
 std::function<void(QDialog&)> pressing(const QStringList& buttons,
                                        const std::vector<std::pair<const char*, const char*>>& typed = {})
@@ -179,7 +185,7 @@ const AddressWindow kAddressWindows[] = {
      {"7704FF", "7706FF", "7708FF", "770300FF", "770500FF", "770700FF", "7702FF", "770100FF"}},
     {"SetTime", made<SetTime>, "Text1", pressing({"Command1"}), {"04FF", "03FF"}},
     {"SetAuto",
-     made<SetAuto>,
+     madeSetAuto,
      "Text1",
      pressing({"Command1", "Command2", "Command3"}),
      {"06FF", "050101000000FF", "22FF", "25FF"}},

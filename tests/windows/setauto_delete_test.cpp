@@ -1,9 +1,14 @@
 #include "windows/setauto_on_the_bus.h"
 
+#include <gmock/gmock.h>
+
 namespace quorvel::test {
 
 namespace {
 
+const auto kUnconfirmed =
+    QStringLiteral("Comm Error %1 Readout 5 did not confirm the deletion: whether it has deleted its "
+                   "records is not known.");
 constexpr auto kQuestion = "Are you sure to delete data saved in Pendulum Readout";
 
 TEST_F(SetAutoOnTheBus, DeleteAsksFirst)
@@ -20,7 +25,7 @@ TEST_F(SetAutoOnTheBus, DeleteClearsTheRing)
     EXPECT_EQ(messages.shown, QStringList({kQuestion, "Data Deleted"}));
     EXPECT_EQ(bus.frames(), QStringList(":0525FF"));
     EXPECT_EQ(bus.state(5).value("ring").toObject().value("stored").toInt(), 0);
-    EXPECT_EQ(controls.status(), "Readout 5 held no records when it was last asked.");
+    EXPECT_EQ(controls.status(), "Readout 5 confirmed the deletion of its records.");
 }
 
 TEST_F(SetAutoOnTheBus, ContentOfTheAnswerToDeleteDoesNotMatter)
@@ -29,6 +34,10 @@ TEST_F(SetAutoOnTheBus, ContentOfTheAnswerToDeleteDoesNotMatter)
     messages.answers = {true};
     controls.press("Command3");
     EXPECT_EQ(lastMessage(), "Data Deleted");
+    EXPECT_THAT(
+        controls.status().toStdString(),
+        ::testing::AllOf(::testing::StartsWith("Readout 5 answered the deletion with other characters, \""),
+                         ::testing::EndsWith("\": whether it has deleted its records is not known.")));
 }
 
 TEST_F(SetAutoOnTheBus, ShortAnswerToDeleteIsACommError)
@@ -37,7 +46,7 @@ TEST_F(SetAutoOnTheBus, ShortAnswerToDeleteIsACommError)
     messages.answers = {true};
     controls.press("Command3");
     EXPECT_EQ(lastMessage(), "Comm Error");
-    EXPECT_EQ(controls.status(), "The records stored in readout 5 have not been downloaded in this window.");
+    EXPECT_EQ(controls.status(), kUnconfirmed.arg("Only 8 of 9 characters of the answer arrived."));
 }
 
 TEST_F(SetAutoOnTheBus, RecordsTakenAfterAnUnansweredDeleteAreNotThoseOfTheFile)
@@ -48,10 +57,10 @@ TEST_F(SetAutoOnTheBus, RecordsTakenAfterAnUnansweredDeleteAreNotThoseOfTheFile)
     messages.answers = {true};
     controls.press("Command3");
     EXPECT_EQ(lastMessage(), "Comm Error");
-    EXPECT_EQ(controls.status(), "The records stored in readout 5 have not been downloaded in this window.");
+    EXPECT_EQ(controls.status(), kUnconfirmed.arg("The readout did not answer."));
     bus.command("take 5 5");
     controls.press("Command2"); // cancelled in the file dialog
-    EXPECT_EQ(controls.status(), "Readout 5 holds 5 records that this window has not downloaded.");
+    EXPECT_EQ(controls.status(), kNoneInAFile);
 }
 
 TEST_F(SetAutoOnTheBus, StatusWarnsBeforeRecordsAreDeletedUndownloaded)
@@ -60,7 +69,7 @@ TEST_F(SetAutoOnTheBus, StatusWarnsBeforeRecordsAreDeletedUndownloaded)
     QString atTheQuestion;
     messages.onShow = [&](const QString&) { atTheQuestion = controls.status(); };
     controls.press("Command3");
-    EXPECT_EQ(atTheQuestion, "Readout 5 holds 5 records that this window has not downloaded.");
+    EXPECT_EQ(atTheQuestion, kNoneInAFile);
 }
 
 } // namespace

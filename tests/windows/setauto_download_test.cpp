@@ -20,8 +20,7 @@ TEST_F(SetAutoOnTheBus, DownloadsFiveRecords)
     EXPECT_EQ(controls.progress().value(), 5);
     EXPECT_EQ(controls.progress().maximum(), 5);
     EXPECT_EQ(rowsIn(exported(path("a.mdb"))), 5);
-    EXPECT_EQ(controls.status(),
-              "All 5 records that readout 5 held when it was last asked have been downloaded.");
+    EXPECT_EQ(controls.status(), allIn("a.mdb"));
 }
 
 TEST_F(SetAutoOnTheBus, DownloadsOneRecord)
@@ -110,7 +109,8 @@ TEST_F(SetAutoOnTheBus, PointersThatLeadNowhereMakeNoFile)
     EXPECT_EQ(bus.frames(), QStringList({":0522FF", ":0522FF"}));
 }
 
-constexpr auto kUnknown = "The records stored in readout 5 have not been downloaded in this window.";
+constexpr auto kUnknown =
+    "Readout 5 has not been asked for its stored records since the program was started.";
 constexpr auto kUnreadable = "\nThe answer to the query for stored records could not be read: ";
 
 TEST_F(SetAutoOnTheBus, UnreadableCountIsPointedOutBesideNoData)
@@ -120,7 +120,8 @@ TEST_F(SetAutoOnTheBus, UnreadableCountIsPointedOutBesideNoData)
     EXPECT_EQ(messages.shown, QStringList("No Data"));
     EXPECT_EQ(controls.status(), QString(kUnknown) + kUnreadable + ":0522ABCDEFGHIJKLFF\\x0D\\x0A");
     controls.Text1().setText("12");
-    EXPECT_EQ(controls.status(), "The records stored in readout 12 have not been downloaded in this window.");
+    EXPECT_EQ(controls.status(),
+              "Readout 12 has not been asked for its stored records since the program was started.");
 }
 
 TEST_F(SetAutoOnTheBus, UnreadableCountThatGoesOnIsPointedOutBesideTheDownload)
@@ -136,8 +137,7 @@ TEST_F(SetAutoOnTheBus, UnreadableCountThatGoesOnIsPointedOutBesideTheDownload)
     EXPECT_EQ(controls.status(), kUnknown + remark);
     bus.command("reply 5 22");
     download("b.mdb");
-    EXPECT_EQ(controls.status(),
-              "All 5 records that readout 5 held when it was last asked have been downloaded.");
+    EXPECT_EQ(controls.status(), allIn("b.mdb"));
 }
 
 TEST_F(SetAutoOnTheBus, RingThatCannotBeFetchedIsReadable)
@@ -173,12 +173,30 @@ TEST_F(ExistingFile, IsKeptOnNo)
     EXPECT_EQ(bus.frames(), QStringList(":0522FF"));
 }
 
+TEST_F(ExistingFile, IsKeptBesideTheNewOneWhenThatBreaksOff)
+{
+    bus.fault("silent@5/24:1+2");
+    messages.answers = {true};
+    download("a.mdb");
+    EXPECT_EQ(lastMessage(), "2 records have been received, Comm Error");
+    const auto others = QDir(folder.path()).entryList({"a.2*.mdb"});
+    ASSERT_EQ(others.size(), 1);
+    EXPECT_EQ(contents(path(others[0])), "old");
+    EXPECT_TRUE(
+        controls.status().endsWith("The file that was there before is kept as " + file(others[0]) + "."))
+        << qPrintable(controls.status());
+    messages.answers = {true};
+    download("a.mdb");
+    EXPECT_FALSE(controls.status().contains("kept")) << qPrintable(controls.status());
+}
+
 TEST_F(ExistingFile, IsReplacedOnYes)
 {
     messages.answers = {true};
     download("a.mdb");
     EXPECT_EQ(messages.shown, QStringList("File already exists, overwrite this file?"));
     EXPECT_EQ(rowsIn(exported(path("a.mdb"))), 5);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("a.mdb"));
 }
 
 TEST_F(SetAutoOnTheBus, FolderThatIsMissingIsSaidAndNothingFetched)
@@ -198,31 +216,81 @@ TEST_P(BrokenRecord, KeepsTheRowsBefore)
     EXPECT_EQ(messages.shown,
               QStringList(QStringLiteral("%1 records have been received, Comm Error").arg(GetParam())));
     EXPECT_EQ(rowsIn(exported(path("a.mdb"))), GetParam());
+    const auto some =
+        QStringLiteral("%1 of the 5 records that readout 5 held when it was last asked are in %2; %3 not, or "
+                       "not whole.")
+            .arg(GetParam())
+            .arg(file("a.mdb"), GetParam() == 4 ? "1 is" : "3 are");
     EXPECT_EQ(controls.status(),
-              QStringLiteral("Readout 5 holds %1 records that this window has not downloaded.")
-                  .arg(5 - GetParam()));
+              (GetParam() == 0 ? kNoneInAFile : some) +
+                  QStringLiteral("\nRecord 001%1 did not come. Only 40 of 41 characters of the "
+                                 "answer arrived.")
+                      .arg(GetParam()));
 }
 
 INSTANTIATE_TEST_SUITE_P(FirstMiddleAndLast, BrokenRecord, ::testing::Values(0, 2, 4));
 
-TEST_F(SetAutoOnTheBus, BadDateNamesTheRecord)
+TEST_F(SetAutoOnTheBus, BadDateStaysEmptyAndIsNamed)
 {
     bus.fault("baddate@5/24:1+2");
-    download("a.mdb");
-    ASSERT_EQ(messages.shown.size(), 1);
-    EXPECT_THAT(lastMessage().toStdString(),
-                ::testing::StartsWith("Record 0012 of the readout holds no valid date and time: \"241332"));
-    EXPECT_EQ(rowsIn(exported(path("a.mdb"))), 2);
+    download("a.csv");
+    EXPECT_EQ(messages.shown, QStringList());
+    const auto lines = linesOf(contents(path("a.csv")));
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_THAT(lines[3], ::testing::StartsWith(","));
+    EXPECT_THAT(controls.status().toStdString(),
+                ::testing::AllOf(::testing::StartsWith("4 of the 5 records that readout 5 held"),
+                                 ::testing::HasSubstr("\nRecord 0012: no valid date and time: \"241332")));
 }
 
 TEST_F(SetAutoOnTheBus, BadNumberIsNeverZero)
 {
     bus.fault("badnumber@5/24:1+4");
     download("a.mdb");
-    ASSERT_EQ(messages.shown.size(), 1);
-    EXPECT_THAT(lastMessage().toStdString(),
-                ::testing::StartsWith("Record 0014 of the readout holds no number for x: \"XYZABCDE\""));
-    EXPECT_EQ(rowsIn(exported(path("a.mdb"))), 4);
+    EXPECT_EQ(messages.shown, QStringList());
+    const auto lines = linesOf(exported(path("a.mdb")));
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_THAT(lines[5], ::testing::HasSubstr(",,"));
+    EXPECT_THAT(controls.status().toStdString(),
+                ::testing::HasSubstr("Record 0014: no number for x: \"XYZABCDE\"."));
+}
+
+TEST_F(SetAutoOnTheBus, ZWithoutTypeCIsSaidWithTheFirstRecord)
+{
+    controls.Text1().setText("12");
+    QString atTheFirst;
+    QObject::connect(&controls.progress(), &QProgressBar::valueChanged, &form, [&](int received) {
+        if (received == 1) atTheFirst = controls.status();
+    });
+    download("c.mdb");
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_THAT(atTheFirst.toStdString(),
+                ::testing::HasSubstr("Record 0002: Z follows, so the readout is of type C."));
+    EXPECT_THAT(controls.status().toStdString(),
+                ::testing::AllOf(::testing::StartsWith("None of the 3 records that readout 12 held"),
+                                 ::testing::EndsWith("And 2 more remarks of this kind.")));
+}
+
+TEST_F(SetAutoOnTheBus, TypeCBeforeAReadoutWithoutZIsExplained)
+{
+    bench.instrumentType = link::TypeC;
+    QString atTheMessage;
+    messages.onShow = [&](const QString&) { atTheMessage = controls.status(); };
+    download("c.mdb");
+    EXPECT_EQ(messages.shown, QStringList("0 records have been received, Comm Error"));
+    EXPECT_THAT(atTheMessage.toStdString(), ::testing::HasSubstr("the readout is not of type C"));
+}
+
+TEST_F(SetAutoOnTheBus, ReplyOfAnotherSlotIsStoredAndReported)
+{
+    bus.command("reply 5 24 :05240010240229235959+012.500-001.250FF");
+    download("a.mdb");
+    EXPECT_EQ(messages.shown, QStringList());
+    EXPECT_EQ(rowsIn(exported(path("a.mdb"))), 5);
+    EXPECT_THAT(
+        controls.status().toStdString(),
+        ::testing::AllOf(::testing::StartsWith("1 of the 5 records"),
+                         ::testing::HasSubstr("\nRecord 0011: it is of slot 0010. And 3 more remarks")));
 }
 
 TEST_F(SetAutoOnTheBus, PulledAdapterLeavesTheRowsAndTheReason)

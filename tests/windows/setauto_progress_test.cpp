@@ -65,7 +65,8 @@ protected:
     link::Gate gate;
     InputFilter filter{gate};
     TestMessages messages;
-    SetAuto form{Workplace{bench, readout.module1, gate, messages}};
+    autoread::Book book;
+    SetAuto form{Workplace{bench, readout.module1, gate, messages}, book};
     SetAutoControls controls{form};
 };
 
@@ -204,9 +205,11 @@ TEST_P(FullDisk, IsSaidAndTheRowsBeforeAreKept)
         QStringLiteral("the file holds the %1 records received before. The readout still has all its data.")
             .arg(rows)))
         << qPrintable(messages.last());
-    EXPECT_EQ(
-        controls.status(),
-        QStringLiteral("Readout 5 holds %1 records that this window has not downloaded.").arg(100 - rows));
+    const auto some =
+        QStringLiteral("%1 of the 100 records that readout 5 held when it was last asked are in %2; ");
+    EXPECT_TRUE(controls.status().startsWith(rows == 0 ? QStringLiteral("None of the 100 records")
+                                                       : some.arg(rows).arg(file)))
+        << qPrintable(controls.status());
     EXPECT_EQ(controls.progress().value(), rows);
 }
 
@@ -219,10 +222,12 @@ TEST_F(SetAutoByHand, FullRingHoldsWhatWasTakenSinceTheDownload)
     download();
     readout.answer = [](const std::string&) { return std::string(":0522010000990003FF\r\n"); };
     controls.press("Command2"); // cancelled in the file dialog
-    EXPECT_EQ(controls.status(), "Readout 5 holds 1 records that this window has not downloaded.");
+    EXPECT_TRUE(controls.status().startsWith("99 of the 100 records")) << qPrintable(controls.status());
     readout.clock.move(100);
     controls.press("Command2");
-    EXPECT_EQ(controls.status(), "Readout 5 holds up to 100 records that this window has not downloaded.");
+    EXPECT_EQ(controls.status(),
+              "Up to 100 of the 100 records that readout 5 held when it was last asked are in no file: "
+              "since the download it may have gone round its ring.");
 }
 
 TEST_F(SetAutoByHand, SecondPressDuringADownloadDoesNothing)

@@ -42,7 +42,8 @@ protected:
 
     HurriedClock hurry;
     link::Module1 hurried{mscomm1, hurry};
-    SetAuto form{Workplace{bench, hurried, gate, messages}};
+    autoread::Book book;
+    SetAuto form{Workplace{bench, hurried, gate, messages}, book};
     SetAutoControls controls{form};
 };
 

@@ -172,14 +172,20 @@ void recordReply(const std::string& reply)
 {
     for (const auto* layout : {&kTwoDirections, &kThreeDirections}) {
         const auto read = readRecord(reply, *layout);
-        promised(read.record.has_value() == read.fault.empty(), "a record or a fault");
-        const auto words = badRecordText(1, read.fault, reply, 2);
-        promised(std::ranges::all_of(words, isPrintable), "the fault can be shown");
-        if (!read.record) continue;
-        promised(reply.size() == static_cast<std::size_t>(layout->replyLength), "a record has its length");
-        promised(read.record->time.civil().has_value(), "a record has a date of the calendar");
-        for (const float reading : read.record->readings)
-            promised(std::isfinite(reading), "a reading is a number");
+        std::size_t readable = read.record.time ? 1 : 0;
+        if (read.record.time) promised(read.record.time->civil().has_value(), "a record has a date of the calendar");
+        for (const auto& reading : read.record.readings) {
+            promised(std::isfinite(reading.value_or(0)), "a reading is a number");
+            readable += reading ? 1 : 0;
+        }
+        promised(readable + read.unreadable.size() == layout->readings + 1, "each field is read or named");
+        for (const auto& field : read.unreadable)
+            promised(std::ranges::all_of(unreadableText(field), isPrintable), "the fault can be shown");
+        const auto misfits = misfitsOf(":01240007FF\r\n", reply, *layout);
+        for (const auto misfit : misfits)
+            promised(std::ranges::all_of(misfitText(misfit, reply), isPrintable), "the difference can be shown");
+        const bool whole = layoutOfReply(reply) == *layout && reply.starts_with(":01240007");
+        promised(misfits.empty() || !whole, "an answer fits");
     }
 }
 

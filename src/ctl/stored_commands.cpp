@@ -1,0 +1,216 @@
+#include "autoread/visit.h"
+#include "ctl/commands.h"
+#include "ctl/console.h"
+#include "files/name.h"
+#include "protocol/ring.h"
+
+#include <QFileInfo>
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorvel::ctl {
+
+namespace {
+
+using autoread::Visit;
+
+/// What the person wants of a download.
+struct DownloadOptions {
+    std::string file;
+    bool force = false;
+    bool goesOn = false;
+    autoread::Asking asking;
+};
+
+/// What the person wants of a deletion.
+struct ClearOptions {
+    bool sure = false;
+    bool force = false;
+    std::vector<std::string> taken;
+};
+
+QString sentence(const std::string& text) { return QString::fromStdString(text); }
+
+std::filesystem::path pathOf(const std::string& file)
+{
+    return QFileInfo(QString::fromLocal8Bit(file.c_str())).filesystemFilePath();
+}
+
+std::vector<std::filesystem::path> pathsOf(const std::vector<std::string>& names)
+{
+    std::vector<std::filesystem::path> paths;
+    for (const auto& name : names) {
+        paths.push_back(pathOf(name));
+    }
+    return paths;
+}
+
+/// The readout at --address, with a book for this one run.
+class Station {
+public:
+    Station(Console& console, const autoread::Asking& asking)
+        : visit(console.module1(), console.address(), console.bench().instrumentType, book_, asking)
+    {}
+
+private:
+    autoread::Book book_;
+
+public:
+    Visit visit;
+};
+
+constexpr int kOwnRetries = 2; ///< for what is not a download
+constexpr int kMostRetries = 100;
+
+void showRing(Console& console)
+{
+    if (!console.openReadout(Access::Reads)) return;
+    Station station(console, {.retries = kOwnRetries});
+    const auto ring = station.visit.askRing();
+    if (!ring) return console.fail(kNotAnswered, sentence(ring.error()));
+    const auto text = sentence(autoread::text(*ring, console.address())).trimmed();
+    console.answer(text, autoread::json(*ring, console.address()));
+}
+
+autoread::Watcher watch(Console& console)
+{
+    return {.stop = [&console] { return console.endRequested(); },
+            .progress =
+                [&console](const autoread::Progress& progress) {
+                    if (progress.received == 0) return;
+                    console.progress(sentence(protocol::receivedText(progress.total, progress.received)));
+                },
+            .remark = [&console](const std::string& text) { console.tell(sentence(text)); }};
+}
+
+void answerReport(Console& console, const autoread::Report& report)
+{
+    const bool begun = report.ending != autoread::Ending::NotBegun;
+    if (begun) console.answer(QString::number(report.received), autoread::json(report));
+    if (report.reason == protocol::kNoData) return console.tell(protocol::kNoData);
+    for (const auto& finding : report.findings) {
+        // the others were said when they came
+        if (finding.kind >= autoread::Finding::Kind::Gap) console.tell(sentence(autoread::text(finding)));
+    }
+    if (!report.keptOld.empty())
+        console.tell(QStringLiteral("The file that was there before is kept as %1.")
+                         .arg(sentence(files::inWords(report.keptOld))));
+    if (!report.reason.empty()) console.fail(kNotAnswered, sentence(report.reason));
+}
+
+void continueDownload(Console& console, const DownloadOptions& options, Visit& visit)
+{
+    const auto plan = visit.plan(pathOf(options.file));
+    if (!plan) return console.fail(kNotAnswered, sentence(plan.error()));
+    console.tell(sentence(plan->words));
+    if (plan->needsConsent() && plan->isPossible() && !options.force)
+        return console.fail(kNotAnswered,
+                            QStringLiteral("Nothing was fetched. Add --force to continue all the same."));
+    answerReport(console, visit.continueFile(*plan, watch(console)));
+}
+
+void download(Console& console, const DownloadOptions& options)
+{
+    if (!console.checkReadout()) return;
+    const auto path = pathOf(options.file);
+    const bool exists = files::isThere(path);
+    if (exists && !options.force && !options.goesOn) {
+        return console.fail(
+            kNotAnswered,
+            QStringLiteral("%1 exists. Add --force to overwrite it, or --continue to go on in it.")
+                .arg(sentence(files::inWords(path))));
+    }
+    if (!console.openPort(Access::Reads)) return;
+    Station station(console, options.asking);
+    if (options.asking.verify)
+        console.tell(
+            QStringLiteral("Each record is asked for until two replies agree: this takes twice the time."));
+    if (options.goesOn) return continueDownload(console, options, station.visit);
+    const auto existing = exists ? autoread::Existing::Replace : autoread::Existing::Keep;
+    answerReport(console, station.visit.download(path, existing, watch(console)));
+}
+
+void check(Console& console, const std::vector<std::string>& files)
+{
+    if (!console.openReadout(Access::Reads)) return;
+    Station station(console, {.retries = kOwnRetries});
+    const auto result = station.visit.check(pathsOf(files));
+    console.answer(sentence(result.words), autoread::json(result));
+    if (!result.safe) console.status = kNotTaken;
+}
+
+/// Whether the files hold what would be deleted; says so. @return false when the deletion is not to be.
+bool mayClear(Console& console, const ClearOptions& options, Visit& visit)
+{
+    if (options.taken.empty()) return true;
+    const auto result = visit.check(pathsOf(options.taken));
+    console.tell(sentence(result.words));
+    if (result.safe || options.force) return true;
+    console.fail(kNotTaken, QStringLiteral("Nothing was deleted."));
+    return false;
+}
+
+void clearRing(Console& console, const ClearOptions& options)
+{
+    if (!options.sure) {
+        return console.fail(
+            kWrongUsage,
+            QStringLiteral("This deletes the records stored in the readout. Add --yes to do it."));
+    }
+    if (!console.openReadout(Access::Writes)) return;
+    Station station(console, {.retries = kOwnRetries});
+    if (!mayClear(console, options, station.visit)) return;
+    const auto deletion = station.visit.deleteRecords();
+    if (deletion.confirmed) console.tell(protocol::kDataDeleted);
+    console.tell(sentence(deletion.words));
+    if (!deletion.certain()) console.status = kNotAnswered;
+}
+
+void addDownload(CLI::App& app, Console& console)
+{
+    auto* command = app.add_subcommand("download", "Fetch the stored records of a readout into a file");
+    const auto options = std::make_shared<DownloadOptions>();
+    command->add_option("FILE", options->file, "Database to make; CSV when the name ends in .csv")
+        ->required();
+    command->add_flag("--continue", options->goesOn, "Go on behind the last row of FILE");
+    command->add_flag("--force", options->force,
+                      "Overwrite FILE when it exists; continue it although the records do not follow");
+    command
+        ->add_option("--retries", options->asking.retries, "Ask again so often for a reply that does not fit")
+        ->check(CLI::Range(0, kMostRetries));
+    command->add_flag("--verify", options->asking.verify,
+                      "Ask for each record until two replies agree; takes twice the time");
+    command->callback([&console, options] { download(console, *options); });
+}
+
+void addClear(CLI::App& app, Console& console)
+{
+    auto* command = app.add_subcommand("clear", "Delete the stored records of a readout");
+    const auto options = std::make_shared<ClearOptions>();
+    command->add_flag("--yes", options->sure, "Without this, nothing is deleted");
+    command->add_option("--taken", options->taken,
+                        "Only when these files hold all its records; else status 6");
+    command->add_flag("--force", options->force, "Delete all the same");
+    command->callback([&console, options] { clearRing(console, *options); });
+}
+
+} // namespace
+
+void addStoredCommands(CLI::App& app, Console& console)
+{
+    app.add_subcommand("ring", "Show what a readout has stored, and its clock")->callback([&console] {
+        showRing(console);
+    });
+    addDownload(app, console);
+    auto* checking = app.add_subcommand("check", "Are all stored records of a readout in files?");
+    const auto files = std::make_shared<std::vector<std::string>>();
+    checking->add_option("FILE", *files, "Files of earlier downloads")->required();
+    checking->callback([&console, files] { check(console, *files); });
+    addClear(app, console);
+}
+
+} // namespace quorvel::ctl
