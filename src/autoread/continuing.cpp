@@ -1,8 +1,8 @@
 #include "autoread/continuing.h"
 
-#include "text/duration.h"
 #include "autoread/file_name.h"
 #include "files/name.h"
+#include "text/duration.h"
 #include "text/number.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "autoread/report.h"
 
-#include "text/duration.h"
 #include "autoread/ring_search.h"
 #include "files/name.h"
+#include "text/duration.h"
 #include "text/number.h"
 
 #include <QJsonArray>

@@ -1,9 +1,9 @@
 #include "autoread/ring_state.h"
 
-#include "text/duration.h"
 #include "protocol/answer.h"
 #include "protocol/readout_clock.h"
 #include "protocol/values.h"
+#include "text/duration.h"
 #include "text/number.h"
 
 #include <array>

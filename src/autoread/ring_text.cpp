@@ -1,6 +1,6 @@
-#include "text/duration.h"
 #include "autoread/ring_state.h"
 #include "link/bytes.h"
+#include "text/duration.h"
 #include "text/number.h"
 
 namespace quorvel::autoread {

@@ -173,7 +173,8 @@ void recordReply(const std::string& reply)
     for (const auto* layout : {&kTwoDirections, &kThreeDirections}) {
         const auto read = readRecord(reply, *layout);
         std::size_t readable = read.record.time ? 1 : 0;
-        if (read.record.time) promised(read.record.time->civil().has_value(), "a record has a date of the calendar");
+        if (read.record.time)
+            promised(read.record.time->civil().has_value(), "a record has a date of the calendar");
         for (const auto& reading : read.record.readings) {
             promised(std::isfinite(reading.value_or(0)), "a reading is a number");
             readable += reading ? 1 : 0;
@@ -183,7 +184,8 @@ void recordReply(const std::string& reply)
             promised(std::ranges::all_of(unreadableText(field), isPrintable), "the fault can be shown");
         const auto misfits = misfitsOf(":01240007FF\r\n", reply, *layout);
         for (const auto misfit : misfits)
-            promised(std::ranges::all_of(misfitText(misfit, reply), isPrintable), "the difference can be shown");
+            promised(std::ranges::all_of(misfitText(misfit, reply), isPrintable),
+                     "the difference can be shown");
         const bool whole = layoutOfReply(reply) == *layout && reply.starts_with(":01240007");
         promised(misfits.empty() || !whole, "an answer fits");
     }
