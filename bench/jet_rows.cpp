@@ -41,8 +41,8 @@ void addRows(jet::Recordset& rows)
     for (int i = 0; i < kRows; ++i) {
         rows.AddNew();
         rows.Fields("time").SetValue(jet::Date{45000 + i / 86400.0});
-        rows.Fields("x").SetValue(i * 0.5F);
-        rows.Fields("y").SetValue(i * -0.25F);
+        rows.Fields("x").SetValue(static_cast<float>(i) * 0.5F);
+        rows.Fields("y").SetValue(static_cast<float>(i) * -0.25F);
         require(rows.Update());
     }
 }

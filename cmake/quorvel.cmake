@@ -32,8 +32,8 @@ cmake_dependent_option(QUORVEL_BENCHES "Build the benchmarks; needs Google Bench
 add_library(quorvel_flags INTERFACE)
 target_compile_options(
     quorvel_flags
-    INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
-              -Wformat=2 $<$<BOOL:${QUORVEL_WERROR}>:-Werror>
+    INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+              -Wcast-qual -Wformat=2 $<$<BOOL:${QUORVEL_WERROR}>:-Werror>
               # GCC 12 takes "text" + std::string for overlapping copies when it optimises
               $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
               # memory for time: the compiler collects its garbage seldom

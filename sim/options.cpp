@@ -10,7 +10,6 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 constexpr int kLastAddress = 249;
-const std::vector<std::string> kDefaultReadouts{"5:A", "12:B", "33:C", "100:D", "249:C"};
 
 CLI::Validator checked(const char* form, std::function<std::string(std::string&)> check)
 {
@@ -86,7 +85,8 @@ std::optional<int> readOptions(int argc, const char* const* argv, Options& optio
     }
     options.control = !noControl;
     options.clock = fromIsoTime(clock);
-    for (const auto& text : readouts.empty() ? kDefaultReadouts : readouts)
+    if (readouts.empty()) readouts = {"5:A", "12:B", "33:C", "100:D", "249:C"};
+    for (const auto& text : readouts)
         addReadouts(text, options.readouts);
     for (const auto& text : rings)
         addRing(text, options.rings);

@@ -2,17 +2,26 @@
 
 #include <QSerialPort>
 
-#include <map>
-
 namespace quorvel::link {
 
 namespace {
 
-const std::map<char, QSerialPort::Parity> kParities = {{'n', QSerialPort::NoParity},
-                                                       {'e', QSerialPort::EvenParity},
-                                                       {'o', QSerialPort::OddParity},
-                                                       {'m', QSerialPort::MarkParity},
-                                                       {'s', QSerialPort::SpaceParity}};
+/// The parity of a letter that parsed line settings can hold.
+QSerialPort::Parity parityOf(char letter)
+{
+    switch (letter) {
+    case 'e':
+        return QSerialPort::EvenParity;
+    case 'o':
+        return QSerialPort::OddParity;
+    case 'm':
+        return QSerialPort::MarkParity;
+    case 's':
+        return QSerialPort::SpaceParity;
+    default:
+        return QSerialPort::NoParity;
+    }
+}
 
 /// Pseudo-terminals and some adapters have no modem lines; the bus does not need them.
 void switchModemLines(QSerialPort& port, const LineSettings& line)
@@ -45,7 +54,7 @@ std::unique_ptr<QSerialPort> closedPort(const QString& name, const LineSettings&
 {
     auto port = std::make_unique<QSerialPort>(name);
     port->setBaudRate(line.baud);
-    port->setParity(kParities.at(line.parity));
+    port->setParity(parityOf(line.parity));
     port->setDataBits(static_cast<QSerialPort::DataBits>(line.dataBits));
     port->setStopBits(line.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop);
     port->setFlowControl(QSerialPort::NoFlowControl);

@@ -35,7 +35,7 @@ inline std::string olderFile(const std::vector<jet::testing::Column3>& columns, 
         file.append(page.begin(), page.end());
     }
     // The second table's maps are rows 2 and 3 of the map page.
-    for (const std::size_t map : {0, 1}) {
+    for (const std::size_t map : {0U, 1U}) {
         file[5 * kPageSize3 + 0x23 + 4 * map] = static_cast<char>(2 + map);
     }
     return file;

@@ -268,7 +268,7 @@ bool beginsAlike(const std::string& one, const std::string& other)
     return one.compare(0, length, other, 0, length) == 0;
 }
 
-void sleepUpTo(int microseconds) { QThread::usleep(QRandomGenerator::global()->bounded(microseconds)); }
+void sleepUpTo(quint32 microseconds) { QThread::usleep(QRandomGenerator::global()->bounded(microseconds)); }
 
 /// A kind of file, and what reads it.
 struct Kind {

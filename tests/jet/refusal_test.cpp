@@ -77,7 +77,7 @@ TEST_F(Refusal, PasswordProtectedFileOfJet3)
 TEST_F(Refusal, CatalogRowWithoutAnEssentialValue)
 {
     const std::size_t page = 14 * kPageSize;
-    const std::size_t mask = page + (get16(bytes(), page + 14 + 2 * 7) & 0x1FFFU) - 3;
+    const std::size_t mask = page + (get16(bytes(), page + 14 + 2U * 7) & 0x1FFFU) - 3;
     const auto whole = bytes()[mask];
     ASSERT_EQ(whole, 0xFF);
     for (const unsigned number : {0U, 2U, 3U}) { // Id, Name, Type
@@ -115,7 +115,7 @@ TEST_F(Refusal, FileCutOffAnywhere)
 
 TEST_F(Refusal, GarbledPages)
 {
-    for (const std::size_t page : {2, 14, 16, 17, 18}) {
+    for (const std::size_t page : {2U, 14U, 16U, 17U, 18U}) {
         const ByteVector whole = bytes();
         std::fill_n(bytes().begin() + static_cast<std::ptrdiff_t>(page * kPageSize), kPageSize,
                     std::uint8_t{0x5A});

@@ -181,7 +181,7 @@ TEST(Row, NullsAndColumnsAddedLaterAreNull)
     // A row of the time when there were three columns, none of them variable.
     ByteVector old = fixedArea();
     old.insert(old.begin(), {3, 0});
-    for (const std::uint16_t number : {2 + 42, 0})
+    for (const std::uint16_t number : {std::uint16_t{2 + 42}, std::uint16_t{0}})
         append16(old, number);
     append8(old, 0x07);
     EXPECT_THAT(textsOf(old),

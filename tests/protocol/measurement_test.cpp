@@ -27,7 +27,7 @@ TEST(Measurement, CountsInTwentySevenAndTwentyNineCharactersOnly)
     ASSERT_EQ(kShort.size(), 27U);
     EXPECT_TRUE(isMeasurement(kLong));
     EXPECT_TRUE(isMeasurement(kShort));
-    for (const std::size_t length : {0, 1, 26, 28, 30, 58}) {
+    for (const std::size_t length : {0U, 1U, 26U, 28U, 30U, 58U}) {
         EXPECT_FALSE(isMeasurement(std::string(length, '0'))) << length;
     }
 }
