@@ -20,10 +20,11 @@ int main(int argc, char** argv)
     if (const auto status = readOptions(argc, argv, options)) return *status;
     Bus bus(options.fast ? kFast : kPaced, options.seed);
     if (const auto reason = fillBus(options, bus); !reason.empty()) return fail(reason);
-    if (!options.bitErrors.empty())
+    if (!options.bitErrors.empty()) {
         std::fprintf(stderr, "quorvel-sim: bit errors at %s of the characters each way, seed %s\n",
                      options.bitErrors.substr(0, options.bitErrors.find(',')).c_str(),
                      std::to_string(bus.bitErrors().seed()).c_str());
+    }
     prepareSignals();
     auto opened = options.tcp.empty() ? openPty() : openTcp(options.tcp);
     if (!opened.transport) return fail(opened.error);

@@ -88,7 +88,7 @@ QJsonObject queryReadout(Console& console)
 {
     const auto taken = findType(console);
     if (!taken) return {};
-    const auto values = queryAll(console);
+    auto values = queryAll(console);
     if (!values.isEmpty() && !taken->isEmpty()) console.tell(*taken);
     return values;
 }

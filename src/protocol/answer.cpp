@@ -42,7 +42,7 @@ std::optional<bool> flagIn(std::string_view field)
 
 QString whyFailed(const link::Exchange& exchange)
 {
-    const auto why = whyEnded(exchange);
+    auto why = whyEnded(exchange);
     if (exchange.lost == 0) return why;
     return why + QStringLiteral(
                      " %1 characters came that nobody had asked for, and were lost. Look for what floods the "

@@ -20,11 +20,12 @@ QString faultOfFormat(const QJsonObject& object)
         return QStringLiteral("its \"format\" is not \"%1\"").arg(kFormat);
     const auto version = object.value("version");
     if (version.isUndefined() || version == QJsonValue(kSettingsVersion)) return {};
-    if (version.toInt() > kSettingsVersion)
+    if (version.toInt() > kSettingsVersion) {
         return QStringLiteral(
                    "its version is %1, this program reads version %2; use the program that wrote it")
             .arg(version.toInt())
             .arg(kSettingsVersion);
+    }
     return QStringLiteral("its \"version\" is not %1").arg(kSettingsVersion);
 }
 

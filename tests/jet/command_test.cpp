@@ -28,7 +28,8 @@ private:
 TEST_F(OurOwnCommand, LeavesOutARowThatCannotBeReadAndGoesOn)
 {
     auto& file = fileOf(5);
-    put16(file, 18 * kPageSize + (get16(file, 18 * kPageSize + 14 + 2U * 1) & 0x1FFFU), 0xFFFF); // its columns
+    put16(file, 18 * kPageSize + (get16(file, 18 * kPageSize + 14 + 2U * 1) & 0x1FFFU),
+          0xFFFF); // its columns
     save(file, folder_ / "t.mdb");
     EXPECT_EQ(outputOf(command() + " data 2>/dev/null; echo status $?"),
               "time,x,y\n,0,\n,2,\n,3,\n,4,\nstatus 1\n");

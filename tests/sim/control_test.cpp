@@ -113,7 +113,7 @@ TEST_F(ControlChannel, LeavesOnlyNoiseOfAStoredField)
     EXPECT_EQ(test.talk(":21240001FF"), bad);
     EXPECT_EQ(say("set 33 noisy 1"), kOk);
     const auto worst = test.talk(":21240001FF");
-    for (const std::size_t field : {9, 21, 29, 37, 45})
+    for (const std::size_t field : {9U, 21U, 29U, 37U, 45U})
         EXPECT_NE(worst.substr(field, 8), good.substr(field, 8)) << field;
     EXPECT_EQ(worst.find_first_of(":\r\n", 1), 55U);
     EXPECT_EQ(test.talk(":21240002FF").substr(0, 9), ":21240002");

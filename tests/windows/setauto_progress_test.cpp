@@ -191,7 +191,8 @@ TEST_P(FullDisk, IsSaidAndTheRowsBeforeAreKept)
     const auto file = folder.filePath(GetParam().name);
     std::optional<LargestFile> limit;
     readout.answer = [&](const std::string& frame) {
-        if (frame == ":05240098FF") limit.emplace(static_cast<rlim_t>(QFileInfo(file).size()) + GetParam().bytes);
+        if (frame == ":05240098FF")
+            limit.emplace(static_cast<rlim_t>(QFileInfo(file).size()) + GetParam().bytes);
         return shortRing(frame);
     };
     messages.files.push_back(file);
