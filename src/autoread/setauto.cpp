@@ -61,6 +61,7 @@ void SetAuto::Form_Load()
 link::Exchange SetAuto::ask(const link::Transaction& transaction)
 {
     remark_.clear();
+    odd_.clear();
     tell(tr("Waiting for readout %1 ...").arg(address()));
     auto exchange = perform(transaction);
     clearStatus();
@@ -133,7 +134,7 @@ autoread::Report SetAuto::run(const QString& path, autoread::RecordSink& sink,
     report.type = std::string(1, static_cast<char>('A' + (bench_.instrumentType - link::TypeA)));
     report.file = QFileInfo(path).filesystemFilePath();
     report.expected = span.count();
-    odd_ = 0;
+    oddCount_ = 0;
     book_.began(report.file);
     tell(tr("Closing this window ends the download after the current record."));
     autoread::RecordReader reader(module1_, addressDigits(), layout(), {.asPrescribed = true});
@@ -172,10 +173,11 @@ void SetAuto::showProgress(const autoread::Progress& progress)
 // The first one is said with its record; a line that named hundreds would say no more.
 void SetAuto::noteOdd(const std::string& words)
 {
-    if (++odd_ == 1) firstOdd_ = QString::fromStdString(words);
-    remark_ = odd_ == 1 ? firstOdd_ : tr("%1 And %2 more remarks of this kind.").arg(firstOdd_).arg(odd_ - 1);
+    if (++oddCount_ == 1) firstOdd_ = QString::fromStdString(words);
+    odd_ = oddCount_ == 1 ? firstOdd_
+                          : tr("%1 And %2 more remarks of this kind.").arg(firstOdd_).arg(oddCount_ - 1);
     tell(tr("Closing this window ends the download after the current record."));
-    addStatus(remark_);
+    addStatus(odd_);
 }
 
 void SetAuto::Command3_Click()
@@ -191,13 +193,14 @@ void SetAuto::Command3_Click()
 void SetAuto::addressTyped()
 {
     remark_.clear();
+    odd_.clear();
     clearStatus();
 }
 
 QString SetAuto::standing() const
 {
     const bool valid = link::isAddress(address());
-    QStringList lines{valid ? words(book_.text(address())) : QString(), remark_};
+    QStringList lines{valid ? words(book_.text(address())) : QString(), remark_, odd_};
     lines.removeAll(QString());
     return lines.join(u'\n');
 }

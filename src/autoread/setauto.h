@@ -51,9 +51,10 @@ private:
 
     std::unique_ptr<Ui::SetAuto> ui_;
     autoread::Book& book_;
-    QString remark_; ///< on the last answers of the readout in the address box
+    QString remark_; ///< on the last answer of the readout in the address box
+    QString odd_;    ///< on replies of its download that do not fit or cannot be read
     QString firstOdd_;
-    int odd_ = 0; ///< replies of the download that do not fit or cannot be read
+    int oddCount_ = 0;
 };
 
 } // namespace quorvel

@@ -133,7 +133,8 @@ TEST_F(SetAutoOnTheBus, AddressThatNoReadoutHasIsPointedOut)
     controls.Text1().setText("250");
     EXPECT_EQ(controls.status(), "No readout has the address \"250\". Addresses are 1 to 249.");
     controls.Text1().setText("5");
-    EXPECT_EQ(controls.status(), "The records stored in readout 5 have not been downloaded in this window.");
+    EXPECT_EQ(controls.status(),
+              "Readout 5 has not been asked for its stored records since the program was started.");
 }
 
 TEST_F(SetAutoOnTheBus, ReturnPressesOnlyTheButtonThatHasTheFocus)
