@@ -11,6 +11,7 @@ struct FileChoice {
     QString caption;
     QString filter; ///< as Qt writes it, "Database file(*.mdb)"; empty for none
     bool toSave = false;
+    QString proposed = {}; ///< a path or name that stands in the dialog at first; empty for none
 };
 
 /// The seam for everything that asks the operator something in a box of its own. Windows are given one;

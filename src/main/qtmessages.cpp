@@ -73,6 +73,7 @@ QString QtMessages::chooseFile(QWidget* parent, const FileChoice& choice)
     dialog.setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
     dialog.setAcceptMode(choice.toSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::AnyFile);
+    if (!choice.proposed.isEmpty()) dialog.selectFile(choice.proposed);
     letTypedNameCount(dialog);
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }

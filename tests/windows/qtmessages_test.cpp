@@ -59,6 +59,20 @@ TEST_P(TypedFileName, IsTheAnswer)
     EXPECT_EQ(chosenBy(path, {"Save As", "*.mdb", true}), path);
 }
 
+TEST_F(TypedFileName, StandsThereWhenItIsProposed)
+{
+    QString found;
+    QTimer::singleShot(0, qApp, [&] {
+        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(dialog);
+        found = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text();
+        QTest::keyClick(dialog, Qt::Key_Return);
+    });
+    const auto path = folder.filePath(QStringLiteral("5-A-2024-05-17.mdb"));
+    EXPECT_EQ(messages.chooseFile(nullptr, {"New File", "Database file(*.mdb)", true, path}), path);
+    EXPECT_EQ(found, "5-A-2024-05-17.mdb");
+}
+
 INSTANTIATE_TEST_SUITE_P(Names, TypedFileName,
                          testing::Values("old.mdb", "new.mdb", "below/old.mdb", "below/new.csv"));
 
