@@ -1,5 +1,6 @@
 """Takes the pictures of the manual: pictures.py BINARIES FOLDER. Run it by tools/pictures."""
 
+import datetime
 import os
 import pathlib
 import subprocess
@@ -8,14 +9,13 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests/accessibility"))
-from desk import RETURN_KEY, Atspi, Program, click, descendants, one_in, press, type_into, type_keys, until  # noqa: E402
+from desk import Atspi, Program, click, descendants, one_in, press, type_into, type_keys, until  # noqa: E402
 
 BINARIES, FOLDER = sys.argv[1:3]
 BUTTON = Atspi.Role.PUSH_BUTTON
 BUS = ["--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:B", "--readout", "33:C", "--ring", "5:1000,40,100"]
 DEVIATIONS = (-5, 7, 6, -4, -12, -9, 4, 13, 9, -2, -8)  # of the points of the calibration from its line, micrometres
 REPAINT = 0.5  # seconds
-DOWN_KEY = 0xff54
 
 
 def take(window, name):
@@ -46,16 +46,13 @@ def main_window():
 
 def traffic():
     program = start("quorvel", "A", "")
-    press(program.one(BUTTON, "Tools"))
-    time.sleep(REPAINT)
-    for key in (DOWN_KEY, RETURN_KEY):
-        Atspi.generate_keyboard_event(key, None, Atspi.KeySynthType.SYM)
+    panel = program.tool("Traffic")
     press(program.one(BUTTON, "Search CCD"))
     program.one(Atspi.Role.LABEL, "05,12,33")
     press(program.one(BUTTON, "Immediate Reading"))
     readings = program.one(Atspi.Role.LIST, "Value:")
     until(lambda: readings.get_child_count() >= 2, "two readings", patience=60)
-    take(program.window("Traffic"), "traffic")
+    take(panel, "traffic")
     program.close()
 
 
@@ -75,6 +72,19 @@ def automatic_readings():
     program.choose_file("Database File", os.path.join(program.folder.name, "dam.mdb"))
     until(lambda: [node for node in descendants(window) if "35 records" in node.get_name()], "half of the records")
     take(window, "automatic-readings")
+    program.close()
+
+
+def stored_readings():
+    program = start("quorvel", "A", "5")
+    window = program.tool("Stored Readings")
+    press(one_in(window, BUTTON, "New File ..."))
+    program.choose_file("New File", os.path.join(program.folder.name, f"readout-5-A-{datetime.date.today()}.mdb"), "Save")
+    report = one_in(window, Atspi.Role.TEXT, "Report")
+    until(lambda: "complete" in report.get_text(0, -1), "the report")
+    press(one_in(window, BUTTON, "Check"))
+    until(lambda: "Safe to delete: all" in report.get_text(0, -1), "the check")
+    take(window, "stored-readings")
     program.close()
 
 
@@ -104,5 +114,5 @@ def calibration():
     program.close()
 
 
-for scene in (main_window, traffic, offset_setting, automatic_readings, grayscale, calibration):
+for scene in (main_window, traffic, offset_setting, automatic_readings, stored_readings, grayscale, calibration):
     scene()

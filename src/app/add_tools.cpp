@@ -1,5 +1,6 @@
 #include "app/openers.h"
 #include "app/program.h"
+#include "autoread/storedreadings.h"
 #include "line/healthwindow.h"
 #include "line/journalwindow.h"
 #include "line/trafficpanel.h"
@@ -45,6 +46,21 @@ void showJournal(Program& program)
     window->raise();
 }
 
+/// A new one each time, so that it begins with the address of the main window.
+void showStoredReadings(Program& program)
+{
+    auto* window = program.form1.findChild<StoredReadings*>();
+    if (!window && program.gate.busy()) {
+        return program.form1.showStatus(
+            QStringLiteral("A command runs; open \"Stored Readings\" when it has ended."));
+    }
+    if (!window) window = new StoredReadings(program.workplace, program.book, &program.form1);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
 } // namespace
 
 void addTools(Program& program)
@@ -52,6 +68,7 @@ void addTools(Program& program)
     program.form1.addTool(QStringLiteral("Traffic"), [&program] { showTraffic(program); });
     program.form1.addTool(QStringLiteral("Line Health"), [&program] { showHealth(program); });
     program.form1.addTool(QStringLiteral("Journal"), [&program] { showJournal(program); });
+    program.form1.addTool(QStringLiteral("Stored Readings"), [&program] { showStoredReadings(program); });
     auto* readOnly = program.form1.addTool(QStringLiteral("Read Only"), [] {});
     readOnly->setCheckable(true);
     readOnly->setObjectName(QStringLiteral("ReadOnly"));

@@ -13,6 +13,8 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 PATIENCE = 20.0  # seconds
 RETURN_KEY = 0xff0d
+DOWN_KEY = 0xff54
+TOOLS = ["Traffic", "Line Health", "Journal", "Stored Readings", "Read Only"]  # in the order of the menu
 
 
 def until(condition, what, patience=PATIENCE):
@@ -92,6 +94,14 @@ class Program:
     def open(self, item, caption):
         """Chooses a menu item, and gives the window that it opens."""
         self.press(Atspi.Role.MENU_ITEM, item)
+        return self.window(caption)
+
+    def tool(self, caption):
+        """Chooses an item of the button "Tools" by the keyboard, and gives the window that it opens."""
+        self.press(Atspi.Role.PUSH_BUTTON, "Tools")
+        time.sleep(0.5)  # menus that pop up are not in the tree
+        for key in [DOWN_KEY] * (TOOLS.index(caption) + 1) + [RETURN_KEY]:
+            Atspi.generate_keyboard_event(key, None, Atspi.KeySynthType.SYM)
         return self.window(caption)
 
     def tell_bus(self, line):

@@ -125,6 +125,93 @@ TEST_F(Menus, HaveNoOtherItems)
     EXPECT_THAT(shown, ::testing::UnorderedElementsAreArray(expected));
 }
 
+/// What stands under "Tools" and opens a window of its own, and that window.
+struct Tool {
+    const char* name;
+    const char* window;
+    const char* title;
+};
+
+const Tool kTools[] = {
+    {"Traffic", "quorvel::line::TrafficPanel", "Traffic"},
+    {"Line Health", "quorvel::line::HealthWindow", "Line Health"},
+    {"Journal", "quorvel::line::JournalWindow", "Journal"},
+    {"Stored Readings", "quorvel::StoredReadings", "Stored Readings"},
+};
+
+/// The tool of that name; the menu hangs on no window while it is closed.
+QAction* toolNamed(const QString& name)
+{
+    for (auto* widget : QApplication::allWidgets()) {
+        auto* menu = qobject_cast<QMenu*>(widget);
+        if (!menu) continue;
+        for (auto* action : menu->actions())
+            if (action->text() == name) return action;
+    }
+    return nullptr;
+}
+
+/// The visible window of that class; null when there is none.
+QWidget* windowOf(const QString& className)
+{
+    for (auto* window : QApplication::topLevelWidgets())
+        if (window->isVisible() && window->metaObject()->className() == className) return window;
+    return nullptr;
+}
+
+class Tools : public ::testing::Test {
+protected:
+    Tools()
+    {
+        addTools(program);
+        program.form1.show();
+        child<QLineEdit>(program.form1, "TestNo")->setText("12");
+        child<QPushButton>(program.form1, "Command1")->click();
+    }
+
+    QTemporaryDir folder;
+    SimulatedBus bus{{"--fast", "--seed", "1", "--readout", "12:C"}};
+    Program program{{bus.device()}, folder.path().toStdString(), {}, kEdition};
+};
+
+TEST_F(Tools, OpenTheirWindowsOnceWithoutBlockingTheOthers)
+{
+    for (const auto& tool : kTools) {
+        auto* action = toolNamed(tool.name);
+        ASSERT_TRUE(action) << tool.name;
+        action->trigger();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return windowOf(tool.window) != nullptr; }, 20'000)) << tool.name;
+        auto* window = windowOf(tool.window);
+        EXPECT_EQ(window->windowTitle(), tool.title);
+        EXPECT_FALSE(window->isModal()) << tool.name;
+        action->trigger();
+        QApplication::processEvents();
+        EXPECT_EQ(windowOf(tool.window), window) << "a second one opened";
+    }
+}
+
+TEST_F(Tools, StoredReadingsBeginEachTimeWithTheAddressOfTheMainWindow)
+{
+    for (const auto* address : {"12", "5"}) {
+        child<QLineEdit>(program.form1, "TestNo")->setText(address);
+        toolNamed("Stored Readings")->trigger();
+        ASSERT_TRUE(QTest::qWaitFor([] { return windowOf("quorvel::StoredReadings") != nullptr; }, 20'000));
+        auto* window = windowOf("quorvel::StoredReadings");
+        EXPECT_EQ(child<QLineEdit>(*window, "Address")->text(), address);
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST_F(Tools, StoredReadingsWaitUntilARunningCommandHasEnded)
+{
+    program.gate.run([] {
+        toolNamed("Stored Readings")->trigger();
+        QApplication::processEvents();
+        EXPECT_EQ(windowOf("quorvel::StoredReadings"), nullptr);
+    });
+}
+
 } // namespace
 } // namespace test
 } // namespace quorvel
