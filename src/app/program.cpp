@@ -5,9 +5,11 @@
 namespace quorvel {
 
 Program::Program(const QStringList& portNames, const std::filesystem::path& folder,
-                 const std::filesystem::path& help, const QString& edition)
-    : ports(portNames), mscomm1(ports), module1(mscomm1, clock), filter(gate),
-      messages(gate), workplace{bench, module1, gate, messages}, form1(benchOf(folder, help, edition), ports)
+                 const std::filesystem::path& help, const QString& edition, const StandIns& standIns)
+    : ports(portNames), mscomm1(ports), module1(mscomm1, standIns.clock ? *standIns.clock : clock),
+      filter(gate),
+      messages(gate), workplace{bench, module1, gate, standIns.messages ? *standIns.messages : messages},
+      form1(benchOf(folder, help, edition), ports)
 {
     qApp->installEventFilter(&filter);
     module1.addObserver(trace);

@@ -20,13 +20,19 @@
 
 namespace quorvel {
 
+/// What a test puts in the place of the machine's time and of Qt's boxes; null: the real thing.
+struct StandIns {
+    link::Clock* clock = nullptr;
+    Messages* messages = nullptr;
+};
+
 /// All that one run of the program consists of, wired together.
 struct Program {
     /// @param ports   devices that come first in the port list.
     /// @param folder  the program's own folder.
     /// @param help    the help text.
     Program(const QStringList& ports, const std::filesystem::path& folder, const std::filesystem::path& help,
-            const QString& edition);
+            const QString& edition, const StandIns& standIns = {});
     ~Program();
 
     /// Books every set and deletion from now on.
