@@ -4,11 +4,13 @@
 //
 //     trigger ACTION      chooses a menu item
 //     click BUTTON        presses a button or chooses an option of the window that is in front
+//     insist BUTTON       presses it again and again until another window is in front: a press may come too early
 //     type FIELD TEXT     types into a field of that window
 //     choose PATH         answers a file dialog
 //     accept              answers a box with Yes or OK
 #include <QAction>
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -26,7 +28,8 @@ namespace quorvel::test {
 
 namespace {
 
-constexpr int kLook = 5; // ms
+constexpr int kLook = 5;             // ms
+constexpr int kBetweenPresses = 200; // ms
 
 /// The window that takes the input.
 QWidget* front()
@@ -75,6 +78,23 @@ bool choosePath(const QString& path)
     return soon(dialog, [dialog] { static_cast<QDialog*>(dialog)->accept(); });
 }
 
+/// Waits for the window in front to be another one, and presses meanwhile.
+bool insist(const QString& name)
+{
+    static QWidget* from = nullptr;
+    static QElapsedTimer pressed;
+    if (from && front() != from) {
+        from = nullptr;
+        return true;
+    }
+    auto* button = inFront<QAbstractButton>(name);
+    if (!button || (from && pressed.elapsed() < kBetweenPresses)) return false;
+    from = front();
+    pressed.start();
+    soon(button, [button] { button->click(); });
+    return false;
+}
+
 /// @return false when it cannot be done yet.
 bool perform(const QString& line)
 {
@@ -89,6 +109,7 @@ bool perform(const QString& line)
         auto* button = inFront<QAbstractButton>(name);
         return soon(button, [button] { button->click(); });
     }
+    if (verb == "insist") return insist(name);
     if (verb == "type") {
         auto* field = inFront<QLineEdit>(name);
         if (field) field->setText(rest);

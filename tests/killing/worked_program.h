@@ -35,12 +35,10 @@ public:
 
     /// Opens the port and names the readout.
     void openPort(int address) { work({"click Command1", QStringLiteral("type TestNo %1").arg(address)}); }
-    /// Begins to download the stored records, when the window has asked for the interval.
+    /// Begins to download the stored records, as soon as the window has asked for the interval.
     void download(const QString& file)
     {
-        work({"trigger AutomaticReading"});
-        EXPECT_TRUE(shows("have not been downloaded")) << qPrintable(shown());
-        work({"click Command2", "choose " + file});
+        work({"trigger AutomaticReading", "insist Command2", "choose " + file});
         EXPECT_TRUE(shows("did choose")) << qPrintable(shown());
     }
     /// Has these things done, one after the other.
