@@ -149,9 +149,10 @@ private:
         for (std::size_t i = 0; i < count; ++i) {
             rows_->AddNew();
             Row row(types_.size());
-            const Value value(static_cast<int>(i));
-            rows_->Fields(0).SetValue(types_[0] == FieldType::Date ? Value(Date{i + 0.5}) : value);
-            row[0] = *fitTo(types_[0], types_[0] == FieldType::Date ? Value(Date{i + 0.5}) : value);
+            const auto number = static_cast<int>(i);
+            const auto value = types_[0] == FieldType::Date ? Value(Date{number + 0.5}) : Value(number);
+            rows_->Fields(0).SetValue(value);
+            row[0] = *fitTo(types_[0], value);
             promised(static_cast<bool>(rows_->Update()), "a row is added");
             model_.push_back(row);
         }
