@@ -4,6 +4,7 @@
 #include "line/healthwindow.h"
 #include "line/journalwindow.h"
 #include "line/trafficpanel.h"
+#include "settings/settingscompare.h"
 
 namespace quorvel {
 
@@ -61,6 +62,16 @@ void showStoredReadings(Program& program)
     window->activateWindow();
 }
 
+/// A new one each time, too.
+void showSettings(Program& program)
+{
+    auto* window = program.form1.findChild<SettingsCompare*>("Settings");
+    if (!window) window = new SettingsCompare(program.workplace, &program.form1);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->show();
+    window->raise();
+}
+
 } // namespace
 
 void addTools(Program& program)
@@ -69,6 +80,7 @@ void addTools(Program& program)
     program.form1.addTool(QStringLiteral("Line Health"), [&program] { showHealth(program); });
     program.form1.addTool(QStringLiteral("Journal"), [&program] { showJournal(program); });
     program.form1.addTool(QStringLiteral("Stored Readings"), [&program] { showStoredReadings(program); });
+    program.form1.addTool(QStringLiteral("Settings ..."), [&program] { showSettings(program); });
     auto* readOnly = program.form1.addTool(QStringLiteral("Read Only"), [] {});
     readOnly->setCheckable(true);
     readOnly->setObjectName(QStringLiteral("ReadOnly"));

@@ -22,8 +22,6 @@ namespace {
 
 using link::InstrumentType;
 
-constexpr auto kUnreadable = "The answer \"%1\" was not understood.";
-
 /// The options of save and restore.
 struct FileOptions {
     std::string file;
@@ -37,11 +35,9 @@ QJsonValue query(Console& console, const protocol::Setting& setting)
 {
     const auto exchange = ask(console, setting.query(console.bench().addressDigits()));
     if (!exchange) return QJsonValue::Null;
-    const auto& reply = exchange->reply;
-    auto value = setting.read(reply);
-    if (value.isNull())
-        console.fail(kNotAnswered, QString(kUnreadable).arg(link::shown(protocol::inOneLine(reply))));
-    return value;
+    auto told = protocol::toldBy(setting, *exchange);
+    if (told.value.isNull()) console.fail(kNotAnswered, told.why);
+    return told.value;
 }
 
 /// Asks for all settings; those that the readout does not tell are missing. Gives up at once when it is silent.

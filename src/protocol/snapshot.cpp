@@ -1,6 +1,7 @@
 #include "protocol/snapshot.h"
 
 #include "link/bytes.h"
+#include "protocol/answer.h"
 #include "protocol/feature.h"
 #include "protocol/offset.h"
 #include "protocol/readout_clock.h"
@@ -27,6 +28,9 @@ using Reply = std::string_view;
 using Command = std::variant<link::Transaction, NotSent>;
 
 constexpr int kLargestNumber = 99;
+constexpr auto kTimeGoesOn = "the time it shows is past";
+constexpr auto kNoFixedHours = "there is no command for fixed hours of the day";
+constexpr auto kUnreadable = "The answer \"%1\" was not understood.";
 constexpr const char* kIntervalNames[] = {"hours", "minutes", "seconds"};
 
 bool isStitched(InstrumentType type) { return type == link::TypeB; }
@@ -156,18 +160,19 @@ Command writeStitching(Address address, const QJsonValue& value)
 }
 
 constexpr Setting kSettings[] = {
-    {"wire", always, wireQuery, readWire, writeWire},
-    {"offsetX", always, queryOffset<kXRow>, readOffset<kXRow>, writeOffset<kXRow>},
-    {"offsetY", hasY, queryOffset<kYRow>, readOffset<kYRow>, writeOffset<kYRow>},
-    {"offsetZ", hasZ, queryOffset<kZRow>, readOffset<kZRow>, writeOffset<kZRow>},
-    {"referenceFeature", always, featureQuery, readFeature, writeFeature},
-    {"invertX", always, querySwitch<kInvertXRow>, readSwitch, writeSwitch<kInvertXRow>},
-    {"invertY", hasY, querySwitch<kInvertYRow>, readSwitch, writeSwitch<kInvertYRow>},
-    {"invertZ", hasZ, querySwitch<kInvertZRow>, readSwitch, writeSwitch<kInvertZRow>},
-    {"swap", hasY, querySwitch<kSwapRow>, readSwitch, writeSwitch<kSwapRow>},
-    {"clock", always, clockQuery, readClock, keepClock},
-    {"autoReading", always, modeQuery, readAutoReading, writeAutoReading},
-    {"stitching", isStitched, locationQuery, readStitching, writeStitching},
+    {"wire", "Wire", always, wireQuery, readWire, writeWire},
+    {"offsetX", "Offset X", always, queryOffset<kXRow>, readOffset<kXRow>, writeOffset<kXRow>},
+    {"offsetY", "Offset Y", hasY, queryOffset<kYRow>, readOffset<kYRow>, writeOffset<kYRow>},
+    {"offsetZ", "Offset Z", hasZ, queryOffset<kZRow>, readOffset<kZRow>, writeOffset<kZRow>},
+    {"referenceFeature", "Reference feature", always, featureQuery, readFeature, writeFeature},
+    {"invertX", "Inversion X", always, querySwitch<kInvertXRow>, readSwitch, writeSwitch<kInvertXRow>},
+    {"invertY", "Inversion Y", hasY, querySwitch<kInvertYRow>, readSwitch, writeSwitch<kInvertYRow>},
+    {"invertZ", "Inversion Z", hasZ, querySwitch<kInvertZRow>, readSwitch, writeSwitch<kInvertZRow>},
+    {"swap", "Swap of X and Y", hasY, querySwitch<kSwapRow>, readSwitch, writeSwitch<kSwapRow>},
+    {"clock", "Clock", always, clockQuery, readClock, keepClock, kTimeGoesOn},
+    {"autoReading", "Automatic readings", always, modeQuery, readAutoReading, writeAutoReading,
+     kNoFixedHours},
+    {"stitching", "Stitching location", isStitched, locationQuery, readStitching, writeStitching},
 };
 
 QString words(const QJsonValue& value);
@@ -199,12 +204,22 @@ QString words(const QJsonValue& value)
 
 } // namespace
 
+std::span<const Setting> settings() { return kSettings; }
+
 std::vector<Setting> settingsOf(InstrumentType type)
 {
     std::vector<Setting> settings;
     std::copy_if(std::begin(kSettings), std::end(kSettings), std::back_inserter(settings),
                  [type](const Setting& setting) { return setting.isFor(type); });
     return settings;
+}
+
+Told toldBy(const Setting& setting, const link::Exchange& exchange)
+{
+    if (!exchange.complete() || !link::isAnswered(exchange)) return {QJsonValue::Null, whyFailed(exchange)};
+    auto value = setting.read(exchange.reply);
+    if (!value.isNull()) return {value, QString()};
+    return {QJsonValue::Null, QString(kUnreadable).arg(shown(inOneLine(exchange.reply)))};
 }
 
 QString inWords(const QJsonValue& value)

@@ -127,7 +127,7 @@ const Arrows& arrows()
         {"link", {"text"}},
         {"protocol", {"link", "text", "jet"}},
         {"main", {"protocol", "link", "text", "files"}},
-        {"settings", {"main", "protocol", "link", "text"}},
+        {"settings", {"main", "protocol", "link", "text", "files"}},
         {"autoread", {"main", "protocol", "link", "text", "jet", "files"}},
         {"grayscale", {"main", "protocol", "link", "text", "jet", "files"}},
         {"calibration", {"main", "protocol", "link", "text", "jet", "files"}},
