@@ -76,12 +76,12 @@ void showSettings(Program& program)
 
 void addTools(Program& program)
 {
-    program.form1.addTool(QStringLiteral("Traffic"), [&program] { showTraffic(program); });
-    program.form1.addTool(QStringLiteral("Line Health"), [&program] { showHealth(program); });
-    program.form1.addTool(QStringLiteral("Journal"), [&program] { showJournal(program); });
-    program.form1.addTool(QStringLiteral("Stored Readings"), [&program] { showStoredReadings(program); });
-    program.form1.addTool(QStringLiteral("Settings ..."), [&program] { showSettings(program); });
-    auto* readOnly = program.form1.addTool(QStringLiteral("Read Only"), [] {});
+    program.form1.addTool(QStringLiteral("&Traffic"), [&program] { showTraffic(program); });
+    program.form1.addTool(QStringLiteral("Line &Health"), [&program] { showHealth(program); });
+    program.form1.addTool(QStringLiteral("&Journal"), [&program] { showJournal(program); });
+    program.form1.addTool(QStringLiteral("Stored R&eadings"), [&program] { showStoredReadings(program); });
+    program.form1.addTool(QStringLiteral("&Settings ..."), [&program] { showSettings(program); });
+    auto* readOnly = program.form1.addTool(QStringLiteral("&Read Only"), [] {});
     readOnly->setCheckable(true);
     readOnly->setObjectName(QStringLiteral("ReadOnly"));
     QObject::connect(readOnly, &QAction::toggled, &program.form1, [&program](bool on) {

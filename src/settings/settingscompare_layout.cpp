@@ -10,10 +10,9 @@ namespace quorvel {
 
 namespace {
 
-constexpr QSize kStartSize(1000, 620);
+constexpr QSize kStartSize(1100, 620);
 constexpr int kAddressCharacters = 6;
-constexpr int kWidths[] = {160, 200, 200, 200, 200, 160, 160, 160};
-static_assert(std::size(kWidths) == SettingsModel::kColumns);
+constexpr int kTypeCharacters = 10; // an easy target
 
 void name(QWidget& widget, const char* objectName) { widget.setObjectName(QLatin1String(objectName)); }
 
@@ -77,6 +76,7 @@ QWidget* SettingsCompare::readoutRows()
         controls.address.setMaximumWidth(kAddressCharacters * fontMetrics().averageCharWidth() * 2);
         controls.type.addItems(
             {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("D")});
+        controls.type.setMinimumContentsLength(kTypeCharacters);
         controls.type.setAccessibleName(rows[i].type);
         int column = 0;
         for (auto* widget : std::initializer_list<QWidget*>{
@@ -103,11 +103,12 @@ void SettingsCompare::makeTable()
     table_.setWordWrap(true);
     table_.setSelectionMode(QAbstractItemView::SingleSelection);
     table_.verticalHeader()->hide();
-    for (int column = 0; column < SettingsModel::kColumns; ++column) {
-        table_.setColumnWidth(column, kWidths[column]);
-        if (column >= SettingsModel::BeforeColumn) table_.hideColumn(column);
+    for (const int column :
+         {SettingsModel::BeforeColumn, SettingsModel::SentColumn, SettingsModel::ReadBackColumn}) {
+        table_.hideColumn(column);
     }
-    table_.horizontalHeader()->setStretchLastSection(true);
+    table_.horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table_.horizontalHeader()->setSectionResizeMode(SettingsModel::NameColumn, QHeaderView::ResizeToContents);
     connect(table_.horizontalHeader(), &QHeaderView::sectionResized, &table_,
             &QTableView::resizeRowsToContents);
 }

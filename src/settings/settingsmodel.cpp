@@ -4,6 +4,7 @@
 #include "protocol/direction.h"
 
 #include <QColor>
+#include <QDateTime>
 #include <QStringList>
 
 #include <algorithm>
@@ -52,7 +53,8 @@ QString shownValue(const QJsonValue& value)
     }
     if (value["mode"] == QJsonValue("fixed") && value["hoursOfDay"].isArray())
         return SettingsModel::tr("at %1 o'clock").arg(protocol::inWords(value["hoursOfDay"]));
-    return protocol::inWords(value);
+    const auto time = QDateTime::fromString(value.toString(), Qt::ISODate);
+    return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : protocol::inWords(value);
 }
 
 QString shownTold(const Told& told) { return told.value.isNull() ? told.why : shownValue(told.value); }
@@ -79,7 +81,7 @@ QVariant SettingsModel::data(const QModelIndex& index, int role) const
     case Qt::ToolTipRole:
         return text(index.row(), index.column());
     case Qt::CheckStateRole:
-        if (index.column() != NameColumn) return {};
+        if (index.column() != NameColumn || !whyNot(index.row()).isEmpty()) return {};
         return chosen_[static_cast<std::size_t>(index.row())] ? Qt::Checked : Qt::Unchecked;
     case Qt::BackgroundRole:
     case Qt::ForegroundRole:

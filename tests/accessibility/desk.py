@@ -13,8 +13,13 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 PATIENCE = 20.0  # seconds
 RETURN_KEY = 0xff0d
-DOWN_KEY = 0xff54
-TOOLS = ["Traffic", "Line Health", "Journal", "Stored Readings", "Read Only"]  # in the order of the menu
+ESCAPE_KEY = 0xff1b
+SPACE_KEY = 0x20
+CONTROL_KEYCODE = 37  # of the keyboard of the virtual screen
+MENU_OPENS = 0.5  # seconds
+# The letters of the menu "Tools" by the captions of the windows that they open.
+TOOLS = {"Traffic": "t", "Line Health": "h", "Journal": "j", "Stored Readings": "e", "Settings": "s"}
+READ_ONLY = "r"
 
 
 def until(condition, what, patience=PATIENCE):
@@ -98,11 +103,15 @@ class Program:
 
     def tool(self, caption):
         """Chooses an item of the button "Tools" by the keyboard, and gives the window that it opens."""
-        self.press(Atspi.Role.PUSH_BUTTON, "Tools")
-        time.sleep(0.5)  # menus that pop up are not in the tree
-        for key in [DOWN_KEY] * (TOOLS.index(caption) + 1) + [RETURN_KEY]:
-            Atspi.generate_keyboard_event(key, None, Atspi.KeySynthType.SYM)
+        self.strike_in_tools(TOOLS[caption])
         return self.window(caption)
+
+    def strike_in_tools(self, letter):
+        """Opens the menu "Tools" and strikes a letter: its items are not in the tree."""
+        click(self.one(Atspi.Role.LABEL, "CCD Address"))  # keys go to the window below the mouse
+        strike_with_control("t")
+        time.sleep(MENU_OPENS)
+        type_keys(letter)
 
     def tell_bus(self, line):
         self.bus.stdin.write(line + "\n")
@@ -184,6 +193,15 @@ def one_in(node, role, name):
                  f"{role.value_nick} {name!r} in {node.get_name()!r}")
 
 
+def row(window, name):
+    """The controls that stand in the row of a label, or in a frame with a caption."""
+    for node in descendants(window):
+        if node.get_role() == Atspi.Role.PANEL and node.get_name() == name:
+            return list(descendants(node))
+    top = one_in(window, Atspi.Role.LABEL, name).get_extents(Atspi.CoordType.SCREEN).y
+    return [node for node in descendants(window) if node.get_extents(Atspi.CoordType.SCREEN).y == top]
+
+
 def click(node):
     """A click of the mouse in the middle of a node."""
     place = node.get_extents(Atspi.CoordType.SCREEN)
@@ -196,6 +214,18 @@ def type_keys(text):
         Atspi.generate_keyboard_event(0, part.rstrip("\n"), Atspi.KeySynthType.STRING)
         if part.endswith("\n"):
             Atspi.generate_keyboard_event(RETURN_KEY, None, Atspi.KeySynthType.SYM)
+
+
+def strike(key):
+    """Strikes a key by its symbol number."""
+    Atspi.generate_keyboard_event(key, None, Atspi.KeySynthType.SYM)
+
+
+def strike_with_control(letter):
+    """Strikes a letter while the control key is held down."""
+    Atspi.generate_keyboard_event(CONTROL_KEYCODE, None, Atspi.KeySynthType.PRESS)
+    Atspi.generate_keyboard_event(ord(letter), None, Atspi.KeySynthType.SYM)
+    Atspi.generate_keyboard_event(CONTROL_KEYCODE, None, Atspi.KeySynthType.RELEASE)
 
 
 def select(combo, entry):

@@ -3,7 +3,7 @@
 import sys
 import unittest
 
-from desk import Atspi, Program, descendants, one_in, press, select, type_into, until
+from desk import Atspi, Program, descendants, one_in, press, row, select, type_into, until
 
 BINARIES = sys.argv.pop(1)
 BUTTON = Atspi.Role.PUSH_BUTTON
@@ -19,18 +19,8 @@ class SettingsWindows(unittest.TestCase):
         self.addCleanup(self.program.close)
         self.program.address("C", "33")
 
-    @staticmethod
-    def row(window, name):
-        """The controls that stand in the row of a label, or in a frame with a caption."""
-        for node in descendants(window):
-            if node.get_role() == Atspi.Role.PANEL and node.get_name() == name:
-                return list(descendants(node))
-        top = one_in(window, Atspi.Role.LABEL, name).get_extents(Atspi.CoordType.SCREEN).y
-        return [node for node in descendants(window)
-                if node.get_extents(Atspi.CoordType.SCREEN).y == top]
-
     def press_in_row(self, window, name, button):
-        press(next(node for node in self.row(window, name)
+        press(next(node for node in row(window, name)
                    if node.get_role() == BUTTON and node.get_name() == button))
 
     def result(self):
@@ -96,7 +86,7 @@ class SettingsWindows(unittest.TestCase):
         window = self.program.open("Invert and Swap", "Invert and Swap")
         for caption, switch in (("X Direction", "invertX"), ("Y Direction", "invertY"),
                                 ("Z Direction", "invertZ"), ("Swap X and Y", "swap")):
-            select(next(node for node in self.row(window, caption) if node.get_role() == COMBO), "True")
+            select(next(node for node in row(window, caption) if node.get_role() == COMBO), "True")
             self.press_in_row(window, caption, "Set")
             self.assertEqual(self.program.answer("OK"), "Set OK!")
             self.assertTrue(self.program.state(33)["switches"][switch])
