@@ -5,8 +5,8 @@ import os
 import sys
 import unittest
 
-from desk import (ESCAPE_KEY, READ_ONLY, SPACE_KEY, Atspi, Program, click, descendants, has_state, one_in, press, row, select, strike, type_into,
-                  until)
+from desk import (ESCAPE_KEY, READ_ONLY, SPACE_KEY, Atspi, Program, click, descendants, has_state, one_in, press, row,
+                  select, strike, type_into, until)
 
 BINARIES = sys.argv.pop(1)
 BUTTON = Atspi.Role.PUSH_BUTTON
