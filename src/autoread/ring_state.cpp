@@ -6,7 +6,8 @@
 #include "text/duration.h"
 #include "text/number.h"
 
-#include <array>
+#include <algorithm>
+#include <vector>
 
 namespace quorvel::autoread {
 
@@ -16,6 +17,13 @@ namespace {
 
 constexpr int kSixty = 60; // seconds of a minute, minutes of an hour
 constexpr int kZQuestions = 2;
+constexpr int kAgreeing = 2; // replies
+
+/// True when asking again is in vain.
+bool isOver(const link::Exchange& asked)
+{
+    return asked.outcome == link::Outcome::PortLost || asked.outcome == link::Outcome::Abandoned;
+}
 
 /// Sends a query until a reply fits, at most `retries` times again.
 link::Exchange askFor(link::Module1& module1, const link::Transaction& query, int retries,
@@ -31,7 +39,11 @@ link::Exchange askFor(link::Module1& module1, const link::Transaction& query, in
     return exchange;
 }
 
-jet::Failure noAnswer(const std::string& why) { return {"Comm Error " + why}; }
+jet::Failure notPointers(const link::Exchange& asked)
+{
+    if (!asked.complete()) return {"Comm Error " + whyFailed(asked).toStdString()};
+    return {"The answer to the query for stored records could not be read: " + printable(asked.reply)};
+}
 
 } // namespace
 
@@ -47,17 +59,24 @@ std::string text(const ClockReading& clock)
 
 jet::Result<RingPointers> askPointers(link::Module1& module1, const std::string& addressDigits, int retries)
 {
-    const auto asked = askFor(module1, pointersQuery(addressDigits), retries, isPlainPointersReply);
-    if (!asked.complete()) return noAnswer(whyFailed(asked).toStdString());
-    if (!isPlainPointersReply(asked.reply) ||
-        !asked.reply.starts_with(asked.transaction.frame.substr(0, 5))) {
-        return jet::Failure{"The answer to the query for stored records could not be read: " +
-                            printable(asked.reply)};
+    const auto query = pointersQuery(addressDigits);
+    std::vector<RingPointers> seen;
+    int bad = 0;
+    while (static_cast<int>(seen.size()) <= kAgreeing + retries) {
+        const auto asked = module1.transact(query);
+        if (!asked.complete() || !isPlainPointersReply(asked.reply) || !link::isAnswered(asked)) {
+            if (isOver(asked) || ++bad > retries) return notPointers(asked);
+            continue;
+        }
+        const auto pointers = readPointers(asked.reply);
+        const auto why = whyNotFetchable(pointers);
+        if (!pointers.isEmpty() && !why.empty()) return jet::Failure{why};
+        if (std::ranges::find(seen, pointers) != seen.end()) return pointers;
+        seen.push_back(pointers);
     }
-    const auto pointers = readPointers(asked.reply);
-    if (const auto why = whyNotFetchable(pointers); !pointers.isEmpty() && !why.empty())
-        return jet::Failure{why};
-    return pointers;
+    return jet::Failure{
+        "The readout answers the query for stored records differently each time. Check the line, then try "
+        "again."};
 }
 
 bool askHasZ(link::Module1& module1, const std::string& addressDigits)
@@ -66,7 +85,7 @@ bool askHasZ(link::Module1& module1, const std::string& addressDigits)
     for (int questions = 0; questions < kZQuestions; ++questions) {
         const auto asked = module1.transact(query);
         if (measuresZ(asked).value_or(false)) return true;
-        if (asked.outcome == link::Outcome::PortLost || asked.outcome == link::Outcome::Abandoned) break;
+        if (isOver(asked)) break;
     }
     return false;
 }

@@ -41,8 +41,9 @@ struct RingState {
     const protocol::RecordLayout& layout() const { return protocol::layoutOf(threeDirection); }
 };
 
-/// Asks for the pointers, `retries` times again when the answer is incomplete or not one.
-/// @return fails when it stays so, and when nothing can be fetched between these pointers.
+/// Asks for the pointers until two answers agree: a misread one would mean too few records. An answer that is incomplete or
+/// not one is asked for again, `retries` times.
+/// @return fails when they do not come, or differ each time, and when nothing can be fetched between these pointers.
 jet::Result<protocol::RingPointers> askPointers(link::Module1& module1, const std::string& addressDigits,
                                                 int retries);
 

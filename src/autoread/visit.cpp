@@ -118,6 +118,10 @@ Report Visit::continueFile(const ContinuePlan& plan, const Watcher& watcher)
     if (!plan.isPossible()) return notBegun(report, plan.words);
     if (stampOf(plan.path) != plan.stamp)
         return notBegun(report, files::inWords(plan.path) + " has changed meanwhile. Choose it again.");
+    if (report.expected == 0) {
+        report.ending = Ending::Complete;
+        return report;
+    }
     auto sink = openRecordFile(plan.path, plan.layout);
     if (!sink) return notBegun(report, sink.error());
     fetch(**sink, plan.toFetch, watcher, report, plan.lastRow);

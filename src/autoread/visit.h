@@ -48,7 +48,8 @@ public:
     jet::Result<ContinuePlan> plan(const std::filesystem::path& path);
 
     /// Fetches what the plan names into its file. The consent is the caller's. Ends with Ending::NotBegun when the file
-    /// has changed since the plan, or cannot be written, or the plan is not possible.
+    /// has changed since the plan, or cannot be written, or the plan is not possible. When nothing is new, the file is not
+    /// touched.
     Report continueFile(const ContinuePlan& plan, const Watcher& watcher);
 
     /// Safe to delete?
