@@ -178,7 +178,7 @@ TEST_F(QuorvelctlAutoread, MissingFolderIsSaidAndNothingFetched)
     EXPECT_EQ(download.out, "");
     EXPECT_TRUE(download.err.startsWith(file("missing/a.mdb") + " could not be "))
         << qPrintable(download.err);
-    EXPECT_EQ(bus.frames(), QStringList(":0522FF"));
+    EXPECT_EQ(bus.frames(), QStringList({":0522FF", ":0522FF"}));
 }
 
 TEST_F(QuorvelctlAutoread, FullDiskKeepsTheRowsBefore)

@@ -304,6 +304,29 @@ TEST_F(SetAutoOnTheBus, PulledAdapterLeavesTheRowsAndTheReason)
     EXPECT_THAT(controls.status().toStdString(), ::testing::HasSubstr(bus.device().toStdString()));
 }
 
+TEST_F(SetAutoOnTheBus, FileThatWasOverwrittenByABrokenDownloadCountsNoMore)
+{
+    download("a.mdb");
+    EXPECT_EQ(controls.status(), allIn("a.mdb"));
+    bus.fault("silent@5/24:1+2");
+    messages.answers = {true};
+    download("a.mdb");
+    EXPECT_TRUE(
+        controls.status().startsWith("2 of the 5 records that readout 5 held when it was last asked are in "))
+        << qPrintable(controls.status());
+}
+
+TEST_F(SetAutoOnTheBus, FileThatWasRemovedCountsNoMoreInAnyWindow)
+{
+    download("a.mdb");
+    SetAuto second(workplace, book);
+    EXPECT_EQ(SetAutoControls(second).status(), allIn("a.mdb"));
+    QFile::remove(file("a.mdb"));
+    second.show();
+    SetAuto third(workplace, book);
+    EXPECT_EQ(SetAutoControls(third).status(), kNoneInAFile);
+}
+
 TEST_F(SetAutoOnTheBus, TypesBAndDDownloadTwoDirections)
 {
     for (const auto type : {link::TypeB, link::TypeD}) {
