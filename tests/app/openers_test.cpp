@@ -137,16 +137,17 @@ const Tool kTools[] = {
     {"Line Health", "quorvel::line::HealthWindow", "Line Health"},
     {"Journal", "quorvel::line::JournalWindow", "Journal"},
     {"Stored Readings", "quorvel::StoredReadings", "Stored Readings"},
+    {"Settings ...", "quorvel::SettingsCompare", "Settings"},
 };
 
-/// The tool of that name; the menu hangs on no window while it is closed.
+/// The tool of that name, without the mark of its letter; the menu hangs on no window while it is closed.
 QAction* toolNamed(const QString& name)
 {
     for (auto* widget : QApplication::allWidgets()) {
         auto* menu = qobject_cast<QMenu*>(widget);
         if (!menu) continue;
         for (auto* action : menu->actions())
-            if (action->text() == name) return action;
+            if (action->text().remove(u'&') == name) return action;
     }
     return nullptr;
 }
@@ -190,16 +191,24 @@ TEST_F(Tools, OpenTheirWindowsOnceWithoutBlockingTheOthers)
     }
 }
 
-TEST_F(Tools, StoredReadingsBeginEachTimeWithTheAddressOfTheMainWindow)
+TEST_F(Tools, BeginEachTimeWithTheAddressOfTheMainWindow)
 {
-    for (const auto* address : {"12", "5"}) {
-        child<QLineEdit>(program.form1, "TestNo")->setText(address);
-        toolNamed("Stored Readings")->trigger();
-        ASSERT_TRUE(QTest::qWaitFor([] { return windowOf("quorvel::StoredReadings") != nullptr; }, 20'000));
-        auto* window = windowOf("quorvel::StoredReadings");
-        EXPECT_EQ(child<QLineEdit>(*window, "Address")->text(), address);
-        window->close();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    struct {
+        const char* name;
+        const char* window;
+        const char* address;
+    } const rows[] = {{"Stored Readings", "quorvel::StoredReadings", "Address"},
+                      {"Settings ...", "quorvel::SettingsCompare", "SettingsAddress"}};
+    for (const auto& row : rows) {
+        for (const auto* address : {"12", "5"}) {
+            child<QLineEdit>(program.form1, "TestNo")->setText(address);
+            toolNamed(row.name)->trigger();
+            ASSERT_TRUE(QTest::qWaitFor([&row] { return windowOf(row.window) != nullptr; }, 20'000));
+            auto* window = windowOf(row.window);
+            EXPECT_EQ(child<QLineEdit>(*window, row.address)->text(), address);
+            window->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        }
     }
 }
 
