@@ -1,4 +1,4 @@
-"""Takes the pictures of the manual: pictures.py BINARIES FOLDER. Run it by tools/pictures."""
+"""Takes the pictures of the manual: pictures.py BINARIES FOLDER [PICTURE...]. Run it by tools/pictures."""
 
 import datetime
 import os
@@ -9,9 +9,11 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests/accessibility"))
-from desk import Atspi, Program, click, descendants, one_in, press, type_into, type_keys, until  # noqa: E402
+from desk import (ESCAPE_KEY, SPACE_KEY, Atspi, Program, click, descendants, one_in, press, row, strike,  # noqa: E402
+                  type_into, type_keys, until)
 
-BINARIES, FOLDER = sys.argv[1:3]
+BINARIES, FOLDER, *WANTED = sys.argv[1:]
+PROGRAM_FOLDER = "/tmp/dam"  # some windows show it
 BUTTON = Atspi.Role.PUSH_BUTTON
 BUS = ["--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:B", "--readout", "33:C", "--ring", "5:1000,40,100"]
 DEVIATIONS = (-5, 7, 6, -4, -12, -9, 4, 13, 9, -2, -8)  # of the points of the calibration from its line, micrometres
@@ -26,11 +28,19 @@ def take(window, name):
                     "-strip", os.path.join(FOLDER, name + ".png")], check=True)
 
 
-def start(program, letter, address):
+def start(program, letter, address, bus=BUS):
     """A program with an open port before readout `address`."""
-    running = Program(BINARIES, program, bus=BUS)
+    running = Program(BINARIES, program, bus=bus, folder=PROGRAM_FOLDER)
     running.address(letter, address)
     return running
+
+
+def close(window, label, program):
+    """Closes a window by Escape, which goes to the window below the mouse."""
+    caption = window.get_name()
+    click(one_in(window, Atspi.Role.LABEL, label))
+    strike(ESCAPE_KEY)
+    until(lambda: caption not in program.windows(), "the end of " + caption)
 
 
 def main_window():
@@ -53,6 +63,77 @@ def traffic():
     readings = program.one(Atspi.Role.LIST, "Value:")
     until(lambda: readings.get_child_count() >= 2, "two readings", patience=60)
     take(panel, "traffic")
+    program.close()
+
+
+def line_health():
+    program = start("quorvel", "C", "33", BUS[1:])  # at the pace of real readouts
+    program.tell_bus("fault short@7806:1")
+    window = program.open("Offset Setting", "Offset Setting")
+    for direction in "XYZZ":
+        press(next(node for node in row(window, direction + "-Direction") if node.get_name() == "Query"))
+        until(lambda: program.boxes() or "Set Result" in program.windows(), "the answer")
+        if "Set Result" in program.windows():
+            press(one_in(program.window("Set Result"), BUTTON, "OK"))
+            until(lambda: "Set Result" not in program.windows(), "the end of the result box")
+        else:
+            program.answer("OK")
+    close(window, "X-Direction", program)
+    for address in ("5", "12", "77"):
+        type_into(program.one(Atspi.Role.TEXT, "CCD Address"), address)
+        window = program.open("Offset Setting", "Offset Setting")
+        press(next(node for node in row(window, "X-Direction") if node.get_name() == "Set"))
+        program.answer("OK")
+        close(window, "X-Direction", program)
+    take(program.tool("Line Health"), "line-health")
+    program.close()
+
+
+def journal():
+    program = start("quorvel", "C", "33")
+    window = program.open("Offset Setting", "Offset Setting")
+    for direction, value in (("X", "1.5"), ("Y", "-0.25"), ("Z", "12.5"), ("X", "1.75")):
+        type_into(one_in(window, Atspi.Role.TEXT, direction + "-Direction"), value)
+        press(next(node for node in row(window, direction + "-Direction") if node.get_name() == "Set"))
+        program.answer("OK")
+    close(window, "X-Direction", program)
+    press(program.one(Atspi.Role.MENU_ITEM, "Reset Setting"))
+    program.answer("Yes")
+    program.answer("Yes")
+    program.answer("OK")
+    take(program.tool("Journal"), "journal")
+    program.close()
+
+
+def settings():
+    program = start("quorvel", "C", "33")
+    for value in ("offsetx +1.50000", "offsety -0.25000", "offsetz +12.5000", "swap on", "diameter 25"):
+        program.tell_bus("set 33 " + value)
+    window = program.tool("Settings")
+
+    def read():
+        press(one_in(window, BUTTON, "Read"))
+        until(lambda: [node for node in descendants(window) if node.get_name().endswith("11 of 11.")], "the settings")
+
+    read()
+    path = os.path.join(program.folder.name, "before-the-reset.json")
+    press(one_in(window, BUTTON, "Save to File ..."))
+    program.choose_file("Save Settings", path, "Save")
+    until(lambda: os.path.exists(path), "the file")
+    for value in ("offsetx +0.00000", "offsety +0.00000", "offsetz +0.00000", "swap off", "diameter 15"):
+        program.tell_bus("set 33 " + value)
+    press(one_in(window, BUTTON, "Open File ..."))
+    program.choose_file("Open Settings", path)
+    read()
+    table = one_in(window, Atspi.Role.TABLE, "Settings")
+    names = [Atspi.Table.get_accessible_at(table, place, 0).get_name() for place in range(3)]
+    for name in ("Wire", "Offset X", "Offset Y"):
+        click(Atspi.Table.get_accessible_at(table, names.index(name), 0))
+        strike(SPACE_KEY)
+        time.sleep(REPAINT)
+    press(one_in(window, BUTTON, "Send Chosen to Readout"))
+    until(lambda: [node for node in descendants(window) if node.get_name().startswith("Set and verified: ")], "the end")
+    take(window, "settings")
     program.close()
 
 
@@ -114,5 +195,8 @@ def calibration():
     program.close()
 
 
-for scene in (main_window, traffic, offset_setting, automatic_readings, stored_readings, grayscale, calibration):
-    scene()
+SCENES = {"main-window": main_window, "traffic": traffic, "line-health": line_health, "journal": journal,
+          "offset-setting": offset_setting, "settings": settings, "automatic-readings": automatic_readings,
+          "stored-readings": stored_readings, "grayscale": grayscale, "calibration": calibration}
+for scene in WANTED or SCENES:
+    SCENES[scene]()

@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import subprocess
 import tempfile
 import time
@@ -49,11 +50,22 @@ def has_state(node, state):
     return node.get_state_set().contains(state)
 
 
-class Program:
-    """A running program and its simulated bus, if any."""
+class OwnFolder:
+    """A folder of this name, which must be free, until cleanup()."""
 
-    def __init__(self, binaries, name, *arguments, bus=None):
-        self.folder = tempfile.TemporaryDirectory()
+    def __init__(self, name):
+        os.mkdir(name)
+        self.name = name
+
+    def cleanup(self):
+        shutil.rmtree(self.name)
+
+
+class Program:
+    """A running program and its simulated bus, if any. Its files are in `folder`, or in a temporary one."""
+
+    def __init__(self, binaries, name, *arguments, bus=None, folder=None):
+        self.folder = OwnFolder(folder) if folder else tempfile.TemporaryDirectory()
         self.bus = None
         ports = []
         if bus is not None:
