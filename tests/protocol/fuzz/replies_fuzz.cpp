@@ -177,7 +177,7 @@ void recordReply(const std::string& reply)
             promised(read.record.time->civil().has_value(), "a record has a date of the calendar");
         for (const auto& reading : read.record.readings) {
             promised(std::isfinite(reading.value_or(0)), "a reading is a number");
-            readable += reading ? 1 : 0;
+            readable += reading ? 1U : 0U;
         }
         promised(readable + read.unreadable.size() == layout->readings + 1, "each field is read or named");
         for (const auto& field : read.unreadable)
