@@ -9,7 +9,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <termios.h>
@@ -122,20 +121,13 @@ public:
         return -1;
     }
 
-    /// Processor time used so far, in seconds.
+    /// Processor time used so far, in seconds; finer than the ticks in which processes are charged.
     [[nodiscard]] double processorSeconds() const
     {
-        std::ifstream file("/proc/" + std::to_string(pid_) + "/stat");
-        std::string text;
-        std::getline(file, text);
-        std::istringstream fields(text.substr(text.rfind(')') + 2));
-        std::string skipped;
-        for (int i = 0; i < 11; ++i)
-            fields >> skipped;
-        double user = 0;
-        double system = 0;
-        fields >> user >> system;
-        return (user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
+        std::ifstream file("/proc/" + std::to_string(pid_) + "/schedstat");
+        double nanoseconds = 0;
+        EXPECT_TRUE(file >> nanoseconds) << "the system does not tell";
+        return nanoseconds / 1e9;
     }
 
     /// Memory in use, in bytes.

@@ -111,22 +111,20 @@ TEST_F(GrayScaleChartAlone, WhileReadingTheTitleAsksToWaitAndTheButtonsAreDisabl
 TEST_F(GrayScaleChartAlone, TheStatusTellsHowFarTheReadingIs)
 {
     openPort();
-    QStringList told;
-    const auto note = [&] {
-        QTest::qWait(300);
-        told << shown->status();
+    // the status follows after a while of real time
+    const auto expect = [&](const QString& status) {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return shown->status() == status; }, 10'000))
+            << qPrintable(shown->status()) << " instead of " << qPrintable(status);
     };
-    clock.plan(1, note);
+    clock.plan(1, [&] { expect("Waiting for the readout ..."); });
     clock.plan(1.5, [&] { device->receive(":05650003AABB"); });
-    clock.plan(2, note);
+    clock.plan(2, [&] { expect("2 of 3 pixels arrived."); });
     clock.plan(2.5, [&] {
         shown->window.close();
-        note();
+        expect("2 of 3 pixels arrived. The window closes when the reply has ended.");
         device->receive("CCFF\r\n");
     });
     EXPECT_TRUE(closesByItself("X"));
-    EXPECT_EQ(told, (QStringList{"Waiting for the readout ...", "2 of 3 pixels arrived.",
-                                 "2 of 3 pixels arrived. The window closes when the reply has ended."}));
     EXPECT_EQ(shown->status(), "3 pixels read.");
 }
 
