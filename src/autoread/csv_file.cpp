@@ -90,8 +90,10 @@ private:
 
     jet::Failure failed(const char* what, const char* next) const
     {
-        return {file_.fileName().toStdString() + " " + what + ": " + file_.errorString().toStdString() +
-                next};
+        // a row of which only a part was taken is no error to the file
+        const auto why = file_.error() == QFileDevice::NoError ? std::string("there was room for a part only")
+                                                               : file_.errorString().toStdString();
+        return {file_.fileName().toStdString() + " " + what + ": " + why + next};
     }
 
     QFile file_;

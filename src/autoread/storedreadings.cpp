@@ -237,7 +237,8 @@ bool StoredReadings::agreesToDelete(const autoread::CheckResult& check)
         check.safe ? tr("Delete the %1 records in readout %2 now?")
                    : tr("Records that are in no file are lost for good. Delete all %1 records in readout "
                         "%2 all the same?");
-    return messages_.ask(this, inWords(check.words) + u'\n' + question.arg(check.held).arg(check.address));
+    const auto text = inWords(check.words) + u'\n' + question.arg(check.held).arg(check.address);
+    return check.safe ? messages_.ask(this, text) : messages_.askToLose(this, text);
 }
 
 QString StoredReadings::chooseFile(const QString& caption, bool toSave, const QString& proposed)

@@ -27,6 +27,8 @@ public:
     virtual void say(QWidget* parent, const QString& text) = 0;
     /// A question with Yes and No. @return true for Yes; closing the box is No.
     virtual bool ask(QWidget* parent, const QString& text) = 0;
+    /// As ask(), but Enter answers No: for a question whose Yes loses something for good.
+    virtual bool askToLose(QWidget* parent, const QString& text) { return ask(parent, text); }
     /// The result box `msgboxnew` with its two lines.
     virtual void showResult(QWidget* parent, const QString& firstLine, const QString& secondLine) = 0;
     /// A file dialog in which any name may be typed, whether or not the file exists; it does not ask about

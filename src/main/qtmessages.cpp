@@ -20,9 +20,11 @@ constexpr int kBoxWidth = 240; // what a window manager needs to show the title
 QString inLines(QString text) { return text.replace(QLatin1String("\r\n"), QLatin1String("\n")); }
 
 QMessageBox::StandardButton show(QWidget* parent, const QString& text, QMessageBox::Icon icon,
-                                 QMessageBox::StandardButtons buttons)
+                                 QMessageBox::StandardButtons buttons,
+                                 QMessageBox::StandardButton pressedByEnter = QMessageBox::NoButton)
 {
     QMessageBox box(icon, kTitle, inLines(text), buttons, parent);
+    box.setDefaultButton(pressedByEnter);
     box.setTextFormat(Qt::PlainText);
     box.setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto* grid = qobject_cast<QGridLayout*>(box.layout());
@@ -55,6 +57,13 @@ bool QtMessages::ask(QWidget* parent, const QString& text)
 {
     const link::Gate::Box open(gate_);
     return show(parent, text, QMessageBox::Question, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
+
+bool QtMessages::askToLose(QWidget* parent, const QString& text)
+{
+    const link::Gate::Box open(gate_);
+    return show(parent, text, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No, QMessageBox::No) ==
+           QMessageBox::Yes;
 }
 
 void QtMessages::showResult(QWidget* parent, const QString& firstLine, const QString& secondLine)

@@ -12,6 +12,7 @@ public:
 
     void say(QWidget* parent, const QString& text) override;
     bool ask(QWidget* parent, const QString& text) override;
+    bool askToLose(QWidget* parent, const QString& text) override;
     void showResult(QWidget* parent, const QString& firstLine, const QString& secondLine) override;
     QString chooseFile(QWidget* parent, const FileChoice& choice) override;
     QString askText(QWidget* parent, const QString& caption, const QString& label) override;

@@ -76,5 +76,16 @@ TEST_F(TypedFileName, StandsThereWhenItIsProposed)
 INSTANTIATE_TEST_SUITE_P(Names, TypedFileName,
                          testing::Values("old.mdb", "new.mdb", "below/old.mdb", "below/new.csv"));
 
+TEST(Question, WhoseYesLosesSomethingIsAnsweredNoByEnter)
+{
+    link::Gate gate;
+    QtMessages messages(gate);
+    const auto strikeReturn = [] { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Return); };
+    QTimer::singleShot(0, qApp, strikeReturn);
+    EXPECT_FALSE(messages.askToLose(nullptr, "Delete?"));
+    QTimer::singleShot(0, qApp, strikeReturn);
+    EXPECT_TRUE(messages.ask(nullptr, "Go on?"));
+}
+
 } // namespace
 } // namespace quorvel::test

@@ -145,7 +145,7 @@ TEST_F(StoredReadingsByHand, FullDiskIsSaidAndTheRestIsFetchedLater)
     limit.reset();
     EXPECT_EQ(lines("a.csv").size(), 4U);
     EXPECT_THAT(plain(controls.report()), HasSubstr("Records: 3 of 10, file failed"));
-    EXPECT_THAT(plain(controls.report()), HasSubstr("could not be written"));
+    EXPECT_THAT(plain(controls.report()), HasSubstr("could not be written: there was room for a part only."));
     readout.answer = tenRecords;
     with("a.csv", "ContinueFile");
     EXPECT_EQ(lines("a.csv"), lines("whole.csv"));
