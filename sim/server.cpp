@@ -11,6 +11,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <poll.h>
+#include <utility>
 
 namespace quorvelsim {
 
@@ -121,10 +122,15 @@ bool Server::takeControlLines()
     for (auto end = controlText_.find('\n'); end != std::string::npos; end = controlText_.find('\n')) {
         auto line = controlText_.substr(0, end);
         controlText_.erase(0, end + 1);
+        if (std::exchange(tooLong_, false)) line = "a line that is too long";
         if (line.ends_with('\r')) line.pop_back();
         if (!line.empty()) printLine(control.handle(line, now()));
     }
-    if (controlText_.size() > kLongestLine) controlText_.clear();
+    // what follows up to the line end is not a line of its own
+    if (controlText_.size() > kLongestLine) {
+        controlText_.clear();
+        tooLong_ = true;
+    }
     return true;
 }
 

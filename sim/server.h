@@ -36,6 +36,7 @@ private:
     Opener opener_;
     std::int64_t startNanoseconds_;
     std::string controlText_;
+    bool tooLong_ = false; ///< the beginning of the present control line was thrown away
 };
 
 /// Lets SIGTERM and SIGINT only in while the server waits, and no broken pipe ends the program.

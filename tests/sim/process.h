@@ -100,9 +100,14 @@ public:
 
     std::string control(const std::string& text)
     {
-        const auto whole = text + "\n";
-        EXPECT_EQ(::write(input_.get(), whole.data(), whole.size()), static_cast<ssize_t>(whole.size()));
+        write(text + "\n");
         return line();
+    }
+
+    /// Writes to the control channel.
+    void write(const std::string& text) const
+    {
+        EXPECT_EQ(::write(input_.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
 
     void closeInput() { input_.close(); }

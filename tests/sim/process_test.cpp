@@ -293,5 +293,14 @@ TEST(Process, AClientThatFloodsCostsNoMemory)
     }
 }
 
+TEST(Process, AControlLineThatIsTooLongDoesNothingWithItsEnd)
+{
+    Process sim({"--fast"});
+    for (int i = 0; i < 20; ++i)
+        sim.write(std::string(5000, ' ')); // more than is kept of a line
+    EXPECT_THAT(sim.control("unplug"), HasSubstr("error"));
+    EXPECT_THAT(sim.control("device"), HasSubstr("/dev/pts/")) << "and the next line is one again";
+}
+
 } // namespace
 } // namespace quorvelsim
