@@ -92,8 +92,10 @@ private:
 
     bool askForPointers()
     {
-        const auto asked = askPointers(reader_.module1(), reader_.addressDigits(),
-                                       std::max(reader_.asking().retries, kRetriesForPointers));
+        const auto& asking = reader_.asking();
+        const auto asked =
+            askPointers(reader_.module1(), reader_.addressDigits(),
+                        {.retries = std::max(asking.retries, kRetriesForPointers), .stop = asking.stop});
         if (!asked) return no(asked.error());
         result_.pointers = *asked;
         result_.held = spanOf(*asked).count();
@@ -266,7 +268,7 @@ Deletion deleteRecords(link::Module1& module1, const std::string& addressDigits,
         deletion.words = whyFailed(exchange).toStdString();
         return deletion;
     }
-    const auto pointers = askPointers(module1, addressDigits, kRetriesForPointers);
+    const auto pointers = askPointers(module1, addressDigits, {.retries = kRetriesForPointers});
     if (!pointers) {
         deletion.words += " Asked afterwards, it did not say what it holds.";
         return deletion;

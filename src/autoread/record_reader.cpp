@@ -108,7 +108,8 @@ void RecordReader::judge(const link::Exchange& exchange, Round& round)
     round.answer = {.kind = Answer::Kind::Incomplete,
                     .outcome = exchange.outcome,
                     .words = recordName(round.slot) + " did not come. " + whyIncomplete(exchange)};
-    round.done = exchange.outcome != link::Outcome::Silent && exchange.outcome != link::Outcome::Short;
+    const bool inVain = exchange.outcome != link::Outcome::Silent && exchange.outcome != link::Outcome::Short;
+    round.done = inVain || asking_.isStopped();
 }
 
 void RecordReader::judgeWhole(const link::Exchange& exchange, Round& round)

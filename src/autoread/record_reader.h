@@ -4,6 +4,7 @@
 #include "protocol/record.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -18,6 +19,10 @@ struct Asking {
     bool verify = false; ///< asks until two replies agree; takes twice the time
     /// Takes every complete reply of the layout's length as it is, whatever it says; asks once.
     bool asPrescribed = false;
+    /// Looked at when a reply was incomplete: true asks no more. Empty: never.
+    std::function<bool()> stop = {};
+
+    bool isStopped() const { return stop && stop(); }
 };
 
 /// What happened on the line.

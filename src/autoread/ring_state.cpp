@@ -57,15 +57,16 @@ std::string text(const ClockReading& clock)
            (ahead > 0 ? " ahead of the PC" : " behind the PC");
 }
 
-jet::Result<RingPointers> askPointers(link::Module1& module1, const std::string& addressDigits, int retries)
+jet::Result<RingPointers> askPointers(link::Module1& module1, const std::string& addressDigits,
+                                      const Asking& asking)
 {
     const auto query = pointersQuery(addressDigits);
     std::vector<RingPointers> seen;
     int bad = 0;
-    while (static_cast<int>(seen.size()) <= kAgreeing + retries) {
+    while (static_cast<int>(seen.size()) <= kAgreeing + asking.retries) {
         const auto asked = module1.transact(query);
         if (!asked.complete() || !isPlainPointersReply(asked.reply) || !link::isAnswered(asked)) {
-            if (isOver(asked) || ++bad > retries) return notPointers(asked);
+            if (isOver(asked) || ++bad > asking.retries || asking.isStopped()) return notPointers(asked);
             continue;
         }
         const auto pointers = readPointers(asked.reply);
@@ -117,7 +118,7 @@ jet::Result<RingState> askRing(RecordReader& reader)
 {
     auto& module1 = reader.module1();
     const auto& digits = reader.addressDigits();
-    const auto pointers = askPointers(module1, digits, reader.asking().retries);
+    const auto pointers = askPointers(module1, digits, reader.asking());
     if (!pointers) return pointers.failure();
     RingState state{.pointers = *pointers};
     if (state.pointers.isEmpty()) {

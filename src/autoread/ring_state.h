@@ -42,10 +42,10 @@ struct RingState {
 };
 
 /// Asks for the pointers until two answers agree: a misread one would mean too few records. An answer that is incomplete or
-/// not one is asked for again, `retries` times.
+/// not one is asked for again, as often as `asking` says.
 /// @return fails when they do not come, or differ each time, and when nothing can be fetched between these pointers.
 jet::Result<protocol::RingPointers> askPointers(link::Module1& module1, const std::string& addressDigits,
-                                                int retries);
+                                                const Asking& asking);
 
 /// Asks whether the readout has Z sensors ("2102"): twice when it stays silent, as one without Z does.
 bool askHasZ(link::Module1& module1, const std::string& addressDigits);

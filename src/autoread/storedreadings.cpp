@@ -69,8 +69,9 @@ void StoredReadings::runStep(void (StoredReadings::*step)(Visit&))
     auto* focused = focusWidget();
     stopped_ = false;
     setRunning(true);
-    Visit visit(module1_, address(), bench_.instrumentType, book_,
-                {.retries = kRetries, .verify = ui_->Verify->isChecked()});
+    Visit visit(
+        module1_, address(), bench_.instrumentType, book_,
+        {.retries = kRetries, .verify = ui_->Verify->isChecked(), .stop = [this] { return isStopped(); }});
     (this->*step)(visit);
     setRunning(false);
     if (focused && focused->isEnabled()) focused->setFocus();

@@ -83,7 +83,7 @@ bool Visit::learnLayout(const RecordSpan& span, Report& report)
 Report Visit::download(const fs::path& path, Existing existing, const Watcher& watcher)
 {
     auto report = beginReport(path);
-    const auto pointers = askPointers(module1_, reader_.addressDigits(), reader_.asking().retries);
+    const auto pointers = askPointers(module1_, reader_.addressDigits(), reader_.asking());
     if (!pointers) return notBegun(report, pointers.error());
     book_.asked(address_, *pointers, now());
     if (pointers->isEmpty()) return notBegun(report, kNoData);

@@ -196,7 +196,7 @@ TEST(Pointers, AreTakenWhenTwoAnswersAgree)
     readout.spoil = [&](const std::string&, std::string reply) {
         return ++asked == 1 ? reply.replace(13, 4, "0011") : reply; // one flipped bit: 11 for 15
     };
-    const auto pointers = askPointers(readout.line.module1, "01", 1);
+    const auto pointers = askPointers(readout.line.module1, "01", {.retries = 1});
     ASSERT_TRUE(pointers);
     EXPECT_EQ(pointers->next, 15);
     EXPECT_EQ(asked, 3);
@@ -210,7 +210,7 @@ TEST(Pointers, ThatDifferEachTimeAreNotTaken)
     readout.spoil = [&](const std::string&, std::string reply) {
         return reply.replace(13, 4, text::format(++asked, "0000"));
     };
-    const auto pointers = askPointers(readout.line.module1, "01", 2);
+    const auto pointers = askPointers(readout.line.module1, "01", {.retries = 2});
     ASSERT_FALSE(pointers);
     EXPECT_THAT(pointers.error(), HasSubstr("differently each time"));
 }

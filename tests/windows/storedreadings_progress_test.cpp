@@ -151,6 +151,28 @@ TEST_F(StoredReadingsByHand, FullDiskIsSaidAndTheRestIsFetchedLater)
     EXPECT_EQ(lines("a.csv"), lines("whole.csv"));
 }
 
+TEST_F(StoredReadingsByHand, SilentReadoutIsNotAskedAgainOnceStopWasPressed)
+{
+    bool stops = false;
+    readout.answer = [&](const std::string&) {
+        if (stops) controls.press("Stop");
+        return std::string();
+    };
+    for (const auto* button : {"Query", "NewFile", "ContinueFile", "Check"}) {
+        messages.files = {file("none.csv")};
+        stops = false;
+        readout.frames.clear();
+        controls.press(button);
+        const auto patient = readout.frames.size();
+        stops = true;
+        readout.frames.clear();
+        messages.files = {file("none.csv")};
+        controls.press(button);
+        EXPECT_EQ(readout.frames.size(), std::min<std::size_t>(patient, 1)) << button;
+        EXPECT_EQ(patient, std::string(button) == "Check" ? 0U : 4U) << button;
+    }
+}
+
 TEST_F(StoredReadingsByHand, PortThatIsLostIsToldAndTheRowsStay)
 {
     readout.answer = [this](const std::string& frame) {
