@@ -1,0 +1,36 @@
+# quorvel_describe_program(<target> <what it is>)
+#
+# What Windows shows of a program: its icon, the description and version among its properties; and what it asks of
+# Windows (windows.manifest). Elsewhere a program is described by its package.
+function(quorvel_describe_program target description)
+    if(NOT WIN32)
+        return()
+    endif()
+    set(icon ${CMAKE_BINARY_DIR}/quorvel.ico)
+    set(manifest ${PROJECT_SOURCE_DIR}/cmake/program/windows.manifest)
+    string(REPLACE "." "," version ${PROJECT_VERSION},0,0)
+    set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/program/windows.rc.in ${source} @ONLY)
+    set_source_files_properties(${source} PROPERTIES OBJECT_DEPENDS "${icon};${manifest}")
+    target_sources(${target} PRIVATE ${source})
+    add_dependencies(${target} quorvel_icon)
+endfunction()
+
+# The icon of the programs and of the installer, drawn from the picture that the desktops of Linux have.
+if(WIN32)
+    find_program(QUORVEL_RSVG rsvg-convert REQUIRED)
+    find_program(QUORVEL_ICOTOOL icotool REQUIRED)
+    set(icon ${CMAKE_BINARY_DIR}/quorvel.ico)
+    set(picture ${PROJECT_SOURCE_DIR}/packaging/quorvel.svg)
+    set(images)
+    set(draw)
+    foreach(size IN ITEMS 16 20 24 32 40 48 64 128 256)
+        set(image ${CMAKE_BINARY_DIR}/icon/${size}.png)
+        list(APPEND images ${image})
+        list(APPEND draw COMMAND ${QUORVEL_RSVG} --width ${size} --height ${size} --output ${image} ${picture})
+    endforeach()
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/icon)
+    add_custom_command(OUTPUT ${icon} ${draw} COMMAND ${QUORVEL_ICOTOOL} --create --output ${icon} ${images}
+                       DEPENDS ${picture} VERBATIM)
+    add_custom_target(quorvel_icon DEPENDS ${icon})
+endif()
