@@ -1,6 +1,7 @@
 # What every target of the project shares: the language, the warnings, the place of the binaries, the tests.
 
 include(CMakeDependentOption)
+include(program/program)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -11,9 +12,9 @@ set(CMAKE_AUTORCC OFF)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set_property(GLOBAL PROPERTY AUTOGEN_SOURCE_GROUP "Generated")
 
-# lld links a program in a third of the time.
+# lld links a program in a third of the time; Debian's compiler for Windows does not know it.
 find_program(QUORVEL_LLD ld.lld)
-if(QUORVEL_LLD)
+if(QUORVEL_LLD AND NOT WIN32)
     add_link_options(-fuse-ld=lld)
 endif()
 

@@ -3,6 +3,7 @@
 #include "app/edition.h"
 #include "app/openers.h"
 #include "app/options.h"
+#include "app/parents_console.h"
 #include "app/program.h"
 #include "link/program_folder.h"
 
@@ -25,6 +26,7 @@ int wrongUsage(const QString& what)
 
 int runProgram(int argc, char* argv[])
 {
+    useParentsConsole();
     Options options;
     int status = 0;
     if (!readOptions(argc, argv, options, status)) return status;

@@ -1,0 +1,7 @@
+#include "app/parents_console.h"
+
+namespace quorvel {
+
+void useParentsConsole() {}
+
+} // namespace quorvel
