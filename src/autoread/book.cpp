@@ -171,6 +171,7 @@ std::vector<fs::path> Book::files(int address) const
     }
     std::sort(counted.begin(), counted.end());
     std::vector<fs::path> names;
+    names.reserve(counted.size());
     for (const auto& [count, file] : counted) {
         names.push_back(file);
     }

@@ -43,7 +43,12 @@ jet::Result<NewFile> createRecordFile(const fs::path& path, const RecordLayout& 
         files::flushFolderOf(path);
     }
     auto sink = format.open(path, layout);
-    if (!sink) return sink.failure();
+    if (!sink) {
+        return jet::Failure{sink.error() + (made.keptOld.empty()
+                                                ? std::string()
+                                                : " The file that was there before is kept as " +
+                                                      files::inWords(made.keptOld) + ".")};
+    }
     made.sink = std::move(*sink);
     return made;
 }

@@ -69,8 +69,8 @@ RecordReader::RecordReader(link::Module1& module1, std::string addressDigits,
 
 link::Exchange RecordReader::exchange(int slot)
 {
-    const auto exchange = module1_.transact(layout_ ? recordFetch(addressDigits_, slot, *layout_)
-                                                    : recordFetchOfAnyLayout(addressDigits_, slot));
+    auto exchange = module1_.transact(layout_ ? recordFetch(addressDigits_, slot, *layout_)
+                                              : recordFetchOfAnyLayout(addressDigits_, slot));
     ++counts_.questions;
     counts_.noise += exchange.discarded.size();
     return exchange;

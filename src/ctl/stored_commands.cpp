@@ -96,9 +96,10 @@ void answerReport(Console& console, const autoread::Report& report)
         // the others were said when they came
         if (finding.kind >= autoread::Finding::Kind::Gap) console.tell(sentence(autoread::text(finding)));
     }
-    if (!report.keptOld.empty())
+    if (!report.keptOld.empty()) {
         console.tell(QStringLiteral("The file that was there before is kept as %1.")
                          .arg(sentence(files::inWords(report.keptOld))));
+    }
     if (!report.reason.empty()) console.fail(kNotAnswered, sentence(report.reason));
 }
 
@@ -106,10 +107,11 @@ void continueDownload(Console& console, const DownloadOptions& options, Visit& v
 {
     const auto plan = visit.plan(pathOf(options.file));
     if (!plan) return console.fail(kNotAnswered, sentence(plan.error()));
-    console.tell(sentence(plan->words));
-    if (plan->needsConsent() && plan->isPossible() && !options.force)
+    if (plan->isPossible()) console.tell(sentence(plan->words));
+    if (plan->needsConsent() && plan->isPossible() && !options.force) {
         return console.fail(kNotAnswered,
                             QStringLiteral("Nothing was fetched. Add --force to continue all the same."));
+    }
     answerReport(console, visit.continueFile(*plan, watch(console)));
 }
 
@@ -126,9 +128,10 @@ void download(Console& console, const DownloadOptions& options)
     }
     if (!console.openPort(Access::Reads)) return;
     Station station(console, options.asking);
-    if (options.asking.verify)
+    if (options.asking.verify) {
         console.tell(
             QStringLiteral("Each record is asked for until two replies agree: this takes twice the time."));
+    }
     if (options.goesOn) return continueDownload(console, options, station.visit);
     const auto existing = exists ? autoread::Existing::Replace : autoread::Existing::Keep;
     answerReport(console, station.visit.download(path, existing, watch(console)));
