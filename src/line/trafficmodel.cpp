@@ -11,7 +11,7 @@ namespace quorvel::line {
 
 namespace {
 
-constexpr int kFlushInterval = 30;   // ms
+constexpr int kFlushInterval = 1;    // ms: within the pause before a frame, where no character waits for it
 constexpr int kDroppedAtOnce = 1000; // lines; moving the rows up one by one would be slow
 constexpr int kEveryReadout = 255;
 
