@@ -162,7 +162,8 @@ void paint(benchmark::State& state, Step step)
             frames.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
         }
     }
-    if (table.model()->rowCount() != TrafficModel::kMostLines) state.SkipWithError("not all lines are there");
+    constexpr int kLeast = TrafficModel::kMostLines * 9 / 10; // the oldest give way many at once
+    if (table.model()->rowCount() < kLeast) state.SkipWithError("not all lines are there");
     const double ratio = quantile(frames, kMedian) / kFrameTime;
     state.counters["frame_ratio"] = ratio;
     state.counters["worst_ratio"] = quantile(frames, kSlowest) / kFrameTime;
@@ -187,6 +188,7 @@ void lineComesWhileAllAreThere(benchmark::State& state)
         link.model.sending(exchange);
         link.model.ended(exchange);
         link.model.flush();
+        QApplication::processEvents(); // the table follows
     });
 }
 BENCHMARK(lineComesWhileAllAreThere)->Iterations(40)->Unit(benchmark::kMillisecond);
