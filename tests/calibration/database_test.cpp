@@ -5,12 +5,17 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <gmock/gmock.h>
+
 #include <numeric>
 
 namespace quorvel::calibration {
 namespace {
 
 using jet::FieldType;
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
 using Names = std::vector<std::string>;
 
 struct Expected {
@@ -76,7 +81,10 @@ using CalibrationFile = FolderOfFiles;
 TEST_F(CalibrationFile, IsNotCreatedOverAnother)
 {
     put(at("XDirection.mdb"), "mine");
-    EXPECT_FALSE(CreateCalibrationDatabase(at("XDirection.mdb")));
+    const auto created = CreateCalibrationDatabase(at("XDirection.mdb"));
+    ASSERT_FALSE(created);
+    EXPECT_EQ(created.error(),
+              at("XDirection.mdb").string() + " already exists. Delete it or choose another name.");
     EXPECT_EQ(contentOf(at("XDirection.mdb")), "mine");
 }
 
@@ -167,8 +175,15 @@ TEST_F(CalibrationFile, IsRefusedWhenItIsNone)
     table.Append(table.CreateField("x", FieldType::Single));
     ASSERT_TRUE(made->Append(table));
     ASSERT_TRUE(made->Close());
-    for (const auto* name : {"text.mdb", "empty.mdb", "data.mdb", "missing.mdb", "."}) {
-        EXPECT_NE(refusal(at(name)), "") << name;
+    const std::pair<const char*, std::string> reasons[] = {
+        {"text.mdb", " is not an Access database"},
+        {"empty.mdb", " is empty. Choose another file."},
+        {"data.mdb", " has no table \"Calibration\". Choose another file or table."},
+        {"missing.mdb", " could not be opened: No such file or directory."},
+        {".", " is not a file."},
+    };
+    for (const auto& [name, reason] : reasons) {
+        EXPECT_THAT(refusal(at(name)), StartsWith(at(name).string() + reason)) << name;
     }
 }
 
@@ -178,7 +193,7 @@ TEST_F(CalibrationFile, IsRefusedWhenItIsCutOff)
     const auto whole = contentOf(at("XDirection.mdb"));
     for (std::size_t size = 0; size < whole.size(); size += 4096) {
         put(at("cut.mdb"), whole.substr(0, size));
-        EXPECT_NE(refusal(at("cut.mdb")), "") << size;
+        EXPECT_THAT(refusal(at("cut.mdb")), ContainsRegex("cut.mdb is (empty|cut off)")) << size;
     }
 }
 
@@ -298,7 +313,9 @@ TEST_F(Loading, LeavesTheWorkingFileAloneWhenTheChosenOneIsNone)
     const auto before = contentOf(at("XDirection.mdb"));
     put(at("text.mdb"), "no database");
     for (const auto* chosen : {"text.mdb", "missing.mdb", "."}) {
-        EXPECT_FALSE(load(chosen)) << chosen;
+        const auto loaded = load(chosen);
+        ASSERT_FALSE(loaded) << chosen;
+        EXPECT_EQ(loaded.error(), refusal(at(chosen)));
         EXPECT_EQ(contentOf(at("XDirection.mdb")), before) << chosen;
     }
 }
@@ -328,7 +345,9 @@ TEST_F(Loading, LeavesTheWorkingFileAloneWhenRowsOfTheChosenOneAreMissing)
     makeFile(at("many.mdb"), columnsOf({"X_Data"}), manyNumbers(), 1.5);
     loseAPage(at("many.mdb"));
     const auto before = contentOf(at("XDirection.mdb"));
-    EXPECT_FALSE(load("many.mdb"));
+    const auto loaded = load("many.mdb");
+    ASSERT_FALSE(loaded);
+    EXPECT_THAT(loaded.error(), HasSubstr("of the 300 rows of a table are missing"));
     EXPECT_EQ(contentOf(at("XDirection.mdb")), before);
 }
 
