@@ -29,7 +29,8 @@ class Packages(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         made = pathlib.Path(folder.name, "made")
-        output_of(CPACK, "--config", CONFIG, "-B", made)
+        # whoever makes the packages may keep his own files to himself
+        output_of(CPACK, "--config", CONFIG, "-B", made, umask=0o077)
         cls.files = {path.name.split("_")[0]: path for path in made.glob("*.deb")}
         cls.roots = {}
         for name, path in cls.files.items():
@@ -59,6 +60,61 @@ class Packages(unittest.TestCase):
                      (usr / "share/applications/quorvel.desktop").read_text().splitlines() if "=" in line)
         self.assertTrue((usr / "bin" / entry["Exec"]).exists())
         self.assertTrue((usr / "share/icons/hicolor/scalable/apps" / (entry["Icon"] + ".svg")).exists())
+
+    def test_everybody_may_use_what_is_installed(self):
+        for name, path in self.files.items():
+            for line in output_of("dpkg-deb", "--contents", path).splitlines():
+                mode, owner, *_, file = line.split(maxsplit=5)
+                with self.subTest(package=name, file=file):
+                    self.assertEqual(owner, "root/root")
+                    program = "/lib/quorvel/quorvel" in file
+                    allowed = {"d": ["drwxr-xr-x"], "l": ["lrwxrwxrwx"]}.get(
+                        mode[0], ["-rwxr-xr-x"] if program else ["-rw-r--r--"])
+                    self.assertIn(mode, allowed)
+
+    def test_an_upgrade_replaces_the_programs_and_leaves_the_users_files(self):
+        with tempfile.TemporaryDirectory() as folder:
+            root, user = pathlib.Path(folder, "root"), pathlib.Path(folder, "user")
+            older = [self.older(name, pathlib.Path(folder)) for name in self.files]
+            self.install(root, older)
+            home = root / "usr/lib/quorvel"
+            self.assertTrue((home / "of-the-older-quorvel").exists())
+            environment = {**os.environ, "XDG_DATA_HOME": str(user)}
+            # a file of the user's in his folder, and one that somebody put beside the programs
+            output_of(home / "quorvelctl-factory", "--version", env=environment)
+            (user / "quorvel").mkdir(parents=True)
+            kept = {user / "quorvel/XDirection.mdb": b"points", home / "my notes.txt": b"notes"}
+            for path, content in kept.items():
+                path.write_bytes(content)
+            self.install(root, self.files.values())
+            for name in self.files:
+                self.assertFalse((home / ("of-the-older-" + name)).exists())
+            for path, content in kept.items():
+                self.assertEqual(path.read_bytes(), content)
+            self.assertIn(VERSION, output_of(root / "usr/bin/quorvelctl", "--version", env=environment))
+            self.assertEqual(output_of("dpkg-query", f"--admindir={root}/var/lib/dpkg", "--show",
+                                       "--showformat=${Package} ${Version} ${db:Status-Status}\n").splitlines(),
+                             [f"{name} {VERSION} installed" for name in sorted(self.files)])
+
+    def older(self, name, folder):
+        """The package as an older version, with a file that the present one lacks."""
+        tree = folder / ("tree-" + name)
+        output_of("dpkg-deb", "--raw-extract", self.files[name], tree)
+        control = tree / "DEBIAN/control"
+        control.write_text(control.read_text().replace(VERSION, "0.1"))
+        (tree / "usr/lib/quorvel" / ("of-the-older-" + name)).write_text("")
+        made = folder / (name + "_0.1.deb")
+        output_of("dpkg-deb", "--root-owner-group", "--build", tree, made)
+        return made
+
+    def install(self, root, packages):
+        """Installs packages into a folder, as if it were the machine; what they depend on is on this one."""
+        for part in ("info", "updates", "triggers"):
+            (root / "var/lib/dpkg" / part).mkdir(parents=True, exist_ok=True)
+        for file in ("status", "available"):
+            (root / "var/lib/dpkg" / file).touch()
+        output_of("dpkg", f"--root={root}", f"--log={root}/log", "--force-depends", "--force-not-root", "--install",
+                  *packages)
 
     def test_the_programs_run(self):
         usr = self.roots["quorvel"] / "usr"

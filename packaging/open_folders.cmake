@@ -1,0 +1,3 @@
+# Everybody may enter the folders of a package, whatever the umask of who makes it.
+file(CHMOD_RECURSE ${CPACK_TEMPORARY_DIRECTORY}
+     DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
