@@ -33,8 +33,8 @@ private:
     int descriptor_ = -1;
 };
 
-/// What can be read without waiting, at most 4096 characters: a client that writes without end gets no more attention
-/// than that at a time.
+/// What can be read without waiting, at most 512 characters: a client that writes without end gets no more attention
+/// than that at a time, and control lines are heard in between.
 /// @param ended  set true when nothing is left and the other side has closed or the descriptor is broken.
 std::string readAvailable(int descriptor, bool& ended);
 

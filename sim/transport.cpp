@@ -9,7 +9,7 @@ namespace quorvelsim {
 
 std::string readAvailable(int descriptor, bool& ended)
 {
-    char buffer[4096];
+    char buffer[512];
     for (;;) {
         const auto count = ::read(descriptor, buffer, sizeof buffer);
         if (count > 0) return {buffer, static_cast<std::size_t>(count)};
