@@ -11,6 +11,7 @@
 
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QVBoxLayout>
 
 namespace quorvel {
 
@@ -203,6 +204,12 @@ QString SetAuto::standing() const
     QStringList lines{valid ? words(book_.text(address())) : QString(), remark_, odd_};
     lines.removeAll(QString());
     return lines.join(u'\n');
+}
+
+void SetAuto::statusChanged()
+{
+    const int needed = ui_->rows->totalHeightForWidth(width());
+    if (isVisible() && needed > height()) resize(width(), needed);
 }
 
 int SetAuto::address() const { return text::integerOf(bytes(ui_->Text1->text())); }

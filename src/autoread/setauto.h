@@ -25,6 +25,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     /// What is known about the records of the readout in the address box.
     QString standing() const override;
+    /// Grows, so that names of files are never cut off.
+    void statusChanged() override;
 
 private:
     void Form_Load();

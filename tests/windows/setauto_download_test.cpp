@@ -327,6 +327,17 @@ TEST_F(SetAutoOnTheBus, FileThatWasRemovedCountsNoMoreInAnyWindow)
     EXPECT_EQ(SetAutoControls(third).status(), kNoneInAFile);
 }
 
+TEST_F(SetAutoOnTheBus, WindowGrowsWithTheNamesOfFiles)
+{
+    const auto folderName =
+        QString(100, 'd') + " " + QString(90, 'e') + "/" + QString(60, 'f') + " " + QString(60, 'g');
+    ASSERT_TRUE(QDir(folder.path()).mkpath(folderName));
+    bus.fault("badnumber@5/24:2");
+    download(folderName + "/a.mdb");
+    const auto* status = child<QLabel>(form, "Status");
+    EXPECT_GE(status->height(), status->heightForWidth(status->width()));
+}
+
 TEST_F(SetAutoOnTheBus, TypesBAndDDownloadTwoDirections)
 {
     for (const auto type : {link::TypeB, link::TypeD}) {
