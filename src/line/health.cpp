@@ -60,6 +60,7 @@ double Durations::percentile(double percent) const
 {
     if (count_ == 0) return 0;
     const auto wanted = static_cast<std::int64_t>(std::ceil(static_cast<double>(count_) * percent / 100));
+    if (wanted >= count_) return worst_; // few durations: not a little less than the only one
     std::int64_t passed = 0;
     for (int i = 0; i < kClasses; ++i) {
         passed += classes_[static_cast<std::size_t>(i)];

@@ -24,9 +24,9 @@ struct JournalColumn {
     int width;
 };
 constexpr JournalColumn kColumns[] = {
-    {"Time", "time", 200},      {"Readout", "address", 60},  {"What", "meaning", 260},
-    {"Before", "old", 110},     {"Set to", "new", 110},      {"Confirmed", "confirmed", 70},
-    {"Answer", "outcome", 110}, {"Program", "program", 110}, {"User", "user", 80},
+    {"Time", "time", 180},     {"Readout", "address", 60}, {"What", "meaning", 260},
+    {"Before", "old", 90},     {"Set to", "new", 110},     {"Confirmed", "confirmed", 75},
+    {"Answer", "outcome", 85}, {"Program", "program", 85}, {"User", "user", 70},
     {"Port", "port", 110},
 };
 
@@ -54,7 +54,7 @@ JournalWindow::JournalWindow(std::filesystem::path file, QWidget* parent)
     shown_.setFilterKeyColumn(-1);
     shown_.setFilterCaseSensitivity(Qt::CaseInsensitive);
     layOut();
-    resize(1100, 420);
+    resize(1180, 420);
 }
 
 void JournalWindow::layOut()

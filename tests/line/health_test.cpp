@@ -41,6 +41,15 @@ TEST(Durations, PercentileIsRightWithinOnePercent)
     EXPECT_EQ(durations.worst(), all.back());
 }
 
+TEST(Durations, TheHighestOfFewIsTheWorst)
+{
+    Durations durations;
+    for (const double ms : {21.9, 20.1, 23.4}) {
+        durations.add(ms);
+        EXPECT_EQ(durations.percentile(95), durations.worst());
+    }
+}
+
 TEST(Durations, TakesConstantMemory) { EXPECT_LT(sizeof(Durations), 8192U); }
 
 TEST(Durations, OutOfRangeCountsAsTheEdge)
