@@ -18,6 +18,7 @@ ESCAPE_KEY = 0xff1b
 SPACE_KEY = 0x20
 CONTROL_KEYCODE = 37  # of the keyboard of the virtual screen
 MENU_OPENS = 0.5  # seconds
+MENU_TRIES = 2
 # The letters of the menu "Tools" by the captions of the windows that they open.
 TOOLS = {"Traffic": "t", "Line Health": "h", "Journal": "j", "Stored Readings": "e", "Settings": "s"}
 READ_ONLY = "r"
@@ -115,7 +116,12 @@ class Program:
 
     def tool(self, caption):
         """Chooses an item of the button "Tools" by the keyboard, and gives the window that it opens."""
-        self.strike_in_tools(TOOLS[caption])
+        for _ in range(MENU_TRIES):
+            self.strike_in_tools(TOOLS[caption])
+            try:
+                return until(lambda: self.windows().get(caption), caption, patience=PATIENCE / MENU_TRIES)
+            except AssertionError:
+                pass  # the letter came before the menu, on a busy machine
         return self.window(caption)
 
     def strike_in_tools(self, letter):
