@@ -1,6 +1,8 @@
 #pragma once
 
 #include "calibration/database.h"
+#include "calibration/datacontrol.h"
+#include "calibration/direction.h"
 #include "jet/bytes.h"
 #include "jet/database.h"
 
@@ -45,6 +47,23 @@ inline std::string contentOf(const std::filesystem::path& path)
 inline void put(const std::filesystem::path& path, const std::string& content)
 {
     std::ofstream(path, std::ios::binary) << content;
+}
+
+/// Makes the calibration file of a direction, with a number in each cell.
+inline void makeFilledFile(const std::filesystem::path& folder, const DirectionRow& direction)
+{
+    const auto path = folder / direction.file;
+    ASSERT_TRUE(CreateCalibrationDatabase(path));
+    DataControl file;
+    file.setDatabaseName(path);
+    ASSERT_TRUE(file.Refresh());
+    for (int row = 0; row < file.rowCount(); ++row) {
+        Records::Changes changes{{std::string(kDialName), double(row)}};
+        for (const auto& reading : direction.readings) {
+            changes[std::string(reading.name)] = double(row);
+        }
+        ASSERT_TRUE(file.write(row, changes));
+    }
 }
 
 /// A row of cells as text, Null as "-".

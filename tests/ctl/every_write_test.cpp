@@ -1,6 +1,4 @@
-#include "calibration/database.h"
-#include "calibration/datacontrol.h"
-#include "calibration/direction.h"
+#include "calibration/calibration_files.h"
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "protocol/command.h"
@@ -47,7 +45,8 @@ protected:
     {
         qputenv("XDG_DATA_HOME", data.path().toLocal8Bit());
         for (const auto* direction : {"X", "Y", "Z"}) {
-            fill(*calibration::directionOf(QLatin1String(direction)));
+            calibration::makeFilledFile(folder.path().toStdString(),
+                                        *calibration::directionOf(QLatin1String(direction)));
         }
     }
     ~EveryWrite() override
@@ -59,22 +58,6 @@ protected:
         }
     }
 
-    /// A calibration file with a number in each cell.
-    void fill(const calibration::DirectionRow& direction)
-    {
-        const auto path = std::filesystem::path(folder.path().toStdString()) / direction.file;
-        ASSERT_TRUE(calibration::CreateCalibrationDatabase(path));
-        calibration::DataControl file;
-        file.setDatabaseName(path);
-        ASSERT_TRUE(file.Refresh());
-        for (int row = 0; row < file.rowCount(); ++row) {
-            calibration::Records::Changes changes{{std::string(calibration::kDialName), double(row)}};
-            for (const auto& reading : direction.readings) {
-                changes[std::string(reading.name)] = double(row);
-            }
-            ASSERT_TRUE(file.write(row, changes));
-        }
-    }
     int run(Words words, const std::vector<const char*>& options = {})
     {
         words.insert(words.begin(), {"quorvelctl-factory", "--address", "33", "--type", "C", "--port",
