@@ -1,6 +1,7 @@
 #include "line/health.h"
 
 #include "line/trace.h"
+#include "link/address.h"
 
 #include <QStringList>
 
@@ -19,7 +20,6 @@ constexpr double kLongest = 600'000.0; // ms
 constexpr double kGrowth =
     1.0198; // of a class over the one before it: 800 reach from the shortest to the longest
 constexpr double kPercentile = 95;
-constexpr int kEveryReadout = 255;
 
 int classOf(double ms)
 {
@@ -79,7 +79,7 @@ void Health::ended(const link::Exchange& exchange)
 {
     const int address = protocol::addressOf(exchange.transaction.frame);
     const auto verdict = protocol::verdictOf(exchange);
-    if (address < 0 || address == kEveryReadout) return;
+    if (!link::isAddress(address)) return;
     if (verdict == Verdict::Refused || verdict == Verdict::Abandoned) return;
     auto& readout = readouts_[address];
     ++readout.ended[static_cast<std::size_t>(verdict)];

@@ -43,8 +43,8 @@ struct ReadoutHealth {
     std::int64_t endedAs(protocol::Verdict verdict) const { return ended[static_cast<std::size_t>(verdict)]; }
 };
 
-/// Keeps the health of every readout that was asked. Exchanges with all readouts (the search) do not count, nor those
-/// that were refused or that the end of the program cut off.
+/// Keeps the health of every readout that was asked. Exchanges with all readouts (the search) or with none do not
+/// count, nor those that were refused or that the end of the program cut off.
 class Health final : public link::ExchangeObserver {
 public:
     void sending(const link::Exchange& /*exchange*/) override {}

@@ -26,10 +26,11 @@ QJsonObject headOf(const link::Exchange& exchange)
 {
     const auto& frame = exchange.transaction.frame;
     const auto* command = protocol::commandOf(frame);
+    const int address = protocol::addressOf(frame);
     return {
         {"exchange", static_cast<qint64>(exchange.number)},
         {"time", exchange.begun.toOffsetFromUtc(exchange.begun.offsetFromUtc()).toString(Qt::ISODateWithMs)},
-        {"address", protocol::addressOf(frame)},
+        {"address", address < 0 ? QJsonValue() : QJsonValue(address)},
         {"kind", fromText(protocol::nameOf(exchange.transaction.kind))},
         {"command", command ? QJsonValue(fromText(command->digits)) : QJsonValue()},
         {"meaning", fromText(protocol::meaningOf(frame))},

@@ -21,6 +21,7 @@ constexpr const char* kHeadings[] = {"Time",  "Readout", "Meaning",  "Frame",
 QString readoutOf(const link::Exchange& exchange)
 {
     const int address = protocol::addressOf(exchange.transaction.frame);
+    if (address < 0) return {};
     return address == kEveryReadout ? TrafficModel::tr("all") : QString::number(address);
 }
 

@@ -163,4 +163,9 @@ link::Transaction transaction(CommandId id, std::string_view addressDigits, std:
             .ignoresBlanks = row.ignoresBlanks};
 }
 
+link::Transaction listening(float seconds)
+{
+    return {.frame = {}, .reply = {.until = Until::Time, .seconds = seconds}, .drains = false, .head = 0};
+}
+
 } // namespace quorvel::protocol

@@ -91,4 +91,7 @@ bool holdsDigitsOnly(CommandId id, std::string_view reply);
 /// @param parameter  what is between the command digits and the end mark.
 link::Transaction transaction(CommandId id, std::string_view addressDigits, std::string_view parameter = {});
 
+/// Sends nothing, and takes what waits and what comes within these seconds.
+link::Transaction listening(float seconds);
+
 } // namespace quorvel::protocol

@@ -51,6 +51,7 @@ std::string_view parameterOf(std::string_view frame)
 
 std::string meaningOf(std::string_view frame)
 {
+    if (frame.empty()) return "Listen";
     const auto* row = commandOf(frame);
     if (!row) return "Unknown command";
     std::string words(row->name);

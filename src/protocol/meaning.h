@@ -18,8 +18,8 @@ int addressOf(std::string_view frame);
 /// What stands between the command digits and the end mark; empty when the frame is not one of ours.
 std::string_view parameterOf(std::string_view frame);
 
-/// What a frame is for: "Read X and Y", "Set the offset of X to +1.50000", "Fetch a stored record 0007"; for a frame
-/// that is not one of ours "Unknown command".
+/// What a frame is for: "Read X and Y", "Set the offset of X to +1.50000", "Fetch a stored record 0007"; without a
+/// frame "Listen", for one that is not ours "Unknown command".
 std::string meaningOf(std::string_view frame);
 
 /// How an exchange ended, as traffic and journal call it: "complete", "not the answer", "silent", "short 16 of 17",

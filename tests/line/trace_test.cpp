@@ -29,7 +29,8 @@ TEST(Meaning, SaysWhatAFrameIsFor)
     EXPECT_EQ(protocol::meaningOf(":0571+1.50000FF\r\n"), "Set the offset of X to +1.50000");
     EXPECT_EQ(protocol::meaningOf(":05240007FF\r\n"), "Fetch a stored record 0007");
     EXPECT_EQ(protocol::meaningOf(":FF01FF\r\n"), "Search the bus");
-    for (const auto* other : {"", ":", ":05", ":0599FF\r\n", "0571FF\r\n"}) {
+    EXPECT_EQ(protocol::meaningOf(""), "Listen");
+    for (const auto* other : {":", ":05", ":0599FF\r\n", "0571FF\r\n"}) {
         EXPECT_EQ(protocol::meaningOf(other), "Unknown command") << other;
     }
 }
