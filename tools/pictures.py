@@ -137,6 +137,25 @@ def settings():
     program.close()
 
 
+def diagnosis():
+    program = start("quorvel", "A", "7")
+    window = program.tool("Why no answer?")
+    until(lambda: [node for node in descendants(window) if "Most likely" in node.get_name()], "the verdict", patience=60)
+    take(window, "diagnosis")
+    program.close()
+
+
+def finder():
+    program = start("quorvel", "A", "7")
+    program.tell_bus("fault twice@12/*")
+    window = program.tool("Find Readouts One by One")
+    press(one_in(window, BUTTON, "Search"))
+    table = one_in(window, Atspi.Role.TABLE, "Readouts found")
+    until(lambda: Atspi.Table.get_n_rows(table) == 3, "three readouts", patience=60)
+    take(window, "finder")
+    program.close()
+
+
 def offset_setting():
     program = start("quorvel", "C", "33")
     window = program.open("Offset Setting", "Offset Setting")
@@ -196,6 +215,7 @@ def calibration():
 
 
 SCENES = {"main-window": main_window, "traffic": traffic, "line-health": line_health, "journal": journal,
+          "diagnosis": diagnosis, "finder": finder,
           "offset-setting": offset_setting, "settings": settings, "automatic-readings": automatic_readings,
           "stored-readings": stored_readings, "grayscale": grayscale, "calibration": calibration}
 for scene in WANTED or SCENES:

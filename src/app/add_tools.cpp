@@ -1,6 +1,8 @@
 #include "app/openers.h"
 #include "app/program.h"
 #include "autoread/storedreadings.h"
+#include "line/diagnosiswindow.h"
+#include "line/finderwindow.h"
 #include "line/healthwindow.h"
 #include "line/journalwindow.h"
 #include "line/trafficpanel.h"
@@ -72,12 +74,47 @@ void showSettings(Program& program)
     window->raise();
 }
 
+/// Tests at once: in the window that `parent` has, or in a new one. Beside a modal window only what belongs to it can
+/// be used.
+void showDiagnosis(Program& program, QWidget* parent, const QString& address)
+{
+    auto* window = parent->findChild<line::DiagnosisWindow*>(QLatin1String(line::DiagnosisWindow::kName),
+                                                             Qt::FindDirectChildrenOnly);
+    if (!window) window = new line::DiagnosisWindow(program.workplace, program.ports, parent);
+    if (!program.gate.busy()) window->setAddress(address);
+    window->show();
+    window->raise();
+    window->activateWindow();
+    window->start();
+}
+
+void showFinder(Program& program)
+{
+    auto* window = program.form1.findChild<line::FinderWindow*>(QLatin1String(line::FinderWindow::kName));
+    if (!window) {
+        window = new line::FinderWindow(
+            program.workplace,
+            [&program](const std::vector<std::string>& addresses) { program.form1.showFound(addresses); },
+            &program.form1);
+    }
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
 } // namespace
 
 void addTools(Program& program)
 {
+    const auto test = [&program] { showDiagnosis(program, &program.form1, program.bench.currentAddress); };
+    program.workplace.whyNoAnswer = [&program](QWidget* parent, const QString& address) {
+        showDiagnosis(program, parent, address);
+    };
+    program.form1.offerTest(test);
     program.form1.addTool(QStringLiteral("&Traffic"), [&program] { showTraffic(program); });
     program.form1.addTool(QStringLiteral("Line &Health"), [&program] { showHealth(program); });
+    program.form1.addTool(QStringLiteral("&Why no answer?"), test);
+    program.form1.addTool(QStringLiteral("&Find Readouts One by One"), [&program] { showFinder(program); });
     program.form1.addTool(QStringLiteral("&Journal"), [&program] { showJournal(program); });
     program.form1.addTool(QStringLiteral("Stored R&eadings"), [&program] { showStoredReadings(program); });
     program.form1.addTool(QStringLiteral("&Settings ..."), [&program] { showSettings(program); });

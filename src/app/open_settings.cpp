@@ -20,8 +20,10 @@ void show(Program& program)
 
 void reset(Program& program)
 {
-    ResetSetting_Click(program.workplace, &program.form1,
-                       [&program](const QString& text) { program.form1.showStatus(text); });
+    program.form1.runCommand([&program] {
+        ResetSetting_Click(program.workplace, &program.form1,
+                           [&program](const QString& text) { program.form1.showStatus(text); });
+    });
 }
 
 struct Row {

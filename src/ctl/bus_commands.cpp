@@ -2,7 +2,6 @@
 #include "ctl/console.h"
 #include "link/bytes.h"
 #include "protocol/answer.h"
-#include "protocol/search.h"
 #include "protocol/values.h"
 #include "text/number.h"
 #include "text/reply.h"
@@ -26,19 +25,6 @@ void listPorts(Console& console)
 {
     for (const auto& entry : console.ports().entries()) {
         console.answer(entry.text, {{"port", entry.device}, {"text", entry.text}});
-    }
-}
-
-void searchBus(Console& console)
-{
-    if (!console.openPort(Access::Reads)) return;
-    const auto addresses = protocol::foundAddresses(console.module1().transact(protocol::search()).reply);
-    if (addresses.empty()) {
-        console.fail(kNotAnswered, protocol::kNothingFound);
-        return;
-    }
-    for (const auto& address : addresses) {
-        console.answer(shown(address), {{"address", shown(address).toInt()}});
     }
 }
 
@@ -121,9 +107,6 @@ void watch(Console& console, int every, int count)
 void addBusCommands(CLI::App& app, Console& console)
 {
     app.add_subcommand("ports", "List the serial ports")->callback([&console] { listPorts(console); });
-    app.add_subcommand("search", "List the addresses that answer on the bus")->callback([&console] {
-        searchBus(console);
-    });
     app.add_subcommand("read", "Read the values of one readout")->callback([&console] { readOnce(console); });
 
     auto* watching = app.add_subcommand("watch", "Read one readout again and again");

@@ -21,9 +21,10 @@ int runControl(int argc, char* argv[], const char* edition);
 // Each adds its subcommands to the command line; their callbacks do the work and leave the exit status in the
 // console.
 void addAutoreadCommands(CLI::App& app, Console& console);    ///< auto
-void addBusCommands(CLI::App& app, Console& console);         ///< ports, search, read, watch
+void addBusCommands(CLI::App& app, Console& console);         ///< ports, read, watch
 void addCalibrationCommands(CLI::App& app, Console& console); ///< calibrate, stitching: factory edition only
 void addGrayscaleCommands(CLI::App& app, Console& console);   ///< grayscale
+void addLineCommands(CLI::App& app, Console& console);        ///< search, diagnose
 void addStoredCommands(CLI::App& app, Console& console);      ///< ring, download, check, clear
 void addSettingsCommands(CLI::App& app, Console& console);    ///< settings, settings save, settings restore
 void addSettingCommands(CLI::App& app, Console& console); ///< offset, reference, feature, invert, swap ...

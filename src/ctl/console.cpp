@@ -14,6 +14,12 @@
 
 namespace quorvel::ctl {
 
+namespace {
+
+constexpr auto kNoPort = "There is no serial port. Plug the adapter in, or name a device with --port.";
+
+} // namespace
+
 Console::Console(const QString& edition, link::PortList::Enumerator enumerate)
     : enumerate_(std::move(enumerate))
 {
@@ -34,8 +40,7 @@ bool Console::hasPort(Access access)
 {
     const auto& all = ports().entries();
     if (all.empty()) {
-        fail(kNotAnswered,
-             QStringLiteral("There is no serial port. Plug the adapter in, or name a device with --port."));
+        fail(kNotAnswered, kNoPort);
         return false;
     }
     if (access == Access::Reads || all.size() == 1 || !options.port.empty()) return true;
@@ -51,7 +56,14 @@ bool Console::hasPort(Access access)
 
 bool Console::openPort(Access access)
 {
-    if (!hasPort(access)) return false;
+    if (!hasPort(access) || !makeLink(access)) return false;
+    const auto reason = openDevice();
+    if (!reason.isEmpty()) fail(kNotAnswered, reason);
+    return reason.isEmpty();
+}
+
+bool Console::makeLink(Access access)
+{
     bench_.instrumentType = instrumentType();
     bench_.currentAddress = QString::fromStdString(options.address);
     mscomm1_ = std::make_unique<link::MSComm>(ports());
@@ -62,10 +74,14 @@ bool Console::openPort(Access access)
     if (options.journal) keepJournal();
     QObject::connect(mscomm1_.get(), &link::MSComm::lost, mscomm1_.get(),
                      [this](const QString& reason) { fail(kNotAnswered, reason); });
+    return true;
+}
+
+QString Console::openDevice()
+{
+    if (ports().entries().empty()) return kNoPort;
     mscomm1_->setCommPort(ports().entries().front().number);
-    const auto reason = mscomm1_->setPortOpen(true);
-    if (!reason.isEmpty()) fail(kNotAnswered, reason);
-    return reason.isEmpty();
+    return mscomm1_->setPortOpen(true);
 }
 
 bool Console::openTrace()

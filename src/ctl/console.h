@@ -59,6 +59,10 @@ public:
     /// Takes the options over and opens the port.
     /// @return false when that failed: the reason is on stderr and the status set; the command ends.
     bool openPort(Access access);
+    /// The halves of openPort(), for a command that goes on without a port: the link, false when that failed and was
+    /// said; then its port. @return empty on success, otherwise the reason in words.
+    bool makeLink(Access access);
+    QString openDevice();
     /// Whether --address was given. What a command needs of the command line is checked first, before a file or a port is
     /// touched.
     /// @return false when it was not: that is on stderr and the status set; the command ends.

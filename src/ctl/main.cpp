@@ -57,6 +57,7 @@ int runCommandLine(Console& console, int argc, const char* const argv[])
     app.require_subcommand(1);
     app.fallthrough();
     addCommonOptions(app, console.options);
+    addLineCommands(app, console);
     addBusCommands(app, console);
     addAutoreadCommands(app, console);
     addStoredCommands(app, console);

@@ -3,6 +3,7 @@
 #include "link/address.h"
 #include "link/bytes.h"
 #include "main/addresshint.h"
+#include "main/whylink.h"
 
 #include <QComboBox>
 #include <QEvent>
@@ -19,7 +20,7 @@ constexpr int kStatusLines = 3; // without a jump of the window
 
 BusWindow::BusWindow(const Workplace& workplace, QWidget* parent)
     : QDialog(parent), bench_(workplace.bench), module1_(workplace.module1), gate_(workplace.gate),
-      messages_(workplace.messages)
+      messages_(workplace.messages), whyNoAnswer_(workplace.whyNoAnswer)
 {
     connect(&module1_.port(), &link::MSComm::lost, this, &BusWindow::addStatus);
 }
@@ -31,6 +32,7 @@ void BusWindow::useStatusLine(QLabel& line)
     line.setWordWrap(true);
     line.setTextFormat(Qt::PlainText);
     line.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    if (whyNoAnswer_) why_ = new WhyLink(line, module1_, [this] { whyNoAnswer_(this, addressText()); });
     refreshStatus();
 }
 
@@ -62,6 +64,7 @@ void BusWindow::onClick(QAbstractButton* button, const std::function<void()>& ha
 void BusWindow::runHandler(const std::function<void()>& handler)
 {
     gate_.run([this, &handler] {
+        const WhyLink::Command command(why_);
         beginHandler();
         handler();
         module1_.dropRest();

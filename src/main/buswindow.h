@@ -17,6 +17,10 @@ class QAbstractButton;
 class QLineEdit;
 
 namespace quorvel {
+class WhyLink;
+}
+
+namespace quorvel {
 
 /// Places in the lists of "True" and "False".
 enum TrueFalseIndex { kTrue, kFalse };
@@ -26,7 +30,8 @@ enum TrueFalseIndex { kTrue, kFalse };
 /// notices, the loss of the port, an address that names no readout.
 ///
 /// The status line holds the sentences added since the latest handler began, and standing() while there are none. The
-/// hint on the address comes before either.
+/// hint on the address comes before either. After a command that was not answered it also offers to test why, where the
+/// workplace has such a test.
 class BusWindow : public QDialog {
     Q_OBJECT
 public:
@@ -111,6 +116,8 @@ private:
 
     QLabel ownLine_;
     QLabel* line_ = nullptr;
+    WhyLink* why_ = nullptr;
+    std::function<void(QWidget*, const QString&)> whyNoAnswer_;
     QLineEdit* addressBox_ = nullptr;
     QStringList sentences_;
     std::map<QObject*, EnterRow> enterRows_;

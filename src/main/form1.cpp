@@ -4,6 +4,7 @@
 #include "main/addresshint.h"
 #include "main/form3.h"
 #include "main/inputfilter.h"
+#include "main/whylink.h"
 #include "text/number.h"
 #include "ui_form1.h"
 
@@ -163,6 +164,14 @@ void Form1::addToolsButton()
     });
     InputFilter::letThrough(&tools_);
     InputFilter::letThrough(&toolsMenu_);
+}
+
+void Form1::offerTest(const std::function<void()>& test) { why_ = new WhyLink(status_, module1_, test); }
+
+void Form1::runCommand(const std::function<void()>& command)
+{
+    const WhyLink::Command running(why_);
+    command();
 }
 
 QAction* Form1::addTool(const QString& caption, const std::function<void()>& tool)

@@ -12,12 +12,16 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace Ui {
 class Form1;
 }
 
 namespace quorvel {
+
+class WhyLink;
 
 /// The main window: port, instrument type, search, live reading, and the menus that lead to all other windows.
 ///
@@ -40,6 +44,16 @@ public:
     QAction* addTool(const QString& caption, const std::function<void()>& tool);
     /// Shows or hides the mark in the status bar that says that nothing is changed in readouts.
     void showReadOnly(bool on) { readOnlyMark_.setVisible(on); }
+
+    /// From now on the status bar offers a test after a command of this window that was not answered.
+    /// @param test  is called when the offer is taken.
+    void offerTest(const std::function<void()>& test);
+    /// Runs a command of this window that is not its own: the test is offered when it was not answered.
+    void runCommand(const std::function<void()>& command);
+
+    /// Shows addresses as found, and makes the first of them the current one.
+    /// @param addresses  decimal text of at least two digits, in the order to be shown.
+    void showFound(const std::vector<std::string>& addresses);
 
     /// Shows a text in the status bar until the next one.
     void showStatus(const QString& text);
@@ -96,6 +110,7 @@ private:
     Messages& messages_;
     std::map<QString, std::function<void()>> openers_;
     QLabel status_; ///< a label, because screen readers do not see a status bar's own text
+    WhyLink* why_ = nullptr;
     QLabel readOnlyMark_;
     QPushButton tools_;
     QMenu toolsMenu_;

@@ -2,6 +2,7 @@
 #include "link/bytes.h"
 #include "main/form1.h"
 #include "main/inputfilter.h"
+#include "main/whylink.h"
 #include "protocol/search.h"
 #include "protocol/values.h"
 #include "text/number.h"
@@ -43,8 +44,13 @@ void Form1::Command4_Click()
         messages_.say(this, kPortNotOpened);
         return;
     }
+    const WhyLink::Command command(why_);
     ui_->NoList->setText(protocol::kSearching);
-    const auto addresses = protocol::foundAddresses(module1_.transact(protocol::search()).reply);
+    showFound(protocol::foundAddresses(module1_.transact(protocol::search()).reply));
+}
+
+void Form1::showFound(const std::vector<std::string>& addresses)
+{
     ui_->NoList->setText(shown(protocol::foundText(addresses)));
     ui_->NoList->setToolTip(inRows(addresses));
     if (module1_.port().PortOpen()) showStatus(tr("Readouts found: %1").arg(addresses.size()));
@@ -79,6 +85,7 @@ void Form1::immediateReading()
         messages_.say(this, kAddressError);
         return;
     }
+    const WhyLink::Command command(why_);
     beginReading();
     for (;;) {
         module1_.clock().letEventsRun();
