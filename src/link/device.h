@@ -1,31 +1,17 @@
 #pragma once
 
+#include "link/line_settings.h"
+
 #include <QIODevice>
 #include <QString>
 
 #include <chrono>
 #include <memory>
-#include <optional>
-#include <string_view>
 
 namespace quorvel::link {
 
 /// How long a device server may be unreachable before the connection is given up; for Windows see device_windows.cpp.
 inline constexpr auto kSilence = std::chrono::seconds(25);
-
-/// How characters travel on the line.
-struct LineSettings {
-    int baud = 9600;
-    char parity = 'n'; ///< lower case: n none, e even, o odd, m mark, s space
-    int dataBits = 8;  ///< 5..8
-    int stopBits = 1;  ///< 1 or 2
-    bool rts = false;  ///< request to send, switched on after opening
-    bool dtr = false;  ///< data terminal ready, switched on after opening
-};
-
-/// Reads "9600,n,8,1": baud, parity letter (either case), data bits, stop bits.
-/// @return nothing when the text has another form or a value that no serial port has.
-std::optional<LineSettings> parseLineSettings(std::string_view text);
 
 /// The one verdict on an attempt to open: a device that is open for reading and writing, or the reason in words
 /// (what happened and what to do next).
@@ -43,11 +29,20 @@ struct OpenedDevice {
 /// errorString() then says why. Never shows a box. Waits up to 5 s for a device server.
 OpenedDevice openDevice(const QString& name, const LineSettings& line);
 
+/// Has an open device keep at most so many characters that nobody has read, where the system itself sets no limit.
+void limitBuffer(QIODevice& device, qint64 most);
+
+/// Hands what was written to the system; otherwise it would leave with the next turn of the event loop.
+void sendNow(QIODevice& device);
+
 /// The reason in words why no device can have this name; empty when one can. Only "tcp:" asks for a form.
 QString deviceNameError(const QString& name);
 
-/// openDevice() for serial ports; one source file per platform.
+// What of these is for serial ports; one source file per platform.
 OpenedDevice openSerialPort(const QString& name, const LineSettings& line);
+void limitSerialBuffer(QIODevice& device, qint64 most);
+void sendSerialNow(QIODevice& device);
+
 /// Has the system find out within kSilence that the other end of a connection is gone; one source file per platform.
 /// @param socket  the system's handle of a connected TCP socket, keep-alive switched on.
 void watchConnection(qintptr socket);

@@ -1,3 +1,4 @@
+#include "link/device.h"
 #include "link/serialport.h"
 
 #include <QFileInfo>
@@ -12,6 +13,61 @@
 namespace quorvel::link {
 
 namespace {
+
+/// The parity of a letter that parsed line settings can hold.
+QSerialPort::Parity parityOf(char letter)
+{
+    switch (letter) {
+    case 'e':
+        return QSerialPort::EvenParity;
+    case 'o':
+        return QSerialPort::OddParity;
+    case 'm':
+        return QSerialPort::MarkParity;
+    case 's':
+        return QSerialPort::SpaceParity;
+    default:
+        return QSerialPort::NoParity;
+    }
+}
+
+/// Pseudo-terminals and some adapters have no modem lines; the bus does not need them.
+void switchModemLines(QSerialPort& port, const LineSettings& line)
+{
+    if (line.rts && !port.setRequestToSend(true)) qInfo("%s: no RTS line", qPrintable(port.portName()));
+    if (line.dtr && !port.setDataTerminalReady(true)) qInfo("%s: no DTR line", qPrintable(port.portName()));
+}
+
+void announceLoss(QSerialPort& port)
+{
+    QObject::connect(&port, &QSerialPort::errorOccurred, &port, [&port](QSerialPort::SerialPortError error) {
+        switch (error) {
+        case QSerialPort::ResourceError:
+        case QSerialPort::ReadError:
+        case QSerialPort::WriteError:
+            Q_EMIT port.readChannelFinished();
+            break;
+        case QSerialPort::NoError:
+        case QSerialPort::TimeoutError:
+            break;
+        default:
+            qInfo("%s: %s", qPrintable(port.portName()), qPrintable(port.errorString()));
+        }
+    });
+}
+
+/// A serial port that is still closed. Everything is set before opening: a pseudo-terminal refuses some changes
+/// afterwards.
+std::unique_ptr<QSerialPort> closedPort(const QString& name, const LineSettings& line)
+{
+    auto port = std::make_unique<QSerialPort>(name);
+    port->setBaudRate(line.baud);
+    port->setParity(parityOf(line.parity));
+    port->setDataBits(static_cast<QSerialPort::DataBits>(line.dataBits));
+    port->setStopBits(line.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop);
+    port->setFlowControl(QSerialPort::NoFlowControl);
+    return port;
+}
 
 /// The path behind a name, as Qt finds it: what does not begin with a folder is in /dev.
 QString location(const QString& name)
@@ -44,7 +100,19 @@ OpenedDevice openSerialPort(const QString& name, const LineSettings& line)
     // The terminal's own exclusive mode does not stop a second program of the administrator, and a link to the
     // device has another port lock; this lock belongs to the device itself.
     if (::flock(port->handle(), LOCK_EX | LOCK_NB) != 0) return {nullptr, inUseText(name)};
-    return openedPort(std::move(port), line);
+    switchModemLines(*port, line);
+    announceLoss(*port);
+    return {std::move(port), {}};
+}
+
+void limitSerialBuffer(QIODevice& device, qint64 most)
+{
+    if (auto* port = qobject_cast<QSerialPort*>(&device)) port->setReadBufferSize(most);
+}
+
+void sendSerialNow(QIODevice& device)
+{
+    if (auto* port = qobject_cast<QSerialPort*>(&device)) port->flush();
 }
 
 void watchConnection(qintptr socket)

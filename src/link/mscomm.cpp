@@ -1,25 +1,8 @@
 #include "link/mscomm.h"
 
-#include <QAbstractSocket>
-#include <QSerialPort>
-
 #include <algorithm>
 
 namespace quorvel::link {
-
-namespace {
-
-/// What comes while the program is kept from gathering it must not pile up in the device either.
-void boundBuffer(QIODevice& device)
-{
-    if (auto* serial = qobject_cast<QSerialPort*>(&device)) {
-        serial->setReadBufferSize(MSComm::kInputBuffer);
-    } else if (auto* socket = qobject_cast<QAbstractSocket*>(&device)) {
-        socket->setReadBufferSize(MSComm::kInputBuffer);
-    }
-}
-
-} // namespace
 
 MSComm::MSComm(const PortList& ports, Opener opener, QObject* parent)
     : QObject(parent), ports_(ports), opener_(std::move(opener))
@@ -51,7 +34,8 @@ QString MSComm::setPortOpen(bool open)
     if (!opened.device) return opened.reason;
     device_ = std::move(opened.device);
     name_ = name;
-    boundBuffer(*device_);
+    // What comes while the program is kept from gathering it must not pile up in the device either.
+    limitBuffer(*device_, kInputBuffer);
     connect(device_.get(), &QIODevice::readyRead, this, &MSComm::gather);
     connect(device_.get(), &QIODevice::readyRead, this, &MSComm::arrived);
     connect(device_.get(), &QIODevice::readChannelFinished, this, &MSComm::drop);
@@ -77,12 +61,9 @@ void MSComm::Output(std::string_view characters)
 {
     if (!device_) return;
     device_->write(characters.data(), static_cast<qint64>(characters.size()));
-    // Unflushed, the characters would leave with the next turn of the event loop and blur the pacing.
-    if (auto* serial = qobject_cast<QSerialPort*>(device_.get())) {
-        serial->flush();
-    } else if (auto* socket = qobject_cast<QAbstractSocket*>(device_.get())) {
-        socket->flush();
-    }
+    // Unflushed, the characters would leave with the next turn of the event loop and blur the pacing. The device may have
+    // vanished with the writing.
+    if (device_) sendNow(*device_);
 }
 
 std::string MSComm::Input()

@@ -25,8 +25,8 @@ TEST(House, FilesAreWrittenInFewPlaces)
     EXPECT_THAT(writers(kProject),
                 UnorderedElementsAre("files/disk_posix.cpp", "files/disk_windows.cpp", "jet/file_posix.cpp",
                                      "jet/file_windows.cpp", "autoread/csv_file.cpp", "line/linefile.cpp",
-                                     "link/device_linux.cpp", "link/device_windows.cpp", // the serial port
-                                     "grayscale/drawthart.cpp"));                        // memory
+                                     "link/device_linux.cpp", "link/comport_windows.cpp", // the serial port
+                                     "grayscale/drawthart.cpp"));                         // memory
 }
 
 TEST(House, ArrowsOnlyGoDown)
