@@ -80,8 +80,8 @@ std::optional<CivilSeconds> fromIsoTime(std::string_view text)
 CivilSeconds pcTime()
 {
     const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
+    const std::tm* const found = std::localtime(&now); // NOLINT(concurrency-mt-unsafe)
+    const std::tm local = found != nullptr ? *found : std::tm{};
     const auto time = civilOf({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
                                local.tm_min, local.tm_sec % 60});
     return time.value_or(now);

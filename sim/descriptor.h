@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -37,6 +39,9 @@ private:
 /// than that at a time, and control lines are heard in between.
 /// @param ended  set true when nothing is left and the other side has closed or the descriptor is broken.
 std::string readAvailable(int descriptor, bool& ended);
+
+/// Writes what can be written without waiting. @return how many characters that were.
+std::size_t writeAvailable(int descriptor, std::string_view characters);
 
 /// "what: reason of the last failed call".
 std::string systemError(const std::string& what);

@@ -1,5 +1,6 @@
 #include "sim/options.h"
 #include "sim/server.h"
+#include "sim/wait.h"
 
 #include <cstdio>
 

@@ -1,45 +1,23 @@
 #include "sim/server.h"
 
 #include "sim/control.h"
-#include "sim/descriptor.h"
+#include "sim/wait.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cmath>
-#include <csignal>
 #include <cstdio>
-#include <ctime>
-#include <fcntl.h>
-#include <poll.h>
+#include <optional>
 #include <utility>
 
 namespace quorvelsim {
 
 namespace {
 
-constexpr std::int64_t kNanoseconds = 1'000'000'000;
 constexpr std::size_t kLongestLine = 65536;
 
 /// So far ahead of its line a client may write, as the buffer of a serial port lets it.
 constexpr double kAhead = 4; // s
 
-volatile std::sig_atomic_t stopAsked = 0;
-
-void askStop(int /*signal*/) { stopAsked = 1; }
-
-std::int64_t monotonicNanoseconds()
-{
-    std::timespec time{};
-    ::clock_gettime(CLOCK_MONOTONIC, &time);
-    return time.tv_sec * kNanoseconds + time.tv_nsec;
-}
-
-std::timespec timespecOf(double seconds)
-{
-    const auto whole = std::floor(seconds);
-    return {static_cast<std::time_t>(whole),
-            static_cast<long>((seconds - whole) * static_cast<double>(kNanoseconds))};
-}
+constexpr double kLongestWait = 3600; // s
 
 void printLine(const std::string& line)
 {
@@ -51,19 +29,18 @@ void printLine(const std::string& line)
 
 Server::Server(Bus& bus, std::unique_ptr<Transport> transport, Opener opener)
     : bus_(bus), transport_(std::move(transport)), opener_(std::move(opener)),
-      startNanoseconds_(monotonicNanoseconds())
+      start_(std::chrono::steady_clock::now())
 {}
 
 double Server::now() const
 {
-    return static_cast<double>(monotonicNanoseconds() - startNanoseconds_) /
-           static_cast<double>(kNanoseconds);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
 }
 
 int Server::run(bool control)
 {
     printLine(transport_->name());
-    while (stopAsked == 0) {
+    while (!stopAsked()) {
         const bool line = wait(control);
         serveClient();
         if (line && !takeControlLines()) break;
@@ -74,21 +51,15 @@ int Server::run(bool control)
 /// @return true when there is something on standard input.
 bool Server::wait(bool control)
 {
-    std::vector<pollfd> descriptors;
-    // poll() passes over the descriptor -1.
-    descriptors.push_back({control ? STDIN_FILENO : -1, POLLIN, 0});
+    std::vector<Watch> watches;
     auto due = bus_.nextDue();
     if (caughtUpAt() > now()) {
         due = std::min(due.value_or(caughtUpAt()), caughtUpAt());
     } else if (transport_) {
-        transport_->watch(descriptors);
+        transport_->watch(watches);
     }
-    std::timespec timeout{};
-    if (due) timeout = timespecOf(std::clamp(*due - now(), 0.0, 3600.0));
-    sigset_t open;
-    sigemptyset(&open);
-    const int ready = ::ppoll(descriptors.data(), descriptors.size(), due ? &timeout : nullptr, &open);
-    return ready > 0 && descriptors.front().revents != 0;
+    if (due) due = std::clamp(*due - now(), 0.0, kLongestWait);
+    return waitFor(watches, control, due);
 }
 
 /// When more of what the client writes is taken.
@@ -112,11 +83,9 @@ void Server::serveClient()
 /// @return false when standard input has ended.
 bool Server::takeControlLines()
 {
-    char buffer[4096];
-    const auto count = ::read(STDIN_FILENO, buffer, sizeof buffer);
-    if (count < 0) return errno == EINTR || errno == EAGAIN;
-    if (count == 0) return false;
-    controlText_.append(buffer, static_cast<std::size_t>(count));
+    const auto read = readControl();
+    if (!read) return false;
+    controlText_ += *read;
     Control control(bus_, {[this] { return transport_ ? transport_->name() : std::string{}; },
                            [this] { transport_.reset(); }, [this] { return plug(); }});
     for (auto end = controlText_.find('\n'); end != std::string::npos; end = controlText_.find('\n')) {
@@ -139,20 +108,6 @@ std::string Server::plug()
     auto opened = opener_();
     transport_ = std::move(opened.transport);
     return opened.error;
-}
-
-void prepareSignals()
-{
-    struct sigaction action = {};
-    action.sa_handler = askStop;
-    sigset_t held;
-    sigemptyset(&held);
-    for (const int signal : {SIGTERM, SIGINT}) {
-        ::sigaction(signal, &action, nullptr);
-        sigaddset(&held, signal);
-    }
-    ::sigprocmask(SIG_BLOCK, &held, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
 }
 
 } // namespace quorvelsim

@@ -3,6 +3,7 @@
 #include "sim/bus.h"
 #include "sim/transport.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -34,12 +35,9 @@ private:
     Bus& bus_;
     std::unique_ptr<Transport> transport_;
     Opener opener_;
-    std::int64_t startNanoseconds_;
+    std::chrono::steady_clock::time_point start_;
     std::string controlText_;
     bool tooLong_ = false; ///< the beginning of the present control line was thrown away
 };
-
-/// Lets SIGTERM and SIGINT only in while the server waits, and no broken pipe ends the program.
-void prepareSignals();
 
 } // namespace quorvelsim

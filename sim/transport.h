@@ -1,11 +1,12 @@
 #pragma once
 
+#include "sim/wait.h"
+
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
-
-struct pollfd;
 
 namespace quorvelsim {
 
@@ -20,8 +21,8 @@ public:
     /// What a client gives as its port: "/dev/pts/3" or "tcp:127.0.0.1:4001".
     [[nodiscard]] virtual std::string name() const = 0;
 
-    /// Adds the descriptors whose events concern the device.
-    virtual void watch(std::vector<pollfd>& descriptors) const = 0;
+    /// Adds what to wait for.
+    virtual void watch(std::vector<Watch>& watches) const = 0;
 
     /// Lets clients come and go, and takes what they wrote; empty when nothing came.
     virtual std::string receive() = 0;
@@ -40,8 +41,10 @@ protected:
     [[nodiscard]] bool isPending() const { return !pending_.empty(); }
     void dropPending() { pending_.clear(); }
 
-    /// The descriptor to write to; -1 while there is no client.
-    [[nodiscard]] virtual int output() const = 0;
+    [[nodiscard]] virtual bool hasClient() const = 0;
+
+    /// Hands the client what it takes without waiting. @return how many characters that were.
+    virtual std::size_t write(std::string_view characters) = 0;
 
 private:
     std::string pending_;

@@ -46,13 +46,11 @@ public:
 
     [[nodiscard]] std::string name() const override { return path_; }
 
-    void watch(std::vector<pollfd>& descriptors) const override
+    void watch(std::vector<Watch>& watches) const override
     {
-        const short out = isPending() ? POLLOUT : 0;
-        descriptors.push_back({notifier_.get(), POLLIN, 0});
+        watches.push_back({notifier_.get(), false});
         // Without the keeper and without a client the master would report its hang-up without end.
-        if (keeper_.isOpen() || client_)
-            descriptors.push_back({master_.get(), static_cast<short>(POLLIN | out), 0});
+        if (keeper_.isOpen() || client_) watches.push_back({master_.get(), isPending()});
     }
 
     std::string receive() override
@@ -67,7 +65,11 @@ public:
     }
 
 protected:
-    [[nodiscard]] int output() const override { return client_ ? master_.get() : -1; }
+    [[nodiscard]] bool hasClient() const override { return client_; }
+    std::size_t write(std::string_view characters) override
+    {
+        return writeAvailable(master_.get(), characters);
+    }
 
 private:
     bool openKeeper()
