@@ -199,7 +199,10 @@ bool isNumber(std::string_view text)
 std::int16_t toInt16(double value)
 {
     if (std::isnan(value)) return 0;
-    return static_cast<std::int16_t>(std::clamp(std::round(value), -32768.0, 32767.0));
+    // std::round() is off by one just below 0.5 in Windows' library
+    auto rounded = std::trunc(value);
+    if (std::fabs(value - rounded) >= 0.5) rounded += std::copysign(1, value);
+    return static_cast<std::int16_t>(std::clamp(rounded, -32768.0, 32767.0));
 }
 
 std::int16_t integerOf(std::string_view text) { return toInt16(Val(text)); }
