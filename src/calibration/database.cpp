@@ -187,9 +187,11 @@ jet::Result<std::vector<FieldDef>> checkCalibrationFile(const path& file)
 jet::Result<path> renewFormat(jet::Database& database, const path& file)
 {
     const auto make = [&](const path& fresh) { return writeAnew(database, file, fresh); };
-    auto kept = files::replaceFile(file, make, {.keepAs = "older", .lockedByUs = true});
-    // Open until here: its lock keeps other programs from writing what is about to be replaced. It was only read.
-    if (kept) static_cast<void>(static_cast<bool>(database.Close()));
+    // It was only read, so nothing is lost when closing fails.
+    const auto letGo = [&database] { static_cast<void>(static_cast<bool>(database.Close())); };
+    auto kept = files::replaceFile(file, make, {.keepAs = "older", .lockedByUs = true, .letGo = letGo});
+    // Open until here: its lock keeps other programs from writing what is about to be replaced.
+    if (kept) letGo();
     return kept;
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -60,14 +61,22 @@ bool flushToDisk(int descriptor);
 /// Flushes the directory entry of `path`, where the platform needs it.
 void flushFolderOf(const std::filesystem::path& path);
 
-/// Gives `from` the name `to` in one step; a file of that name is replaced, even while this program has it locked.
+/// Gives `from` the name `to` in one step; a file of that name is replaced, even while this program has it locked, but
+/// where meansStillOpen().
 void renameOver(const std::filesystem::path& from, const std::filesystem::path& to, std::error_code& error);
 
 /// True when another program holds locks on the file.
 bool lockedByOthers(const std::filesystem::path& path);
 
+/// What the system says of an error, UTF-8, without a full stop behind it.
+std::string wordsOf(const std::error_code& error);
+
 /// Whether a failed opening says that the user may only read the file.
 bool meansReadOnly(const std::error_code& error);
+
+/// Whether a failed renameOver() can succeed once this program has closed the old file: disks and versions of Windows
+/// before 10 that replace no open file.
+bool meansStillOpen(const std::error_code& error);
 
 /// Whether a failed opening says that another program has the file open.
 bool meansInUse(const std::error_code& error);

@@ -125,11 +125,15 @@ bool lockedByOthers(const std::filesystem::path& path)
     return file.isOpen() && !file.lock();
 }
 
+std::string wordsOf(const std::error_code& error) { return error.message(); }
+
 bool meansReadOnly(const std::error_code& error)
 {
     return error == std::errc::permission_denied || error == std::errc::operation_not_permitted ||
            error == std::errc::read_only_file_system;
 }
+
+bool meansStillOpen(const std::error_code& /*error*/) { return false; }
 
 // Opening asks no locks here: lock() does.
 bool meansInUse(const std::error_code& /*error*/) { return false; }

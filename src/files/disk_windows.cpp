@@ -1,7 +1,11 @@
 #include "files/disk.h"
 
+#include "files/name.h"
+
 #include <algorithm>
+#include <array>
 #include <io.h>
+#include <optional>
 #include <vector>
 
 #include <windows.h>
@@ -26,9 +30,18 @@ HANDLE openHandle(const std::filesystem::path& path, OpenFile::How how)
 {
     const bool reading = how == OpenFile::How::ToRead;
     const bool fresh = how == OpenFile::How::New;
-    return ::CreateFileW(path.c_str(), reading ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE,
+    // What cannot be deleted while another program has it open cannot be replaced either.
+    const DWORD replacing = how == OpenFile::How::ToLock ? DELETE : 0;
+    return ::CreateFileW(path.c_str(), reading ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE | replacing,
                          reading ? kEverybody : kReaders, nullptr, fresh ? CREATE_NEW : OPEN_EXISTING,
                          FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+/// What a file is on its disk, whatever its name.
+std::optional<BY_HANDLE_FILE_INFORMATION> identityOf(HANDLE file)
+{
+    BY_HANDLE_FILE_INFORMATION about{};
+    return ::GetFileInformationByHandle(file, &about) != 0 ? std::optional(about) : std::nullopt;
 }
 
 bool renameWhileOpen(const std::filesystem::path& from, const std::filesystem::path& to)
@@ -93,9 +106,19 @@ void OpenFile::flush(std::error_code& error)
 // Opening it has kept other writers out.
 bool OpenFile::lock() { return isOpen(); }
 
-bool OpenFile::stillHas(const std::filesystem::path& /*path*/) const { return true; }
+bool OpenFile::stillHas(const std::filesystem::path& path) const
+{
+    const HANDLE file = ::CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kEverybody, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    const auto named = identityOf(file);
+    const auto opened = identityOf(handleOf(handle_));
+    ::CloseHandle(file);
+    return named && opened && named->dwVolumeSerialNumber == opened->dwVolumeSerialNumber &&
+           named->nFileIndexHigh == opened->nFileIndexHigh && named->nFileIndexLow == opened->nFileIndexLow;
+}
 
-bool flushToDisk(int descriptor) { return ::_commit(descriptor) == 0; }
+bool flushToDisk(int descriptor) { return descriptor >= 0 && ::_commit(descriptor) == 0; }
 
 // The journal of the disk has the name.
 void flushFolderOf(const std::filesystem::path& /*path*/) {}
@@ -117,9 +140,28 @@ bool lockedByOthers(const std::filesystem::path& path)
     return false;
 }
 
+std::string wordsOf(const std::error_code& error)
+{
+    if (error.category() != std::system_category()) return error.message();
+    std::array<wchar_t, 1024> words{};
+    DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                    static_cast<DWORD>(error.value()), 0, words.data(),
+                                    static_cast<DWORD>(words.size()), nullptr);
+    while (length > 0 &&
+           std::wstring_view(L" .\r\n\u3002").find(words.at(length - 1)) != std::wstring_view::npos)
+        --length;
+    if (length == 0) return "error " + std::to_string(error.value());
+    return inWords(std::wstring(words.data(), length));
+}
+
 bool meansReadOnly(const std::error_code& error)
 {
     return error.value() == ERROR_ACCESS_DENIED || error.value() == ERROR_WRITE_PROTECT;
+}
+
+bool meansStillOpen(const std::error_code& error)
+{
+    return error.value() == ERROR_ACCESS_DENIED || error.value() == ERROR_SHARING_VIOLATION;
 }
 
 bool meansInUse(const std::error_code& error) { return error.value() == ERROR_SHARING_VIOLATION; }

@@ -18,7 +18,7 @@ constexpr auto kFreshMark = "new";
 
 Failure cannot(const fs::path& path, const char* what, const std::error_code& error, const char* next)
 {
-    return {inWords(path) + " " + what + ": " + error.message() + "." + next};
+    return {inWords(path) + " " + what + ": " + wordsOf(error) + "." + next};
 }
 
 Failure notWritten(const fs::path& path, const std::error_code& error)
@@ -154,19 +154,31 @@ Status finish(const Place& place, const fs::path& fresh)
     return {};
 }
 
+/// Gives the new file the name; the old one is let go of before only where it has to be.
+std::error_code takeName(Place& place, const fs::path& fresh, const Replacing& how)
+{
+    std::error_code error;
+    renameOver(fresh, place.target, error);
+    if (!error || !place.taken || !meansStillOpen(error)) return error;
+    place.lock = OpenFile();
+    if (how.letGo) how.letGo();
+    error.clear();
+    renameOver(fresh, place.target, error);
+    return error;
+}
+
 /// Keeps a copy of the old file and gives the new one its name.
-Result<fs::path> exchange(const Place& place, const fs::path& fresh, const std::string& keepAs)
+Result<fs::path> exchange(Place& place, const fs::path& fresh, const Replacing& how)
 {
     if (auto finished = finish(place, fresh); !finished) return finished.failure();
     fs::path kept;
-    if (place.taken && !keepAs.empty()) {
-        kept = freeName(place.chosen, keepAs);
+    if (place.taken && !how.keepAs.empty()) {
+        kept = freeName(place.chosen, how.keepAs);
         if (auto copied = copyFile(place.target, kept); !copied)
             return about(place.chosen, kept, copied.error());
         flushFolderOf(kept);
     }
-    std::error_code error;
-    renameOver(fresh, place.target, error);
+    const auto error = takeName(place, fresh, how);
     if (!error) {
         flushFolderOf(place.target);
         return kept;
@@ -180,11 +192,11 @@ Result<fs::path> exchange(const Place& place, const fs::path& fresh, const std::
 
 Result<fs::path> replaceFile(const fs::path& chosen, const Make& make, const Replacing& how)
 {
-    const auto place = placeOf(chosen, how.lockedByUs);
+    auto place = placeOf(chosen, how.lockedByUs);
     if (!place) return place.failure();
     const auto fresh = freeName(place->target, kFreshMark);
     if (auto made = make(fresh); !made) return about(chosen, fresh, made.error());
-    auto replaced = exchange(*place, fresh, how.keepAs);
+    auto replaced = exchange(*place, fresh, how);
     if (!replaced) removeOurs(fresh);
     return replaced;
 }

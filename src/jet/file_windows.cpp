@@ -17,7 +17,7 @@ constexpr auto kTryAgainWithSpace = ". Make room or check the disk, then try aga
 
 std::string systemReason(DWORD code)
 {
-    return std::error_code(static_cast<int>(code), std::system_category()).message();
+    return files::wordsOf({static_cast<int>(code), std::system_category()});
 }
 
 OVERLAPPED placeOf(std::uint32_t number, std::size_t pageSize)
@@ -92,6 +92,23 @@ HANDLE openHandle(const std::filesystem::path& path, DWORD access, DWORD share, 
     return ::CreateFileW(path.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+/// Opens a file that exists, and keeps other writers out. It is shared for deletion, so that a new file can take its
+/// place while it is held.
+/// @param code  why not, otherwise ERROR_SUCCESS.
+HANDLE openToWrite(const std::filesystem::path& path, DWORD& code)
+{
+    // Network disks may know the attribute and let the file be written all the same.
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        code = ERROR_ACCESS_DENIED;
+        return INVALID_HANDLE_VALUE;
+    }
+    const HANDLE handle =
+        openHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
+    code = handle == INVALID_HANDLE_VALUE ? ::GetLastError() : ERROR_SUCCESS;
+    return handle;
+}
+
 /// A new file, or a left-over without what it held.
 Result<std::unique_ptr<File>> emptied(std::unique_ptr<File> file, const std::filesystem::path& path)
 {
@@ -105,13 +122,10 @@ public:
     Result<Opened> open(const std::filesystem::path& path, bool forWriting) override
     {
         Opened opened;
-        const DWORD readShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
         HANDLE handle = INVALID_HANDLE_VALUE;
         if (forWriting) {
-            // Shared for deletion, so that a new file can take its place while it is held.
-            handle = openHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                                OPEN_EXISTING);
-            const DWORD code = handle == INVALID_HANDLE_VALUE ? ::GetLastError() : ERROR_SUCCESS;
+            DWORD code = ERROR_SUCCESS;
+            handle = openToWrite(path, code);
             if (code == ERROR_SHARING_VIOLATION) {
                 return Failure{"is used by another program. Close it there and try again."};
             }
@@ -121,7 +135,8 @@ public:
             }
         }
         if (!forWriting || !opened.readOnlyBecause.empty()) {
-            handle = openHandle(path, GENERIC_READ, readShare, OPEN_EXISTING);
+            handle = openHandle(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                OPEN_EXISTING);
         }
         if (handle == INVALID_HANDLE_VALUE) {
             return Failure{"could not be opened: " + systemReason(::GetLastError()) + "."};

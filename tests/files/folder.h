@@ -1,7 +1,8 @@
 #pragma once
 
+#include "support/fresh_folder.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,11 +16,7 @@ namespace quorvel::files {
 /// A folder of the test's own.
 class FolderOfFiles : public ::testing::Test {
 protected:
-    FolderOfFiles()
-    {
-        auto name = (std::filesystem::temp_directory_path() / "quorvel-files-XXXXXX").string();
-        folder_ = ::mkdtemp(name.data());
-    }
+    FolderOfFiles() : folder_(test::freshFolder()) {}
     ~FolderOfFiles() override { std::filesystem::remove_all(folder_); }
 
     std::filesystem::path at(const std::string& name) const { return folder_ / name; }

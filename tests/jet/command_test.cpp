@@ -1,4 +1,5 @@
 #include "jet/fixture.h"
+#include "jet/other_programs.h"
 
 /// The mdb command on files that are damaged.
 namespace quorvel::jet::testing {

@@ -1,4 +1,5 @@
 #include "jet/fixture.h"
+#include "jet/other_programs.h"
 #include "jet/torn.h"
 
 namespace quorvel::jet::testing {

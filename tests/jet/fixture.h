@@ -3,15 +3,13 @@
 #include "jet/checker.h"
 #include "jet/database.h"
 #include "jet/memory_file.h"
+#include "support/fresh_folder.h"
 
-#include <array>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <string>
 
 /// What the tests of database files share.
@@ -100,11 +98,7 @@ inline std::vector<double> countTo(int last)
 /// A folder that goes with the test.
 class Folder {
 public:
-    Folder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "quorvel-jet-XXXXXX").string();
-        path_ = ::mkdtemp(name.data());
-    }
+    Folder() : path_(test::freshFolder()) {}
     Folder(const Folder&) = delete;
     Folder& operator=(const Folder&) = delete;
     ~Folder() { std::filesystem::remove_all(path_); }
@@ -114,19 +108,6 @@ public:
 private:
     std::filesystem::path path_;
 };
-
-/// What a program prints. A program that is missing or fails makes the test fail.
-inline std::string outputOf(const std::string& command)
-{
-    std::string output;
-    std::FILE* const pipe = ::popen(command.c_str(), "r"); // NOLINT(cert-env33-c)
-    std::array<char, 65536> piece{};
-    std::size_t got = 0;
-    while ((got = std::fread(piece.data(), 1, piece.size(), pipe)) > 0)
-        output.append(piece.data(), got);
-    EXPECT_EQ(::pclose(pipe), 0) << command << "\n" << output;
-    return output;
-}
 
 /// Pages of zeros become holes of the file: some files are long and nearly empty.
 inline void save(const std::vector<std::uint8_t>& bytes, const std::filesystem::path& path)
@@ -144,18 +125,6 @@ inline void save(const std::vector<std::uint8_t>& bytes, const std::filesystem::
         ASSERT_TRUE(stream.good());
     }
     std::filesystem::resize_file(path, bytes.size());
-}
-
-/// The x column as mdb-export prints it.
-inline std::vector<double> exported(const std::filesystem::path& path)
-{
-    std::istringstream lines(outputOf("mdb-export -H '" + path.string() + "' data"));
-    std::vector<double> values;
-    for (std::string line; std::getline(lines, line);) {
-        const auto x = line.substr(line.find(',') + 1);
-        values.push_back(std::stod(x));
-    }
-    return values;
 }
 
 /// What opening the file and its table "data" says.
