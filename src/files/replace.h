@@ -22,7 +22,7 @@ struct Replacing {
         keepAs; ///< mark of a copy of the old file, kept beside `chosen` (see freeName()); empty: none
     bool lockedByUs = false; ///< the caller has the old file open for writing already
     /// Closes the caller's old file. Called where an open one cannot be replaced, just before the new one takes the name.
-    std::function<void()> letGo;
+    std::function<void()> letGo = nullptr;
 };
 
 /// Writes a new file or replaces one.
