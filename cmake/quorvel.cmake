@@ -26,8 +26,7 @@ option(QUORVEL_WERROR "Treat warnings as errors" OFF)
 option(QUORVEL_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 option(QUORVEL_FUZZ "Build the fuzzers as such, with sanitizers; needs clang" OFF)
 option(QUORVEL_COVERAGE "Build programs that count what of them runs, for gcov" OFF)
-cmake_dependent_option(QUORVEL_TESTS "Build the tests; needs GoogleTest. For Windows only those without Qt" OFF
-                       "NOT WIN32 OR NOT QUORVEL_QT" OFF)
+option(QUORVEL_TESTS "Build the tests; needs GoogleTest. For Windows those that need no tool of another system" OFF)
 cmake_dependent_option(QUORVEL_BENCHES "Build the benchmarks; needs Google Benchmark, GoogleTest and SQLite" OFF
                        "NOT WIN32" OFF)
 

@@ -82,11 +82,11 @@ public:
         if (isOpen()) QIODevice::close();
     }
 
-    bool waitForReadyRead(int milliseconds) override
+    bool waitForReadyRead(int patience) override
     {
         if (!port_) return false;
-        const DWORD patience = milliseconds < 0 ? INFINITE : static_cast<DWORD>(milliseconds);
-        if (::WaitForSingleObject(port_->arrived(), patience) != WAIT_OBJECT_0) return false;
+        const DWORD atMost = patience < 0 ? INFINITE : static_cast<DWORD>(patience);
+        if (::WaitForSingleObject(port_->arrived(), atMost) != WAIT_OBJECT_0) return false;
         const auto before = input_.size();
         take();
         return input_.size() > before;

@@ -10,12 +10,22 @@ namespace {
 
 constexpr int kPatience = 10'000; // ms
 
+/// Windows has no pseudo-terminals.
+QStringList place()
+{
+#ifdef Q_OS_WIN
+    return {QStringLiteral("--tcp"), QStringLiteral("127.0.0.1:0")};
+#else
+    return {};
+#endif
+}
+
 } // namespace
 
 SimulatedBus::SimulatedBus(const QStringList& arguments)
 {
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.start(QStringLiteral(QUORVEL_BINARIES "/quorvel-sim"), arguments);
+    process_.start(QStringLiteral(QUORVEL_BINARIES "/quorvel-sim"), place() + arguments);
     EXPECT_TRUE(process_.waitForStarted(kPatience)) << qPrintable(process_.errorString());
     device_ = QString::fromLocal8Bit(readLine());
     EXPECT_FALSE(device_.isEmpty()) << "quorvel-sim names no device";
