@@ -1,9 +1,10 @@
 #include "link/clock.h"
 
+#include "link/sleep.h"
+
 #include <QCoreApplication>
 
 #include <cmath>
-#include <thread>
 
 namespace quorvel::link {
 
@@ -53,13 +54,10 @@ void SystemClock::idle(double seconds)
         alarm_.start(milliseconds(static_cast<std::int64_t>(inLoop)));
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     } else if (seconds > 0) {
-        std::this_thread::sleep_for(duration<double>(seconds));
+        sleepFor(seconds);
     }
 }
 
-void SystemClock::sleep(int milliseconds)
-{
-    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-}
+void SystemClock::sleep(int milliseconds) { sleepFor(milliseconds / 1000.0); }
 
 } // namespace quorvel::link

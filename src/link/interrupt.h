@@ -4,7 +4,8 @@
 namespace quorvel::link {
 
 /// From now on the first SIGINT, SIGTERM or SIGHUP is only noted, so that the program can end at a safe point; a second
-/// one ends it at once.
+/// one ends it at once. On Windows: Ctrl+C and Ctrl+Break as SIGINT, a closed console, logging off and shutdown as
+/// SIGTERM. One source file per platform.
 void noteInterrupts();
 
 /// The signal that was noted; 0 before.

@@ -6,13 +6,7 @@ namespace quorvel::link {
 
 namespace {
 
-constexpr int kSignals[] = {
-    SIGINT,
-    SIGTERM,
-#ifdef SIGHUP
-    SIGHUP,
-#endif
-};
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t noted = 0;
 
