@@ -82,7 +82,7 @@ void DiagnosisWindow::layOut()
 // Without an address the line alone is tested.
 QString DiagnosisWindow::warning() const
 {
-    return address_.text().isEmpty() ? QString() : BusWindow::warning();
+    return address_.text().isEmpty() ? QString() : RunWindow::warning();
 }
 
 DiagnosisTask DiagnosisWindow::task() const

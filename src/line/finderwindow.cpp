@@ -125,6 +125,7 @@ void FinderWindow::report(const FinderResult& result, double seconds)
 void FinderWindow::takeAddresses() const
 {
     std::vector<std::string> addresses;
+    addresses.reserve(static_cast<std::size_t>(table_.rowCount()));
     for (int row = 0; row < table_.rowCount(); ++row) {
         addresses.push_back(table_.item(row, kAddress)->text().toStdString());
     }

@@ -25,6 +25,9 @@ public:
 
     static constexpr auto kName = "Finder";
 
+protected:
+    QString warning() const override { return {}; } // it has a range, no address
+
 private:
     void layOut();
     void addRange(QHBoxLayout& row);

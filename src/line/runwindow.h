@@ -43,8 +43,6 @@ protected:
     /// The name of a control: that of the window and its own.
     QString nameOf(const char* control) const { return objectName() + QLatin1String(control); }
 
-    QString warning() const override { return {}; }
-
 private:
     void setRunning(bool on);
     void tick();
