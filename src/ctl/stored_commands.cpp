@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -42,10 +43,8 @@ std::filesystem::path pathOf(const std::string& file)
 
 std::vector<std::filesystem::path> pathsOf(const std::vector<std::string>& names)
 {
-    std::vector<std::filesystem::path> paths;
-    for (const auto& name : names) {
-        paths.push_back(pathOf(name));
-    }
+    std::vector<std::filesystem::path> paths(names.size());
+    std::transform(names.begin(), names.end(), paths.begin(), pathOf);
     return paths;
 }
 

@@ -21,7 +21,7 @@ constexpr QRgb kDiffers = 0xffffe9a8;
 constexpr QRgb kFailed = 0xffffc9c4;
 constexpr QRgb kVerified = 0xffcdeccb;
 
-const QString kNone = QStringLiteral("none");
+constexpr auto kNone = "none";
 
 const protocol::Setting& settingAt(int row) { return settings()[static_cast<std::size_t>(row)]; }
 int rows() { return static_cast<int>(settings().size()); }
@@ -115,7 +115,7 @@ QString SettingsModel::sideText(Side side, int row) const
     const auto& values = sides_[side];
     const auto& told = values.rows[static_cast<std::size_t>(row)];
     const bool empty = told.value.isNull() && told.why.isEmpty();
-    return empty && values.whose.type && !has(values.whose, row) ? kNone : shownTold(told);
+    return empty && values.whose.type && !has(values.whose, row) ? QString(kNone) : shownTold(told);
 }
 
 // The clock goes on, so two of them differ whenever they are read.
