@@ -101,7 +101,7 @@ TEST_F(Continuing, NextMonthOnARingThatWentOnRound)
     EXPECT_EQ(goOn("a.csv").received, 6);
     EXPECT_FALSE(lastPlan.needsConsent()) << lastPlan.words;
     EXPECT_THAT(content("a.csv"),
-                EndsWith(readout.table(false).substr(readout.table(false).size() - 6 * 28)));
+                EndsWith(readout.table(false).substr(readout.table(false).size() - std::size_t{6} * 28)));
     EXPECT_EQ(goOn("a.csv").received, 0);
     EXPECT_EQ(lastPlan.follow, Follow::UpToDate);
     EXPECT_THAT(lastPlan.words, StartsWith("Nothing is new since "));
@@ -187,7 +187,7 @@ TEST_F(Continuing, FileNamedAfterAnotherReadoutNeedsAConsent)
 TEST_F(Continuing, ClockThatWasSetBackHidesNothing)
 {
     readout.take(6);
-    readout.now = readout.now.addSecs(-3 * 3600);
+    readout.now = readout.now.addSecs(-3LL * 3600);
     readout.take(3);
     download("a.csv");
     readout.take(4);

@@ -74,11 +74,11 @@ TEST_F(VisitFor, ReportHoldsWhatWasAskedAndGot)
 TEST_F(VisitFor, GapsDoublesAndStepsBackHaveTheirPlace)
 {
     readout.take(3);
-    readout.now = readout.now.addSecs(3 * 3600);
+    readout.now = readout.now.addSecs(3LL * 3600);
     readout.take(2);
     readout.now = readout.now.addSecs(-3600);
     readout.take(2);
-    readout.now = readout.now.addSecs(-5 * 3600);
+    readout.now = readout.now.addSecs(-5LL * 3600);
     readout.take(2);
     const auto report = download("a.csv");
     ASSERT_EQ(report.findings.size(), 3U);
@@ -105,7 +105,7 @@ TEST_F(VisitFor, GapBetweenTwoVisitsIsReported)
 {
     readout.take(3);
     download("a.csv");
-    readout.now = readout.now.addSecs(5 * 3600);
+    readout.now = readout.now.addSecs(5LL * 3600);
     readout.take(2);
     const auto report = goOn("a.csv");
     ASSERT_EQ(report.findings.size(), 1U);

@@ -29,7 +29,7 @@ private:
 TEST_F(OurOwnCommand, LeavesOutARowThatCannotBeReadAndGoesOn)
 {
     auto& file = fileOf(5);
-    put16(file, 18 * kPageSize + (get16(file, 18 * kPageSize + 14 + 2U * 1) & 0x1FFFU),
+    put16(file, 18 * kPageSize + (get16(file, 18 * kPageSize + 14 + std::size_t{2} * 1) & 0x1FFFU),
           0xFFFF); // its columns
     save(file, folder_ / "t.mdb");
     EXPECT_EQ(outputOf(command() + " data 2>/dev/null; echo status $?"),

@@ -77,7 +77,7 @@ TEST_F(Refusal, PasswordProtectedFileOfJet3)
 TEST_F(Refusal, CatalogRowWithoutAnEssentialValue)
 {
     const std::size_t page = 14 * kPageSize;
-    const std::size_t mask = page + (get16(bytes(), page + 14 + 2U * 7) & 0x1FFFU) - 3;
+    const std::size_t mask = page + (get16(bytes(), page + 14 + std::size_t{2} * 7) & 0x1FFFU) - 3;
     const auto whole = bytes()[mask];
     ASSERT_EQ(whole, 0xFF);
     for (const unsigned number : {0U, 2U, 3U}) { // Id, Name, Type
