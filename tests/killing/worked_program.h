@@ -58,7 +58,7 @@ public:
     }
     bool shows(const QString& words, int seconds = 30)
     {
-        const QDeadlineTimer patience(seconds * 1000);
+        const QDeadlineTimer patience(seconds * 1000LL);
         while (!shown().contains(words)) {
             if (patience.hasExpired() || process_.state() == QProcess::NotRunning) return false;
             process_.waitForReadyRead(20);

@@ -289,7 +289,7 @@ private:
         const auto lowest = offset(slots - 1U) - length;
         std::copy_n(page.begin() + static_cast<std::ptrdiff_t>(offset(place.slot)), length,
                     page.begin() + static_cast<std::ptrdiff_t>(lowest));
-        put16(page, kSlots + 2U * slots, static_cast<std::uint16_t>(lowest));
+        put16(page, kSlots + std::size_t{2} * slots, static_cast<std::uint16_t>(lowest));
         put16(page, 0x0C, static_cast<std::uint16_t>(slots + 1));
         put16(page, 2, static_cast<std::uint16_t>(free - length - 2));
         return true;

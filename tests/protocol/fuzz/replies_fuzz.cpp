@@ -202,9 +202,8 @@ void grayscaleReply(const GrayscaleRow& row, const std::string& reply)
     } else {
         promised(array.count() <= kHighestIndex && read.notHex <= array.count(),
                  "no more pixels than places");
-        promised(reply.size() ==
-                     static_cast<std::size_t>(2 * array.count() + command(row.command).reply.count),
-                 "the length is that of the pixels");
+        const int length = 2 * array.count() + command(row.command).reply.count;
+        promised(reply.size() == static_cast<std::size_t>(length), "the length is that of the pixels");
         promised(std::ranges::all_of(array.pixels(), [](int pixel) { return pixel >= 0 && pixel <= 255; }),
                  "a byte");
     }
