@@ -67,7 +67,9 @@ public:
         for (int i = 0; i < kSteps; ++i) {
             step_ = i;
             tellTime(kLeast[i]);
-            (this->*kRuns[i])();
+            // by itself: with its bounds checked, GCC 12 evaluates an index in the call wrongly
+            const auto run = kRuns[i];
+            (this->*run)();
             if (watcher_.ended && !found_.stopped) watcher_.ended(static_cast<Step>(i), found_);
             if (found_.over()) break;
         }
