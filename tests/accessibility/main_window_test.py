@@ -98,9 +98,10 @@ class MainWindow(unittest.TestCase):
             self.program = Program(BINARIES, self.program_name, "--trace", trace.name, bus=BUS)
             self.addCleanup(self.program.close)
             self.open_port()
+            leave = self.program.one(ITEM, "Quit")  # looking for it takes long
             press(self.program.one(BUTTON, "Search CCD"))
             until(lambda: os.path.getsize(trace.name) > 0, "the frame of the search")
-            press(self.program.one(ITEM, "Quit"))
+            press(leave)
             self.assertEqual(self.program.process.wait(PATIENCE), 0)
             with open(trace.name, encoding="utf-8") as lines:
                 return [json.loads(line).get("outcome") for line in lines][-1]
