@@ -10,16 +10,6 @@ namespace {
 constexpr int kStartTimeout = 5000; // ms
 constexpr int kEndTimeout = 2000;   // ms
 
-/// Windows has no pseudo-terminals.
-QStringList arguments()
-{
-#ifdef Q_OS_WIN
-    return {QStringLiteral("--tcp"), QStringLiteral("127.0.0.1:0")};
-#else
-    return {};
-#endif
-}
-
 } // namespace
 
 // The simulator ends when its input closes.
@@ -33,7 +23,7 @@ QString DemoBus::start()
 {
     const auto program = QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("quorvel-sim"));
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.start(program, arguments());
+    process_.start(program, busPlace());
     if (!process_.waitForStarted(kStartTimeout)) {
         return QStringLiteral(
                    "The simulated bus %1 cannot be started: %2. Build or install it beside this program.")

@@ -2,8 +2,13 @@
 
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 
 namespace quorvel {
+
+/// The options that have `quorvel-sim` offer its bus in the way that this system has: a pseudo-terminal, which needs
+/// none, or where there are no pseudo-terminals a free TCP port of this machine.
+QStringList busPlace();
 
 /// A simulated bus in a process of its own; it ends with this object.
 class DemoBus {
