@@ -9,6 +9,7 @@
 
 #include <QEvent>
 #include <QFileInfo>
+#include <QScopeGuard>
 
 #include <algorithm>
 
@@ -69,12 +70,14 @@ void StoredReadings::runStep(void (StoredReadings::*step)(Visit&))
     auto* focused = focusWidget();
     stopped_ = false;
     setRunning(true);
+    const auto ended = qScopeGuard([this, focused] {
+        setRunning(false);
+        if (focused && focused->isEnabled()) focused->setFocus();
+    });
     Visit visit(
         module1_, address(), bench_.instrumentType, book_,
         {.retries = kRetries, .verify = ui_->Verify->isChecked(), .stop = [this] { return isStopped(); }});
     (this->*step)(visit);
-    setRunning(false);
-    if (focused && focused->isEnabled()) focused->setFocus();
 }
 
 void StoredReadings::setRunning(bool running)

@@ -27,8 +27,7 @@ constexpr FaultRow kFaults[] = {
     {Fault::None, "no fault found", "{Readout} answers as it should.",
      "If it fails only now and then, watch Tools > Line Health.",
      "Stored records, pixels, settings and whatever changes a readout were not tried. Of an answer to the "
-     "search "
-     "only the address was looked at, and a digit that arrives as another digit is not noticed."},
+     "search only the address was looked at, and a digit that arrives as another digit is not noticed."},
     {Fault::LineGood, "line good", "Port, adapter and line are good: {heard} answered the search.",
      "Enter the address of the readout in question and test again."},
     {Fault::PortClosed, "port closed", "{detail}", "Open the port, then test again."},
@@ -81,15 +80,13 @@ constexpr FaultRow kFaults[] = {
      "Whether the readout or the way to it is slow cannot be told from here."},
     {Fault::NowAndThen, "now and then",
      "{Readout} answers only now and then. \"{command}\" went wrong once ({detail}), and was answered when "
-     "it "
-     "was asked again.",
+     "it was asked again.",
      "Check plugs, terminals and shield, and watch Tools > Line Health while somebody moves the cable.",
      kReadoutOrLine},
     {Fault::BreaksOff, "answer breaks off",
      "{Readout} answers \"{command}\", but the end of the answer is missing: {detail}.",
      "Characters get lost: check the terminating resistors and the supply of the adapter, and whether a "
-     "device "
-     "server cuts answers up.",
+     "device server cuts answers up.",
      kReadoutOrLine},
     {Fault::TooLong, "answer too long",
      "Something follows the answer of {readout} to \"{command}\": {detail}.",
@@ -97,8 +94,7 @@ constexpr FaultRow kFaults[] = {
     {Fault::Twice, "answered twice", "{Readout} answered \"{command}\" twice: {detail}.",
      "Disconnect {readout}. If its address still answers, a second readout has it: give one of them another.",
      "Whether two readouts have this address, or an adapter or repeater sends everything twice, cannot be "
-     "told "
-     "from here."},
+     "told from here."},
     {Fault::NoiseBefore, "noise before the answer",
      "Characters stand before the answer of {readout}: {detail}. Windows then take a shifted answer.",
      "Check the terminating resistors and the bias of the line: such characters arise when the direction is "
@@ -106,8 +102,7 @@ constexpr FaultRow kFaults[] = {
      kReadoutOrLine},
     {Fault::Damaged, "damaged", "The answer of {readout} to \"{command}\" arrives damaged: {detail}.",
      "If other readouts answer well, disconnect this one and ask again: a second readout may have its "
-     "address. "
-     "Otherwise check cable, shield and terminating resistors.",
+     "address. Otherwise check cable, shield and terminating resistors.",
      "Whether the line damages it or two readouts speak at once cannot be told from here."},
     {Fault::OtherCommand, "another command's answer",
      "{Readout} answers \"{command}\" with the digits of another command: {detail}.",

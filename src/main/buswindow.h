@@ -17,10 +17,8 @@ class QAbstractButton;
 class QLineEdit;
 
 namespace quorvel {
-class WhyLink;
-}
 
-namespace quorvel {
+class WhyLink;
 
 /// Places in the lists of "True" and "False".
 enum TrueFalseIndex { kTrue, kFalse };

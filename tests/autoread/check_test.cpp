@@ -97,9 +97,7 @@ TEST_F(Check, SaysNoForAnotherReadoutsFileAndWithoutAny)
 {
     readout.take(8);
     download("a.csv");
-    readout.clear();
-    readout.now = QDateTime(QDate(2024, 1, 1), QTime(0, 0));
-    readout.offset = 100;
+    readout.becomeAnother();
     readout.take(8);
     EXPECT_FALSE(check({"a.csv"}).safe);
     EXPECT_EQ(check({}).words,

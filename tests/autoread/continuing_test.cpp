@@ -137,9 +137,7 @@ TEST_F(Continuing, FileOfAnotherReadoutIsRecognisedByItsValues)
 {
     readout.take(8);
     download("a.csv");
-    readout.clear();
-    readout.now = QDateTime(QDate(2024, 1, 1), QTime(0, 0));
-    readout.offset = 100;
+    readout.becomeAnother();
     readout.take(10);
     EXPECT_EQ(planned("a.csv"), Follow::Elsewhere);
     EXPECT_TRUE(lastPlan.needsConsent());

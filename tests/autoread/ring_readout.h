@@ -15,6 +15,8 @@ namespace quorvel::test {
 /// A readout at address 1 with a ring, which answers at once; time is moved by hand.
 class RingReadout {
 public:
+    inline static const QDateTime kBegun{QDate(2024, 1, 1), QTime(0, 0)};
+
     explicit RingReadout(int capacity, bool threeDirection = false)
         : slots_(static_cast<std::size_t>(capacity)), hasZ_(threeDirection)
     {}
@@ -30,6 +32,13 @@ public:
         }
     }
     void clear() { first = next = 0; }
+    /// From now on another readout, whose readings began at the same time; its ring is empty.
+    void becomeAnother()
+    {
+        clear();
+        now = kBegun;
+        offset = 100;
+    }
     int capacity() const { return static_cast<int>(slots_.size()); }
 
     /// The records in the order of a download from `first`, as lines of a text file.
@@ -56,7 +65,7 @@ public:
     int next = 0;
     int interval = 3600; ///< s
     double offset = 0;   ///< of the values, so that two readouts differ
-    QDateTime now{QDate(2024, 1, 1), QTime(0, 0)};
+    QDateTime now = kBegun;
     bool deletes = true; ///< does what it confirms
     std::function<std::string(const std::string& frame, std::string reply)>
         spoil; ///< what becomes of an answer
