@@ -68,10 +68,14 @@ void WhyLink::offer(bool on)
     if (on) place();
 }
 
+// Beside a text of one line, or at the top of a longer one.
 void WhyLink::place()
 {
     const auto size = sizeHint();
-    setGeometry(line_.width() - size.width(), 0, size.width(), std::min(size.height(), line_.height()));
+    const int height = std::min(size.height(), line_.height());
+    const bool oneLine = line_.height() < 2 * line_.fontMetrics().lineSpacing();
+    const int top = oneLine ? (line_.height() - height) / 2 : 0;
+    setGeometry(line_.width() - size.width(), top, size.width(), height);
 }
 
 bool WhyLink::eventFilter(QObject* watched, QEvent* event)
