@@ -26,6 +26,7 @@ const std::vector<Ban>& bans()
         {{"text", "files", "jet"},
          {"Q", "CLI/", "termios.h", "sys/ioctl.h"},
          "knows no widget and no serial port"},
+        {{"page"}, {"QWidget", "QApplication", "QDialog", "QMessageBox", "QtWidgets"}, "knows no widget"},
         {{"link"}, {"QMessageBox", "QFileDialog", "QInputDialog"}, "opens no box"},
         {{"protocol"},
          {"QWidget", "QApplication", "QDialog", "QLabel", "QLineEdit", "QMessageBox", "QtWidgets",
@@ -123,6 +124,7 @@ const Arrows& arrows()
     static const Arrows all{
         {"text", {}},
         {"files", {}},
+        {"page", {"files"}},
         {"jet", {"files"}},
         {"link", {"text"}},
         {"protocol", {"link", "text", "jet"}},
@@ -130,12 +132,14 @@ const Arrows& arrows()
         {"settings", {"main", "protocol", "link", "text", "files"}},
         {"autoread", {"main", "protocol", "link", "text", "jet", "files"}},
         {"grayscale", {"main", "protocol", "link", "text", "jet", "files"}},
-        {"calibration", {"main", "protocol", "link", "text", "jet", "files"}},
+        {"calibration", {"main", "protocol", "page", "link", "text", "jet", "files"}},
         {"line", {"main", "protocol", "link", "text", "files"}},
-        {"ctl", {"line", "autoread", "grayscale", "calibration", "protocol", "link", "text", "jet", "files"}},
+        {"ctl",
+         {"line", "autoread", "grayscale", "calibration", "protocol", "page", "link", "text", "jet",
+          "files"}},
         {"app",
-         {"line", "settings", "autoread", "grayscale", "calibration", "main", "protocol", "link", "text",
-          "jet", "files"}},
+         {"line", "settings", "autoread", "grayscale", "calibration", "main", "protocol", "page", "link",
+          "text", "jet", "files"}},
     };
     return all;
 }
