@@ -1,7 +1,7 @@
 #include "calibration/fitchart.h"
 
+#include "chart/chart.h"
 #include "link/bytes.h"
-#include "main/plot.h"
 #include "text/number.h"
 
 #include <QVBoxLayout>
@@ -10,10 +10,11 @@ namespace quorvel::calibration {
 
 namespace {
 
-constexpr QRgb kColors[] = {0xff1f5fa8, 0xff2a8a4a}; // of the first and the second column of readings
-constexpr QRgb kMark = 0xffc62828;
-constexpr double kMargin = 0.14;     // of an axis, left free at each end
-constexpr double kHeightAbove = 1.6; // of the upper part, when the lower is 1
+using chart::Role;
+
+constexpr Role kRoles[] = {Role::First, Role::Second}; // of the first and the second column of readings
+constexpr double kMargin = 0.14;                       // of an axis, left free at each end
+constexpr double kHeightAbove = 1.6;                   // of the upper part, when the lower is 1
 
 QCPAxis* across(QCPAxisRect* rect) { return rect->axis(QCPAxis::atBottom); }
 QCPAxis* upward(QCPAxisRect* rect) { return rect->axis(QCPAxis::atLeft); }
@@ -29,7 +30,7 @@ void showAll(QCPAxis* axis)
 } // namespace
 
 FitChart::FitChart(QWidget* parent)
-    : QWidget(parent), plot_(new QCustomPlot(this)), above_(new QCPAxisRect(plot_)),
+    : QWidget(parent), plot_(new chart::Chart(this)), above_(new QCPAxisRect(plot_)),
       below_(new QCPAxisRect(plot_))
 {
     auto* layout = new QVBoxLayout(this);
@@ -60,9 +61,8 @@ void FitChart::addAxes()
     plot_->legend = new QCPLegend;
     above_->insetLayout()->addElement(plot_->legend, Qt::AlignTop | Qt::AlignLeft);
     plot_->legend->setLayer(QStringLiteral("legend"));
-    plot_->legend->setBrush(QColor(255, 255, 255, 200));
-    plot_->legend->setBorderPen(Qt::NoPen);
     plot_->setAutoAddPlottableToLegend(false);
+    plot_->dress();
 }
 
 void FitChart::clear()
@@ -76,19 +76,19 @@ void FitChart::clear()
     plot_->replot();
 }
 
-QCPGraph* FitChart::addGraph(QCPAxisRect* rect, const QColor& color)
+QCPGraph* FitChart::addGraph(QCPAxisRect* rect, chart::Role role)
 {
     auto* graph = plot_->addGraph(across(rect), upward(rect));
-    graph->setPen(QPen(color, 1));
+    plot_->give(graph, role);
     return graph;
 }
 
-void FitChart::addPoints(const FittedReading& fitted, const QColor& color)
+void FitChart::addPoints(const FittedReading& fitted, chart::Role role)
 {
-    auto* points = addGraph(above_, color);
+    auto* points = addGraph(above_, role);
     points->setLineStyle(QCPGraph::lsNone);
     points->setScatterStyle({QCPScatterStyle::ssDisc, 5});
-    auto* line = addGraph(above_, color);
+    auto* line = addGraph(above_, role);
     for (const auto& point : fitted.points) {
         const double x = point.dial;
         points->addData(x, point.reading);
@@ -100,9 +100,9 @@ void FitChart::addPoints(const FittedReading& fitted, const QColor& color)
     line->addToLegend();
 }
 
-void FitChart::addResiduals(const FittedReading& fitted, const QColor& color)
+void FitChart::addResiduals(const FittedReading& fitted, chart::Role role)
 {
-    auto* stems = addGraph(below_, color);
+    auto* stems = addGraph(below_, role);
     stems->setLineStyle(QCPGraph::lsImpulse);
     stems->setScatterStyle({QCPScatterStyle::ssDisc, 5});
     for (std::size_t i = 0; i < fitted.points.size(); ++i) {
@@ -114,9 +114,12 @@ void FitChart::addResiduals(const FittedReading& fitted, const QColor& color)
 
 void FitChart::markWorst(double x, double y)
 {
-    auto* ring = addGraph(below_, kMark);
+    auto* ring = addGraph(below_, Role::Mark);
+    auto pen = ring->pen();
+    pen.setWidth(2);
+    ring->setPen(pen);
     ring->setLineStyle(QCPGraph::lsNone);
-    ring->setScatterStyle({QCPScatterStyle::ssCircle, QPen(QColor::fromRgb(kMark), 2), Qt::NoBrush, 12});
+    ring->setScatterStyle({QCPScatterStyle::ssCircle, 12});
     ring->addData(x, y);
     auto* text = new QCPItemText(plot_);
     text->setClipAxisRect(below_);
@@ -126,19 +129,19 @@ void FitChart::markWorst(double x, double y)
     text->setPositionAlignment(Qt::AlignVCenter |
                                (x > across(below_)->range().center() ? Qt::AlignRight : Qt::AlignLeft));
     text->setPadding({12, 0, 12, 0});
-    text->setColor(kMark);
+    plot_->give(text, Role::Mark);
     text->setText(link::shown(text::format(y, "0.0000")));
 }
 
 void FitChart::add(const FittedReading& fitted)
 {
-    const QColor color = QColor::fromRgb(kColors[static_cast<std::size_t>(shown_) % std::size(kColors)]);
+    const auto role = kRoles[static_cast<std::size_t>(shown_) % std::size(kRoles)];
     ++shown_;
-    addPoints(fitted, color);
+    addPoints(fitted, role);
     showAll(across(above_));
     showAll(upward(above_));
     across(below_)->setRange(across(above_)->range());
-    addResiduals(fitted, color);
+    addResiduals(fitted, role);
     showAll(upward(below_));
     setAccessibleDescription(accessibleDescription() + fitted.name + QStringLiteral(": ") +
                              link::shown(fitText(fitted.fit)) + QStringLiteral("\n"));

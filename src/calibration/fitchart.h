@@ -1,14 +1,17 @@
 #pragma once
 
 #include "calibration/fit.h"
+#include "chart/colours.h"
 
 #include <QString>
 #include <QWidget>
 
-class QColor;
 class QCPAxisRect;
 class QCPGraph;
-class QCustomPlot;
+
+namespace quorvel::chart {
+class Chart;
+} // namespace quorvel::chart
 
 namespace quorvel::calibration {
 
@@ -34,12 +37,12 @@ public:
 
 private:
     void addAxes();
-    QCPGraph* addGraph(QCPAxisRect* rect, const QColor& color);
-    void addPoints(const FittedReading& fitted, const QColor& color);
-    void addResiduals(const FittedReading& fitted, const QColor& color);
+    QCPGraph* addGraph(QCPAxisRect* rect, chart::Role role);
+    void addPoints(const FittedReading& fitted, chart::Role role);
+    void addResiduals(const FittedReading& fitted, chart::Role role);
     void markWorst(double x, double y);
 
-    QCustomPlot* plot_;
+    chart::Chart* plot_;
     QCPAxisRect* above_;
     QCPAxisRect* below_;
     int shown_ = 0;

@@ -1,3 +1,4 @@
+#include "chart/export.h"
 #include "ctl/commands.h"
 #include "ctl/console.h"
 #include "grayscale/drawthart.h"
@@ -91,7 +92,7 @@ QString saveChartOf(Console& console, const GrayscaleRow& row, const PixelArray&
     chart.resize(kChartSize);
     drawThart(chart, array, nameOf(row.sensor), console.bench().instrumentType);
     chart.setTitle(QString::fromStdString(chartTitle(nameOf(row.sensor))));
-    return saveChart(chart, file, file.endsWith(QLatin1String(".png"), Qt::CaseInsensitive) ? "png" : "jpeg");
+    return chart::save(chart, file, QFileInfo(file).suffix());
 }
 
 /// Says what became of a file.

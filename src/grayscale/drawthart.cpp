@@ -1,11 +1,5 @@
 #include "grayscale/drawthart.h"
 
-#include "files/replace.h"
-
-#include <QBuffer>
-#include <QFileInfo>
-#include <QImageWriter>
-
 #include <algorithm>
 
 namespace quorvel::grayscale {
@@ -13,7 +7,6 @@ namespace quorvel::grayscale {
 namespace {
 
 constexpr double kMargin = 0.015; // of the width, so that labels at the ends stand clear of the edges
-constexpr int kPictureQuality = 92;
 
 void addPixels(TChart& chart, const PixelArray& array, link::InstrumentType type)
 {
@@ -25,7 +18,7 @@ void addPixels(TChart& chart, const PixelArray& array, link::InstrumentType type
         positions << pixelPosition(type, pixel);
         values << array[pixel];
     }
-    chart.addSeries(positions, values, TChart::defaultColour(), TChart::tr("Pixels"));
+    chart.addSeries(positions, values, chart::Role::First, TChart::tr("Pixels"));
 }
 
 /// From the leftmost to the rightmost point, line or label.
@@ -58,24 +51,10 @@ void drawThart(TChart& chart, const PixelArray& array, std::string_view directio
     addPixels(chart, array, type);
     auto legend = TChart::tr("Sensor ends");
     for (const double end : endLines(direction, type)) {
-        chart.addSeries({end, end}, {kLowestBrightness, kHighestBrightness}, Qt::red, legend);
+        chart.addSeries({end, end}, {kLowestBrightness, kHighestBrightness}, chart::Role::End, legend);
         legend.clear();
     }
     drawAxes(chart, direction, type);
-}
-
-QString saveChart(TChart& chart, const QString& path, const char* format)
-{
-    QBuffer picture;
-    QImageWriter writer(&picture, format);
-    if (writer.format() == "jpeg") writer.setQuality(kPictureQuality);
-    if (!picture.open(QIODevice::WriteOnly) || !writer.write(chart.picture())) {
-        return TChart::tr("The picture %1 cannot be written: %2.").arg(path, writer.errorString());
-    }
-    const auto& bytes = picture.data();
-    const auto written = files::replaceContent(QFileInfo(path).filesystemFilePath(),
-                                               {bytes.constData(), static_cast<std::size_t>(bytes.size())});
-    return written ? QString() : QString::fromStdString(written.error());
 }
 
 } // namespace quorvel::grayscale

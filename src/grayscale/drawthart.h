@@ -14,9 +14,4 @@ void drawAxes(TChart& chart, std::string_view direction, link::InstrumentType ty
 /// that the chart already has stay; the title is left alone.
 void drawThart(TChart& chart, const PixelArray& array, std::string_view direction, link::InstrumentType type);
 
-/// Writes the chart as it is shown under exactly this name; an existing file is replaced when the new one is whole.
-/// @param format  "jpeg" or "png".
-/// @return empty on success, otherwise the reason in words.
-QString saveChart(TChart& chart, const QString& path, const char* format = "jpeg");
-
 } // namespace quorvel::grayscale

@@ -1,5 +1,6 @@
 #include "grayscale/grayscalechart.h"
 
+#include "chart/export.h"
 #include "grayscale/drawthart.h"
 #include "grayscale/pixelfile.h"
 #include "link/bytes.h"
@@ -153,7 +154,7 @@ void GrayScaleChart::Command1_Click()
 {
     const auto path = SaveChartImage(messages_, this);
     if (path.isEmpty()) return;
-    const auto reason = saveChart(*ui_->TChart1, path);
+    const auto reason = chart::save(*ui_->TChart1, path, QStringLiteral("jpeg"));
     tell(reason.isEmpty() ? tr("Picture saved: %1").arg(path) : reason);
 }
 

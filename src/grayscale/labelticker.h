@@ -1,7 +1,7 @@
 #pragma once
 
+#include "chart/plot.h"
 #include "grayscale/axes.h"
-#include "main/plot.h"
 
 #include <map>
 

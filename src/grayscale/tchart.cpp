@@ -23,12 +23,7 @@ constexpr int kBrightnessSteps = 15;
 
 /// Between the red lines of every direction, above what a pixel reaches.
 constexpr QRectF kLegendPlace(0.64, 0.015, 0.28, 0.06);
-constexpr int kTitlePoints = 12;
-constexpr int kLabelPoints = 9;
-const QColor kCurveColour(0x1b, 0x5e, 0xa8);
-const QColor kGridColour(0xe3, 0xe6, 0xea);
-const QColor kInk(0x30, 0x34, 0x38);
-const QColor kBand(0x1b, 0x5e, 0xa8, 40);
+constexpr int kBandAlpha = 40;
 
 /// Screen readers are told that this is a chart.
 QAccessibleInterface* accessibleChart(const QString& /*className*/, QObject* object)
@@ -79,7 +74,7 @@ Gesture gestureOf(const QPoint& drag)
 }
 
 TChart::TChart(QWidget* parent)
-    : QCustomPlot(parent), title_(new QCPTextElement(this)),
+    : Chart(parent), title_(new QCPTextElement(this)),
       positionTicker_(QSharedPointer<LabelTicker>::create(true, kPositionSteps)),
       brightnessTicker_(QSharedPointer<LabelTicker>::create(false, kBrightnessSteps))
 {
@@ -91,27 +86,17 @@ TChart::TChart(QWidget* parent)
     setMouseTracking(true);
     setCursor(Qt::CrossCursor);
     setAccessibleDescription(tr("Plus and minus zoom, arrows move, Home shows the whole."));
-    QFont font = this->font();
-    font.setPointSize(kTitlePoints);
-    font.setBold(true);
-    title_->setFont(font);
-    title_->setTextColor(kInk);
     plotLayout()->insertRow(0);
     plotLayout()->addElement(0, 0, title_);
     setUpAxes();
     setUpLegend();
+    dress();
 }
 
 // The grid hangs on the axes at the top and at the right, so that a label such as the unit draws no line of its own.
 void TChart::setUpAxes()
 {
-    QFont font = this->font();
-    font.setPointSize(kLabelPoints);
     for (auto* axis : {xAxis, yAxis, xAxis2, yAxis2}) {
-        axis->setBasePen(QPen(kInk));
-        axis->setTickPen(QPen(kInk));
-        axis->setTickLabelColor(kInk);
-        axis->setTickLabelFont(font);
         axis->setSubTicks(false);
         axis->setVisible(true);
     }
@@ -119,8 +104,6 @@ void TChart::setUpAxes()
         axis->setTicks(false);
         axis->setTickLabels(false);
         axis->ticker()->setTickCount(axis == xAxis2 ? kPositionSteps : kBrightnessSteps);
-        axis->grid()->setPen(QPen(kGridColour));
-        axis->grid()->setZeroLinePen(QPen(kGridColour));
         axis->grid()->setVisible(true);
     }
     xAxis->grid()->setVisible(false);
@@ -135,13 +118,7 @@ void TChart::setUpAxes()
 
 void TChart::setUpLegend()
 {
-    QFont font = this->font();
-    font.setPointSize(kLabelPoints);
     legend->setVisible(true);
-    legend->setFont(font);
-    legend->setTextColor(kInk);
-    legend->setBorderPen(Qt::NoPen);
-    legend->setBrush(QColor(255, 255, 255, 200));
     legend->setFillOrder(QCPLegend::foColumnsFirst);
     axisRect()->insetLayout()->setInsetPlacement(0, QCPLayoutInset::ipFree);
     axisRect()->insetLayout()->setInsetRect(0, kLegendPlace);
@@ -155,8 +132,6 @@ void TChart::setTitle(const QString& title)
     replot();
 }
 
-QColor TChart::defaultColour() { return kCurveColour; }
-
 void TChart::removeAllSeries()
 {
     legend->clearItems();
@@ -165,12 +140,12 @@ void TChart::removeAllSeries()
     replot();
 }
 
-void TChart::addSeries(const QVector<double>& positions, const QVector<double>& values, const QColor& colour,
+void TChart::addSeries(const QVector<double>& positions, const QVector<double>& values, chart::Role role,
                        const QString& legendText)
 {
     auto* series = addGraph();
     series->setData(positions, values, true);
-    series->setPen(QPen(colour));
+    give(series, role);
     series->setName(legendText);
     if (!legendText.isEmpty()) series->addToLegend();
 }
@@ -201,29 +176,26 @@ void TChart::showPart(QCPRange positions, QCPRange brightness)
     replot(rpQueuedReplot);
 }
 
-QImage TChart::picture()
-{
-    const double scale = std::max(1.0, static_cast<double>(kPictureWidth) / std::max(width(), 1));
-    return toPixmap(width(), height(), scale).toImage();
-}
-
 void TChart::paintEvent(QPaintEvent* event)
 {
-    QCustomPlot::paintEvent(event);
+    Chart::paintEvent(event);
     QPainter painter(this);
     painter.setClipRect(axisRect()->rect());
+    const auto curve = colours().of(chart::Role::First);
     if (dragging_ == Qt::LeftButton) {
-        painter.setPen(kCurveColour);
-        painter.setBrush(kBand);
+        auto band = curve;
+        band.setAlpha(kBandAlpha);
+        painter.setPen(curve);
+        painter.setBrush(band);
         painter.drawRect(spanning(pressedAt_, mouseAt_));
     } else if (pointed_ >= 0 && graphCount() > 0 && pointed_ < graph(0)->dataCount()) {
         const auto datum = graph(0)->data()->at(pointed_);
         const QPointF spot(xAxis->coordToPixel(datum->key), yAxis->coordToPixel(datum->value));
-        painter.setPen(QPen(kInk, 1, Qt::DotLine));
+        painter.setPen(QPen(colours().ink, 1, Qt::DotLine));
         painter.drawLine(QPointF(spot.x(), axisRect()->top()), QPointF(spot.x(), axisRect()->bottom()));
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(kCurveColour);
-        painter.setBrush(Qt::white);
+        painter.setPen(curve);
+        painter.setBrush(colours().paper);
         painter.drawEllipse(spot, 3.5, 3.5);
     }
 }
@@ -321,7 +293,7 @@ void TChart::wheelEvent(QWheelEvent* event)
 
 void TChart::leaveEvent(QEvent* event)
 {
-    QCustomPlot::leaveEvent(event);
+    Chart::leaveEvent(event);
     pointed_ = -1;
     Q_EMIT pointedAt(QString());
     update();
@@ -345,7 +317,7 @@ void TChart::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Home:
         return showWhole();
     default:
-        QCustomPlot::keyPressEvent(event);
+        Chart::keyPressEvent(event);
     }
 }
 

@@ -1,9 +1,8 @@
 #pragma once
 
+#include "chart/chart.h"
 #include "grayscale/labelticker.h"
-#include "main/plot.h"
 
-#include <QImage>
 #include <QPoint>
 
 namespace quorvel::grayscale {
@@ -20,7 +19,7 @@ Gesture gestureOf(const QPoint& drag);
 /// The left button zooms in and returns to the whole, the right button moves, the wheel zooms along the position axis
 /// (with Shift, along the brightness axis); the keys + - Home and the arrows do the same. Its accessible name is its
 /// title.
-class TChart final : public QCustomPlot {
+class TChart final : public chart::Chart {
     Q_OBJECT
 public:
     explicit TChart(QWidget* parent = nullptr);
@@ -32,10 +31,8 @@ public:
     /// Adds a line through the points; series 0 is the one that the mouse reads.
     /// @param positions  mm, ascending, as many as `values`.
     /// @param legend     its text in the legend; empty: it has none.
-    void addSeries(const QVector<double>& positions, const QVector<double>& values, const QColor& colour,
+    void addSeries(const QVector<double>& positions, const QVector<double>& values, chart::Role role,
                    const QString& legend);
-    /// The colour of a series that asks for no other.
-    static QColor defaultColour();
 
     void setPositionLabels(std::vector<AxisLabel> labels);
     void setBrightnessLabels(std::vector<AxisLabel> labels);
@@ -47,10 +44,6 @@ public:
     void showWhole();
     /// Shows this part; kept within bounds in which something can be seen.
     void showPart(QCPRange positions, QCPRange brightness);
-
-    /// The chart as it is shown, title and axes included, at least this many pixels wide.
-    static constexpr int kPictureWidth = 1600;
-    QImage picture();
 
 Q_SIGNALS:
     /// What the mouse points at, such as "Pixel 1824: 24.64 mm, 187"; empty when it is nothing.

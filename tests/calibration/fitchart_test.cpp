@@ -1,6 +1,6 @@
 #include "calibration/fitchart.h"
 
-#include "main/plot.h"
+#include "chart/plot.h"
 #include "support/bench_on_the_bus.h"
 
 namespace quorvel::calibration {

@@ -1,9 +1,5 @@
 #include "grayscale/drawthart.h"
 
-#include <QDir>
-#include <QImageReader>
-#include <QTemporaryDir>
-
 #include <gtest/gtest.h>
 
 namespace quorvel::grayscale {
@@ -85,36 +81,6 @@ TEST_F(DrawThart, TheWholeHoldsEveryPixelAndLabel)
         EXPECT_GT(chart_.xAxis->range().upper, pixelPosition(type, 20000));
         EXPECT_EQ(chart_.yAxis->range(), QCPRange(0, 300));
     }
-}
-
-TEST_F(DrawThart, PictureIsAJpegUnderExactlyTheName)
-{
-    const QTemporaryDir folder;
-    const auto path = folder.filePath(QStringLiteral("profile.of.today"));
-    chart_.resize(900, 500);
-    draw("X", link::TypeA, 500);
-    EXPECT_EQ(saveChart(chart_, path), "");
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{QStringLiteral("profile.of.today")});
-    EXPECT_EQ(QImageReader::imageFormat(path), "jpeg");
-    EXPECT_GE(QImageReader(path).size().width(), 1200);
-}
-
-TEST_F(DrawThart, PictureTakesThePlaceOfTheFileThatALinkLeadsTo)
-{
-    const QTemporaryDir folder;
-    const auto link = folder.filePath(QStringLiteral("link.png"));
-    ASSERT_TRUE(QFile::link(folder.filePath(QStringLiteral("real.png")), link));
-    EXPECT_EQ(saveChart(chart_, link, "png"), "");
-    EXPECT_TRUE(QFileInfo(link).isSymLink());
-    EXPECT_EQ(QImageReader::imageFormat(folder.filePath(QStringLiteral("real.png"))), "png");
-    QFile::setPermissions(link, QFileDevice::ReadOwner);
-    EXPECT_TRUE(saveChart(chart_, link).startsWith(link + " is write-protected."));
-}
-
-TEST_F(DrawThart, PictureThatCannotBeWrittenIsAReasonThatNamesIt)
-{
-    const auto reason = saveChart(chart_, QStringLiteral("/no/such/folder/x.jpg"));
-    EXPECT_TRUE(reason.contains(QStringLiteral("/no/such/folder/x.jpg"))) << qPrintable(reason);
 }
 
 } // namespace

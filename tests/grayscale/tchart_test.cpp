@@ -1,3 +1,4 @@
+#include "chart/export.h"
 #include "grayscale/tchart.h"
 
 #include <QAccessible>
@@ -42,7 +43,7 @@ protected:
             positions << i * 0.5;
             values << i + 1;
         }
-        chart_.addSeries(positions, values, TChart::defaultColour(), QStringLiteral("Pixels"));
+        chart_.addSeries(positions, values, chart::Role::First, QStringLiteral("Pixels"));
         chart_.setPositionLabels({{0, "0"}, {25, "25"}, {50, "50"}, {51.5, "(mm)"}});
         chart_.setBrightnessLabels({{0, "0"}, {300, "GrayScale"}});
         chart_.resize(1000, 600);
@@ -191,7 +192,7 @@ TEST_F(TChartShown, MouseReadsNothingWhenThereIsNothing)
     QTest::mouseMove(&chart_, at(20, 20));
     ASSERT_EQ(pointed.size(), 1);
     EXPECT_EQ(pointed[0].first().toString(), "");
-    chart_.addSeries({}, {}, TChart::defaultColour(), QString());
+    chart_.addSeries({}, {}, chart::Role::First, QString());
     QTest::mouseMove(&chart_, at(24, 20));
     ASSERT_EQ(pointed.size(), 2);
     EXPECT_EQ(pointed[1].first().toString(), "");
@@ -227,11 +228,11 @@ TEST_F(TChartShown, OwnLabelsShowAndNumbersFillAViewWithoutThem)
 
 TEST_F(TChartShown, PictureIsAtLeast1200PixelsWide)
 {
-    EXPECT_GE(chart_.picture().width(), 1200);
+    EXPECT_GE(chart::picture(chart_).width(), 1200);
     chart_.resize(500, 300);
-    EXPECT_GE(chart_.picture().width(), 1200);
+    EXPECT_GE(chart::picture(chart_).width(), 1200);
     chart_.resize(2000, 900);
-    EXPECT_EQ(chart_.picture().size(), QSize(2000, 900));
+    EXPECT_EQ(chart::picture(chart_).size(), QSize(2000, 900));
 }
 
 } // namespace

@@ -26,7 +26,7 @@ TEST(House, FilesAreWrittenInFewPlaces)
                 UnorderedElementsAre("files/disk_posix.cpp", "files/disk_windows.cpp", "jet/file_posix.cpp",
                                      "jet/file_windows.cpp", "autoread/csv_file.cpp", "line/linefile.cpp",
                                      "link/device_linux.cpp", "link/comport_windows.cpp", // the serial port
-                                     "grayscale/drawthart.cpp", "page/page.cpp"));        // memory
+                                     "chart/export.cpp", "page/page.cpp"));               // memory
 }
 
 TEST(House, ArrowsOnlyGoDown)

@@ -1,3 +1,4 @@
+#include "chart/export.h"
 #include "jet/database.h"
 #include "windows/grayscalechart_on_the_bus.h"
 
@@ -147,7 +148,7 @@ TEST_F(GrayScaleChartOnTheBus, ThePictureHasTheRedLinesAndTheTitle)
     EXPECT_GT(countIn(picture, aboveThePlot, isInk), 500);
     chart.setTitle(QString());
     chart.replot();
-    const auto untitled = chart.picture();
+    const auto untitled = chart::picture(chart);
     EXPECT_EQ(
         countIn(untitled, inPicture({plot.left(), 1, plot.width(), chart.axisRect()->top() - 3.0}), isInk), 0)
         << "it is the title that stands there";
