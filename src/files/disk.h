@@ -16,8 +16,9 @@ class OpenFile {
 public:
     enum class How {
         ToRead,
-        ToLock, ///< an existing file for reading and writing, shared with readers
-        New,    ///< for writing; fails when anything has that name
+        ToLock,   ///< an existing file for reading and writing, shared with readers
+        New,      ///< for writing; fails when anything has that name
+        ToAppend, ///< for writing at its end, whoever else does; made when it is not there
     };
 
     OpenFile() = default;

@@ -30,6 +30,8 @@ int flagsOf(OpenFile::How how)
         return O_RDONLY;
     case OpenFile::How::ToLock:
         return O_RDWR;
+    case OpenFile::How::ToAppend:
+        return O_WRONLY | O_APPEND | O_CREAT;
     default:
         return O_WRONLY | O_CREAT | O_EXCL;
     }

@@ -28,6 +28,9 @@ HANDLE handleOf(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle);
 
 HANDLE openHandle(const std::filesystem::path& path, OpenFile::How how)
 {
+    if (how == OpenFile::How::ToAppend)
+        return ::CreateFileW(path.c_str(), FILE_APPEND_DATA | SYNCHRONIZE, kEverybody, nullptr, OPEN_ALWAYS,
+                             FILE_ATTRIBUTE_NORMAL, nullptr);
     const bool reading = how == OpenFile::How::ToRead;
     const bool fresh = how == OpenFile::How::New;
     // What cannot be deleted while another program has it open cannot be replaced either.

@@ -9,9 +9,7 @@ namespace quorvel::protocol {
 
 namespace {
 
-constexpr std::size_t kValuesHead = 7;    // address and command digits
-constexpr float kPauseBeforeZ = 0.2F;     // s
-constexpr float kPauseAfterValues = 0.1F; // s
+constexpr std::size_t kValuesHead = 7; // address and command digits
 
 } // namespace
 

@@ -21,6 +21,8 @@ class Module1;
 namespace quorvel::protocol {
 
 inline constexpr int kValuesReplyLength = 29;
+inline constexpr float kPauseBeforeZ = 0.2F;     ///< s, from the answer to X and Y to the question for Z
+inline constexpr float kPauseAfterValues = 0.1F; ///< s, after which late characters are thrown away
 inline constexpr std::string_view kReadingFailed = " CommError";
 
 /// Asks for X and Y, or for Z1 and Z2; 1.5 s are allowed for the whole reply, and everything that has come is taken.

@@ -32,7 +32,7 @@ const std::vector<Ban>& bans()
          {"QWidget", "QApplication", "QDialog", "QLabel", "QLineEdit", "QMessageBox", "QtWidgets",
           "QSerialPort", "QIODevice"},
          "knows no widget and no port"},
-        {{"chart", "settings", "autoread", "grayscale", "calibration"},
+        {{"chart", "settings", "autoread", "grayscale", "calibration", "site"},
          {"QMessageBox", "QFileDialog", "QInputDialog", "QSerialPort"},
          "asks for boxes and devices through what it is given"},
         {{"sim"}, {"QWidget", "QApplication", "QMessageBox"}, "is a program without windows"},
@@ -135,12 +135,13 @@ const Arrows& arrows()
         {"grayscale", {"chart", "main", "protocol", "link", "text", "jet", "files"}},
         {"calibration", {"chart", "main", "protocol", "page", "link", "text", "jet", "files"}},
         {"line", {"main", "protocol", "link", "text", "files"}},
+        {"site", {"chart", "main", "protocol", "page", "link", "text", "files"}},
         {"ctl",
-         {"line", "autoread", "grayscale", "calibration", "chart", "protocol", "page", "link", "text", "jet",
-          "files"}},
+         {"site", "line", "autoread", "grayscale", "calibration", "chart", "protocol", "page", "link", "text",
+          "jet", "files"}},
         {"app",
-         {"line", "settings", "autoread", "grayscale", "calibration", "chart", "main", "protocol", "page",
-          "link", "text", "jet", "files"}},
+         {"site", "line", "settings", "autoread", "grayscale", "calibration", "chart", "main", "protocol",
+          "page", "link", "text", "jet", "files"}},
     };
     return all;
 }
