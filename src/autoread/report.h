@@ -39,6 +39,7 @@ struct Report {
     int received = 0;      ///< records that are in the file by this download
     Ending ending = Ending::NotBegun;
     std::string reason;            ///< why it ended early, in words; empty for Complete and Stopped
+    bool fileFailed = false;       ///< of NotBegun: the reason is the file, not the readout
     std::filesystem::path keptOld; ///< copy of the file that gave way; empty: removed, or there was none
     std::optional<jet::Date> firstTime, lastTime; ///< of what was received
     std::optional<int> interval;                  ///< seconds between two readings, as the readout says

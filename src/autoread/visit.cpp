@@ -4,6 +4,8 @@
 #include "files/replace.h"
 #include "link/address.h"
 
+#include <utility>
+
 namespace quorvel::autoread {
 
 using namespace protocol;
@@ -25,6 +27,12 @@ Report notBegun(Report report, const std::string& reason)
     report.ending = Ending::NotBegun;
     report.reason = reason;
     return report;
+}
+
+Report noFile(Report report, const std::string& reason)
+{
+    report.fileFailed = true;
+    return notBegun(std::move(report), reason);
 }
 
 Ending endingOf(const Answer& answer)
@@ -87,13 +95,13 @@ Report Visit::download(const fs::path& path, Existing existing, const Watcher& w
     if (!pointers) return notBegun(report, pointers.error());
     book_.asked(address_, *pointers, now());
     if (pointers->isEmpty()) return notBegun(report, kNoData);
-    if (const auto may = mayMake(path, existing); !may) return notBegun(report, may.error());
+    if (const auto may = mayMake(path, existing); !may) return noFile(report, may.error());
     const auto span = spanOf(*pointers);
     report.expected = span.count();
     if (!learnLayout(span, report)) return report;
     report.type = type();
     auto made = createRecordFile(path, *reader_.layout(), existing);
-    if (!made) return notBegun(report, made.error());
+    if (!made) return noFile(report, made.error());
     book_.began(path);
     fetch(*made->sink, span, watcher, report, std::nullopt);
     report.keptOld = settleOld(made->keptOld, report.complete());
@@ -115,15 +123,15 @@ Report Visit::continueFile(const ContinuePlan& plan, const Watcher& watcher)
     report.continued = true;
     report.rowsBefore = plan.rows;
     report.expected = plan.toFetch.count();
-    if (!plan.isPossible()) return notBegun(report, plan.words);
+    if (!plan.isPossible()) return noFile(report, plan.words);
     if (stampOf(plan.path) != plan.stamp)
-        return notBegun(report, files::inWords(plan.path) + " has changed meanwhile. Choose it again.");
+        return noFile(report, files::inWords(plan.path) + " has changed meanwhile. Choose it again.");
     if (report.expected == 0) {
         report.ending = Ending::Complete;
         return report;
     }
     auto sink = openRecordFile(plan.path, plan.layout);
-    if (!sink) return notBegun(report, sink.error());
+    if (!sink) return noFile(report, sink.error());
     fetch(**sink, plan.toFetch, watcher, report, plan.lastRow);
     book_.keepReport(report);
     return report;

@@ -36,7 +36,7 @@ QJsonValue query(Console& console, const protocol::Setting& setting)
     const auto exchange = ask(console, setting.query(console.bench().addressDigits()));
     if (!exchange) return QJsonValue::Null;
     auto told = protocol::toldBy(setting, *exchange);
-    if (told.value.isNull()) console.fail(kNotAnswered, told.why);
+    if (told.value.isNull()) console.fail(failureOf(*exchange), told.why);
     return told.value;
 }
 
@@ -66,7 +66,7 @@ std::optional<QString> findType(Console& console, InstrumentType ofFile = link::
     const auto z = protocol::measuresZ(asked);
     if (!z) {
         console.fail(
-            kNotAnswered,
+            isWell(asked) ? Failure::Garbled : failureOf(asked),
             QStringLiteral("Whether readout %1 measures Z could not be found out. Give its type with --type.")
                 .arg(console.address()));
         return std::nullopt;
@@ -114,18 +114,18 @@ void save(Console& console, const FileOptions& options)
 {
     const auto path = QString::fromLocal8Bit(options.file.c_str());
     if (QFile::exists(path) && !options.yes) {
-        console.fail(kWrongUsage, QStringLiteral("%1 exists. Add --yes to overwrite it.").arg(path));
+        console.fail(Failure::Exists, QStringLiteral("%1 exists. Add --yes to overwrite it.").arg(path));
         return;
     }
     if (!console.openReadout(Access::Reads)) return;
     const auto values = queryReadout(console);
-    if (console.status != kAnswered) {
+    if (console.status() != ExitStatus::Done) {
         console.tell(QStringLiteral("Nothing was saved."));
         return;
     }
     const auto text = protocol::textOf(fileOf(console, values)).toStdString();
     if (const auto written = files::replaceContent(QFileInfo(path).filesystemFilePath(), text); !written)
-        return console.fail(kNotAnswered, QString::fromStdString(written.error()));
+        return console.fail(Failure::File, QString::fromStdString(written.error()));
     console.answer(path, {{"saved", path}, {"settings", values.size()}});
 }
 
@@ -134,12 +134,12 @@ std::optional<protocol::SettingsFile> fileAt(Console& console, const QString& pa
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        console.fail(kNotAnswered, QStringLiteral("%1 cannot be read: %2.").arg(path, file.errorString()));
+        console.fail(Failure::File, QStringLiteral("%1 cannot be read: %2.").arg(path, file.errorString()));
         return std::nullopt;
     }
     const auto read = protocol::settingsIn(file.read(protocol::kLongestSettings));
     if (const auto* whole = std::get_if<protocol::SettingsFile>(&read)) return *whole;
-    console.fail(kNotAnswered,
+    console.fail(Failure::File,
                  QStringLiteral("%1 is not a settings file: %2.").arg(path, std::get<QString>(read)));
     return std::nullopt;
 }
@@ -149,10 +149,11 @@ bool fits(Console& console, const protocol::SettingsFile& file, const FileOption
 {
     const auto other = protocol::ofAnother(file, console.address(), console.bench().instrumentType);
     if (other.isEmpty() || options.force) return true;
-    console.fail(kNotAnswered, QStringLiteral("%1 is of %2. Add --force to set readout %3 of type %4 to it.")
-                                   .arg(QString::fromLocal8Bit(options.file.c_str()), other)
-                                   .arg(console.address())
-                                   .arg(console.typeName()));
+    console.fail(Failure::Unsafe,
+                 QStringLiteral("%1 is of %2. Add --force to set readout %3 of type %4 to it.")
+                     .arg(QString::fromLocal8Bit(options.file.c_str()), other)
+                     .arg(console.address())
+                     .arg(console.typeName()));
     return false;
 }
 
@@ -173,7 +174,7 @@ void restoreOne(Console& console, const protocol::Setting& setting, const QJsonV
     };
     const auto command = setting.write(console.bench().addressDigits(), wanted);
     if (const auto* why = std::get_if<protocol::NotSent>(&command)) {
-        if (*why == protocol::NotSent::Malformed) console.status = kNotAnswered;
+        if (*why == protocol::NotSent::Malformed) console.note(Failure::File);
         report((*why == protocol::NotSent::Malformed ? QStringLiteral("not set; %1 is not a valid value")
                                                      : QStringLiteral("left as it is; %1 cannot be restored"))
                    .arg(protocol::inWords(wanted)));
@@ -191,7 +192,7 @@ void restoreOne(Console& console, const protocol::Setting& setting, const QJsonV
     }
     report(QStringLiteral("the readout holds %1 after %2 was set")
                .arg(protocol::inWords(held), protocol::inWords(wanted)));
-    console.status = kNotAnswered;
+    console.note(Failure::Unconfirmed);
 }
 
 void restore(Console& console, const FileOptions& options)
@@ -204,7 +205,7 @@ void restore(Console& console, const FileOptions& options)
     if (!taken->isEmpty()) console.tell(*taken);
     const auto& wanted = file->settings;
     if (!options.yes && !agrees(console, wanted.size())) {
-        console.fail(kNotAnswered, QStringLiteral("Nothing was set."));
+        console.fail(Failure::NeedsYes, QStringLiteral("Nothing was set."));
         return;
     }
     auto left = wanted.keys();
@@ -213,8 +214,8 @@ void restore(Console& console, const FileOptions& options)
         restoreOne(console, setting, wanted.value(setting.name));
     }
     for (const auto& name : left) {
-        console.fail(kNotAnswered, QStringLiteral("%1: a readout of type %2 has no such setting.")
-                                       .arg(protocol::inWords(name), console.typeName()));
+        console.fail(Failure::File, QStringLiteral("%1: a readout of type %2 has no such setting.")
+                                        .arg(protocol::inWords(name), console.typeName()));
     }
 }
 

@@ -55,7 +55,7 @@ void takeReading(Console& console, const QString& prefix = {}, const QJsonObject
 {
     const auto line = protocol::ReadSensorValues(console.module1(), console.address(), console.bench());
     if (line == protocol::kReadingFailed) {
-        console.fail(kNotAnswered,
+        console.fail(console.failureOfLine().value_or(Failure::Garbled),
                      prefix + QStringLiteral("readout %1 did not answer with the %2 characters of a reading.")
                                   .arg(console.address())
                                   .arg(protocol::kValuesReplyLength));
@@ -63,7 +63,7 @@ void takeReading(Console& console, const QString& prefix = {}, const QJsonObject
     }
     auto object = inFields(console.address(), line);
     if (!holdsNumbers(object)) {
-        return console.fail(kNotAnswered,
+        return console.fail(Failure::Garbled,
                             prefix + QStringLiteral("readout %1 answered \"%2\", which is not a reading.")
                                          .arg(console.address())
                                          .arg(shown(protocol::inOneLine(line)).trimmed()));

@@ -69,7 +69,7 @@ private:
 bool Calibrating::open()
 {
     const auto opened = data_.Refresh();
-    if (!opened) console_.fail(kNotAnswered, words(opened.error()));
+    if (!opened) console_.fail(Failure::File, words(opened.error()));
     return static_cast<bool>(opened);
 }
 
@@ -97,9 +97,10 @@ void Calibrating::show()
 bool Calibrating::store(int row)
 {
     const auto query = measurement(direction_.direction, console_.bench().addressDigits());
-    const auto reply = console_.module1().transact(query).reply;
+    const auto exchange = console_.module1().transact(query);
+    const auto& reply = exchange.reply;
     if (!isMeasurement(reply)) {
-        console_.fail(kNotAnswered,
+        console_.fail(failureOf(exchange),
                       QStringLiteral("Nothing was measured: %1.").arg(words(whyNoMeasurement(reply))));
         return false;
     }
@@ -109,27 +110,28 @@ bool Calibrating::store(int row)
         const auto measured = measuredBy(reading.sensor, reply);
         const int column = columnOf(data_.fields(), reading.name);
         if (column < 0 || !text::isNumber(measured)) {
-            console_.fail(kNotAnswered, QStringLiteral("\"%1\" is not a reading for a column %2 of the file.")
-                                            .arg(shown(measured), shown(reading.name)));
+            console_.fail(Failure::Garbled,
+                          QStringLiteral("\"%1\" is not a reading for a column %2 of the file.")
+                              .arg(shown(measured), shown(reading.name)));
             return false;
         }
         changes[std::string(reading.name)] = text::Val(measured);
     }
     const auto written = data_.write(row, changes);
-    if (!written) console_.fail(kNotAnswered, words(written.error()));
+    if (!written) console_.fail(Failure::File, words(written.error()));
     return static_cast<bool>(written);
 }
 
 void Calibrating::measurePoint()
 {
     if (!options_.dial.empty() && !text::isNumber(options_.dial)) {
-        console_.fail(kWrongUsage, QStringLiteral("--dial takes a number."));
+        console_.fail(Failure::Usage, QStringLiteral("--dial takes a number."));
         return;
     }
     if (!console_.checkReadout()) return;
     if (!files::isThere(data_.DatabaseName())) {
         const auto created = CreateCalibrationDatabase(data_.DatabaseName());
-        if (!created) return console_.fail(kNotAnswered, words(created.error()));
+        if (!created) return console_.fail(Failure::File, words(created.error()));
     }
     if (!open() || !console_.openPort(Access::Reads)) return;
     for (int row = 0; row < data_.rowCount(); ++row) {
@@ -137,13 +139,13 @@ void Calibrating::measurePoint()
         if (store(row)) answerRow(row);
         return;
     }
-    console_.fail(kNotAnswered, QStringLiteral("The file has no point %1.").arg(options_.point));
+    console_.fail(Failure::File, QStringLiteral("The file has no point %1.").arg(options_.point));
 }
 
 std::optional<Points> Calibrating::points(const ReadingColumn& reading)
 {
     const auto found = pointsOf(data_, columnOf(data_.fields(), reading.name));
-    if (!found) console_.fail(kNotAnswered, kDataEmpty);
+    if (!found) console_.fail(Failure::File, kDataEmpty);
     return found;
 }
 
@@ -154,7 +156,7 @@ void Calibrating::fit()
         const auto table = points(reading);
         if (!table) return;
         const auto fitted = fitLine(*table);
-        if (!fitted) return console_.fail(kNotAnswered, kNoLine);
+        if (!fitted) return console_.fail(Failure::File, kNoLine);
         console_.answer(shown(fitText(*fitted)).remove(u'\r'),
                         {{"column", shown(reading.name)},
                          {"slope", text::Val(text::general(fitted->slope))},
@@ -172,14 +174,15 @@ void Calibrating::download(const ReadingColumn& reading, const Points& points)
     const auto& row = tableOf(reading.sensor);
     const int awaited = echoLength(reading.sensor);
     if (exchange.outcome == link::Outcome::Refused) {
-        console_.fail(kNotAnswered, whyFailed(exchange));
+        console_.fail(failureOf(exchange), whyFailed(exchange));
     } else if (static_cast<int>(exchange.reply.size()) != awaited) {
-        console_.fail(kNotAnswered, QStringLiteral("%1: no complete echo, %2 characters came instead of %3.")
-                                        .arg(shown(reading.name))
-                                        .arg(exchange.reply.size())
-                                        .arg(awaited));
+        console_.fail(failureOf(exchange),
+                      QStringLiteral("%1: no complete echo, %2 characters came instead of %3.")
+                          .arg(shown(reading.name))
+                          .arg(exchange.reply.size())
+                          .arg(awaited));
     } else if (!echoAgrees(reading.sensor, exchange.transaction.frame, exchange.reply)) {
-        console_.fail(kNotAnswered, QString::fromUtf8(row.notDownloaded));
+        console_.fail(failureOf(exchange), QString::fromUtf8(row.notDownloaded));
     } else {
         console_.answer(QString::fromUtf8(row.downloaded),
                         {{"column", shown(reading.name)}, {"downloaded", true}});
@@ -237,14 +240,14 @@ void setLocation(Console& console, const std::string& typed)
     const auto exchange = ask(console, locationSet(console.bench().addressDigits(), typed));
     if (!exchange) return;
     if (!link::isConfirmed(*exchange)) {
-        return console.fail(kNotAnswered, QStringLiteral("The readout repeated something else."));
+        return console.fail(failureOf(*exchange), QStringLiteral("The readout repeated something else."));
     }
     console.answer(kLocationSet, {{"address", console.address()}, {"location", shown(typed)}});
 }
 
 void stitch(Console& console, const std::optional<std::string>& typed)
 {
-    if (typed && !isLocation(*typed)) return console.fail(kWrongUsage, kLocationError);
+    if (typed && !isLocation(*typed)) return console.fail(Failure::Usage, kLocationError);
     if (!console.openReadout(typed ? Access::Writes : Access::Reads)) return;
     typed ? setLocation(console, *typed) : queryLocation(console);
 }

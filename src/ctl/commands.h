@@ -5,8 +5,7 @@ class App;
 }
 
 /// `quorvelctl`: the transactions of the windows for scripts and for machines without a display. Data goes to
-/// stdout, words to stderr; the exit status is 0 answered, 1 not answered or refused, 2 wrong usage,
-/// 6 stored records that are not all in the files named.
+/// stdout, words to stderr; the exit statuses are in ctl/failure.h.
 namespace quorvel::ctl {
 
 class Console;
@@ -18,7 +17,7 @@ int runCommandLine(Console& console, int argc, const char* const argv[]);
 /// @param edition  "USER" or "FACTORY".
 int runControl(int argc, char* argv[], const char* edition);
 
-// Each adds its subcommands to the command line; their callbacks do the work and leave the exit status in the
+// Each adds its subcommands to the command line; their callbacks do the work and report failures to the
 // console.
 void addAutoreadCommands(CLI::App& app, Console& console);    ///< auto
 void addBusCommands(CLI::App& app, Console& console);         ///< ports, read, watch

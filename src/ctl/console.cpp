@@ -40,7 +40,7 @@ bool Console::hasPort(Access access)
 {
     const auto& all = ports().entries();
     if (all.empty()) {
-        fail(kNotAnswered, kNoPort);
+        fail(Failure::NoPort, kNoPort);
         return false;
     }
     if (access == Access::Reads || all.size() == 1 || !options.port.empty()) return true;
@@ -48,7 +48,7 @@ bool Console::hasPort(Access access)
     for (const auto& entry : all) {
         devices << entry.device;
     }
-    fail(kWrongUsage,
+    fail(Failure::Usage,
          QStringLiteral("There are several serial ports: %1. Name the one to write to with --port.")
              .arg(devices.join(QStringLiteral(", "))));
     return false;
@@ -58,7 +58,7 @@ bool Console::openPort(Access access)
 {
     if (!hasPort(access) || !makeLink(access)) return false;
     const auto reason = openDevice();
-    if (!reason.isEmpty()) fail(kNotAnswered, reason);
+    if (!reason.isEmpty()) fail(Failure::PortNotOpened, reason);
     return reason.isEmpty();
 }
 
@@ -69,11 +69,12 @@ bool Console::makeLink(Access access)
     mscomm1_ = std::make_unique<link::MSComm>(ports());
     module1_ = std::make_unique<link::Module1>(*mscomm1_, clock_);
     module1_->setReadOnly(options.readOnly || access == Access::Reads);
+    module1_->addObserver(latest_);
     module1_->addObserver(health_);
     if (!openTrace()) return false;
     if (options.journal) keepJournal();
     QObject::connect(mscomm1_.get(), &link::MSComm::lost, mscomm1_.get(),
-                     [this](const QString& reason) { fail(kNotAnswered, reason); });
+                     [this](const QString& reason) { fail(Failure::PortLost, reason); });
     return true;
 }
 
@@ -89,7 +90,7 @@ bool Console::openTrace()
     if (options.trace.empty()) return true;
     const auto reason = trace_.open(QString::fromLocal8Bit(options.trace.c_str()));
     if (!reason.isEmpty()) {
-        fail(kNotAnswered, reason);
+        fail(Failure::File, reason);
         return false;
     }
     QObject::connect(&trace_, &line::Trace::failed, mscomm1_.get(),
@@ -120,7 +121,7 @@ void Console::finish() const
 bool Console::checkReadout()
 {
     if (!options.address.empty()) return true;
-    fail(kWrongUsage, QStringLiteral("Give the readout's address with --address, 1 to 249."));
+    fail(Failure::Usage, QStringLiteral("Give the readout's address with --address, 1 to 249."));
     return false;
 }
 
@@ -144,11 +145,23 @@ void Console::tell(const QString& words) const
     std::fprintf(stderr, "%s\n", qPrintable(words));
 }
 
-void Console::fail(int exitStatus, const QString& words)
+void Console::fail(Failure failure, const QString& words)
 {
-    status = exitStatus;
+    note(failure);
     tell(words);
+    if (!options.json || unreadable_) return;
+    const auto kind = rowOf(failure).kind;
+    const QJsonObject error{{"kind", QLatin1String(kind.data(), static_cast<qsizetype>(kind.size()))},
+                            {"message", words}};
+    write(QJsonDocument(QJsonObject{{"error", error}}).toJson(QJsonDocument::Compact));
 }
+
+void Console::note(Failure failure)
+{
+    if (status_ == ExitStatus::Done) status_ = rowOf(failure).status;
+}
+
+std::optional<Failure> Console::failureOfLine() const { return latest_.failure; }
 
 void Console::progress(const QString& words) const
 {
@@ -165,16 +178,19 @@ void Console::endProgress() const
 void Console::answer(const QString& text, const QJsonObject& object)
 {
     endProgress();
-    const auto line =
-        (options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8()) + '\n';
+    write(options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8());
+}
+
+/// A line of stdout.
+void Console::write(QByteArray line)
+{
+    line += '\n';
     const auto size = static_cast<std::size_t>(line.size());
     errno = 0;
     if (std::fwrite(line.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0) return;
-    if (!std::exchange(unreadable_, true)) {
-        fail(kNotAnswered, QStringLiteral("The answer cannot be written: %1.")
-                               .arg(QString::fromLocal8Bit(std::strerror(errno))));
-    }
-    status = kNotAnswered;
+    if (std::exchange(unreadable_, true)) return;
+    fail(Failure::Output, QStringLiteral("The answer cannot be written: %1.")
+                              .arg(QString::fromLocal8Bit(std::strerror(errno))));
 }
 
 bool Console::endRequested() const { return unreadable_ || link::interruptSignal() != 0; }

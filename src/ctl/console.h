@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ctl/failure.h"
 #include "line/health.h"
 #include "line/journal.h"
 #include "line/trace.h"
@@ -12,15 +13,11 @@
 #include <QJsonObject>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace quorvel::ctl {
-
-inline constexpr int kAnswered = 0;
-inline constexpr int kNotAnswered = 1;
-inline constexpr int kWrongUsage = 2;
-inline constexpr int kNotTaken = 6; ///< stored records are not all in the files that were named
 
 /// The options that all subcommands share. They may come before or after the subcommand.
 struct CommonOptions {
@@ -47,7 +44,8 @@ public:
     explicit Console(const QString& edition, link::PortList::Enumerator enumerate = link::enumeratePorts);
 
     CommonOptions options;
-    int status = kAnswered; ///< of the program
+    /// Of the program, so far. The first failure decides: what follows from it is told, too.
+    ExitStatus status() const { return status_; }
 
     link::Bench& bench() { return bench_; }
     /// The --type, A without it.
@@ -57,15 +55,15 @@ public:
     const link::PortList& ports();
 
     /// Takes the options over and opens the port.
-    /// @return false when that failed: the reason is on stderr and the status set; the command ends.
+    /// @return false when that failed and was reported; the command ends.
     bool openPort(Access access);
     /// The halves of openPort(), for a command that goes on without a port: the link, false when that failed and was
-    /// said; then its port. @return empty on success, otherwise the reason in words.
+    /// reported; then its port. @return empty on success, otherwise the reason in words.
     bool makeLink(Access access);
     QString openDevice();
     /// Whether --address was given. What a command needs of the command line is checked first, before a file or a port is
     /// touched.
-    /// @return false when it was not: that is on stderr and the status set; the command ends.
+    /// @return false when it was not, which was reported; the command ends.
     bool checkReadout();
     /// checkReadout() and openPort().
     bool openReadout(Access access);
@@ -79,8 +77,13 @@ public:
 
     /// A message for the user, on stderr.
     void tell(const QString& words) const;
-    /// tell(), and sets the exit status.
-    void fail(int exitStatus, const QString& words);
+    /// Reports a failure: words on stderr, with --json also {"error":{"kind":...,"message":...}} on stdout, and the exit
+    /// status.
+    void fail(Failure failure, const QString& words);
+    /// The exit status of a failure that the answers tell by themselves.
+    void note(Failure failure);
+    /// Why the latest exchange was not what was needed; nothing while it was, or there was none.
+    std::optional<Failure> failureOfLine() const;
     /// A line on stderr that the next one overwrites, until anything else is said. In a log the last one shows.
     void progress(const QString& words) const;
     /// One line of data on stdout: the object with --json, else the text. One that cannot be written is a failure, told
@@ -91,11 +94,24 @@ public:
     bool endRequested() const;
 
 private:
+    /// Keeps the latest exchange.
+    struct Latest final : link::ExchangeObserver {
+        void sending(const link::Exchange& /*exchange*/) override {}
+        void ended(const link::Exchange& exchange) override { failure = failureIn(exchange); }
+        static std::optional<Failure> failureIn(const link::Exchange& exchange)
+        {
+            return isWell(exchange) ? std::nullopt : std::optional(failureOf(exchange));
+        }
+        std::optional<Failure> failure;
+    };
+
+    void write(QByteArray line);
     bool hasPort(Access access);
     bool openTrace();
     void keepJournal();
     void endProgress() const;
 
+    ExitStatus status_ = ExitStatus::Done;
     bool unreadable_ = false;            ///< stdout takes no more
     mutable bool progressShown_ = false; ///< of stderr: a progress line is not ended
     link::PortList::Enumerator enumerate_;
@@ -105,6 +121,7 @@ private:
     std::unique_ptr<link::MSComm> mscomm1_;
     line::Trace trace_;
     line::Health health_;
+    Latest latest_;
     std::unique_ptr<line::Journal> journal_;
     std::unique_ptr<link::Module1> module1_;
 };

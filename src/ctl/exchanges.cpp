@@ -28,10 +28,10 @@ bool order(Console& console, const link::Transaction& transaction)
 
 void failed(Console& console, const char* text, const link::Exchange& exchange)
 {
-    auto words = QString::fromUtf8(text);
-    // A port that vanished has been told already.
-    if (console.module1().port().PortOpen()) words += u' ' + protocol::whyFailed(exchange);
-    console.fail(kNotAnswered, words);
+    const auto words = QString::fromUtf8(text);
+    // why the port vanished has been reported already
+    if (!console.module1().port().PortOpen()) return console.tell(words);
+    console.fail(failureOf(exchange), words + u' ' + protocol::whyFailed(exchange));
 }
 
 } // namespace quorvel::ctl

@@ -50,7 +50,7 @@ bool mayWrite(Console& console, const GrayscaleOptions& options)
         const auto reason = refused ? QStringLiteral("%1 exists. Add --force to overwrite it.").arg(file)
                                     : whyNotWritable(file);
         if (reason.isEmpty()) continue;
-        console.fail(kNotAnswered, reason);
+        console.fail(refused ? Failure::Exists : Failure::File, reason);
         return false;
     }
     return true;
@@ -62,7 +62,7 @@ bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array)
     const auto read = exchange.complete() ? readGrayscale(row, exchange.reply, array) : GrayscaleReply();
     if (read.notHex > 0) console.tell(QStringLiteral("%1 pixels arrived damaged.").arg(read.notHex));
     if (read.good) return true;
-    console.fail(kNotAnswered,
+    console.fail(failureOf(exchange),
                  QStringLiteral("Readout %1 %2")
                      .arg(console.address())
                      .arg(exchange.complete()
@@ -101,7 +101,7 @@ void report(Console& console, const QString& file, const QString& reason)
     if (reason.isEmpty()) {
         console.tell(QStringLiteral("Saved: %1").arg(file));
     } else {
-        console.fail(kNotAnswered, reason);
+        console.fail(Failure::File, reason);
     }
 }
 

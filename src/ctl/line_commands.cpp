@@ -49,9 +49,10 @@ CLI::Validator range()
 void searchBus(Console& console)
 {
     if (!console.openPort(Access::Reads)) return;
-    const auto addresses = protocol::foundAddresses(console.module1().transact(protocol::search()).reply);
+    const auto exchange = console.module1().transact(protocol::search());
+    const auto addresses = protocol::foundAddresses(exchange.reply);
     if (addresses.empty()) {
-        console.fail(kNotAnswered, protocol::kNothingFound);
+        console.fail(failureOf(exchange), protocol::kNothingFound);
         return;
     }
     for (const auto& address : addresses) {
@@ -89,7 +90,8 @@ void searchEach(Console& console, const line::FinderTask& task)
         print(console, readout);
     }
     if (result.echoes) console.tell(line::kEchoRemark);
-    if (result.readouts.empty()) console.fail(kNotAnswered, protocol::kNothingFound);
+    if (result.readouts.empty())
+        console.fail(console.failureOfLine().value_or(Failure::Silent), protocol::kNothingFound);
 }
 
 /// The verdict; what went well is status 0.
@@ -103,7 +105,7 @@ void conclude(Console& console, const line::Conclusion& verdict)
                                        {"what", verdict.what},
                                        {"next", verdict.next},
                                        {"unknown", verdict.unknown}});
-    if (!well) console.status = kNotAnswered;
+    if (!well) console.note(failureOf(verdict.fault));
 }
 
 void diagnose(Console& console)

@@ -61,7 +61,9 @@ int runCommandLine(Console& console, int argc, const char* const argv[])
     addBusCommands(app, console);
     addAutoreadCommands(app, console);
     addStoredCommands(app, console);
-    addMdbCommand(app, console.status);
+    addMdbCommand(app, [&console](const std::string& reason) {
+        console.fail(Failure::File, QString::fromStdString(reason));
+    });
     addCalibrationCommands(app, console);
     addSettingsCommands(app, console);
     addSettingCommands(app, console);
@@ -69,10 +71,15 @@ int runCommandLine(Console& console, int argc, const char* const argv[])
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kAnswered : kWrongUsage;
+        if (error.get_exit_code() == 0) return app.exit(error); // --help, --version
+        // the options are not taken over when one of them is wrong
+        console.options.json =
+            std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--json"; });
+        console.fail(Failure::Usage, QString::fromStdString(error.what()));
+        console.tell(QStringLiteral("Run with --help for more information."));
     }
     console.finish();
-    return console.status;
+    return static_cast<int>(console.status());
 }
 
 int runControl(int argc, char* argv[], const char* edition)

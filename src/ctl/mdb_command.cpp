@@ -146,7 +146,7 @@ jet::Status answer(const MdbRequest& request)
 
 } // namespace
 
-void addMdbCommand(CLI::App& app, int& exitStatus)
+void addMdbCommand(CLI::App& app, const std::function<void(const std::string& reason)>& fail)
 {
     auto* const command =
         app.add_subcommand("mdb", "List the tables of an Access database file, or print one");
@@ -154,12 +154,11 @@ void addMdbCommand(CLI::App& app, int& exitStatus)
     command->add_option("FILE", request->file, "The database file (.mdb)")->required();
     command->add_option("TABLE", request->table, "The table to print; the list of tables when left out");
     command->add_flag("--json", request->json, "Print JSON instead of CSV");
-    command->callback([request, &exitStatus] {
+    command->callback([request, fail] {
         const auto done = answer(*request);
         const auto lost = unwritten();
         if (done && lost.empty()) return;
-        std::cerr << (lost.empty() ? done.error() : lost) << '\n';
-        exitStatus = 1;
+        fail(lost.empty() ? done.error() : lost);
     });
 }
 

@@ -50,7 +50,7 @@ bool openDirection(Console& console, const Arguments& given)
     const auto& direction = given.direction;
     if (hasDirection(console.instrumentType(), kOffsets[indexOf(direction)].direction))
         return console.openPort(accessFor(given.value));
-    console.fail(kWrongUsage,
+    console.fail(Failure::Usage,
                  QStringLiteral("A readout of type %1 has no %2 direction. Give its type with --type.")
                      .arg(shown(std::string(nameOf(console.instrumentType()))), shown(direction)));
     return false;
@@ -105,7 +105,8 @@ void setReference(Console& console, const ReferenceRow& row, const Arguments& gi
     }
     console.tell(shown(inOneLine(referenceSetText(run))));
     answerOffset(console, given.direction, run.offset);
-    if (const auto counted = countedText(run); !counted.empty()) console.fail(kNotAnswered, shown(counted));
+    if (const auto counted = countedText(run); !counted.empty())
+        console.fail(Failure::Garbled, shown(counted));
 }
 
 void queryReference(Console& console, const ReferenceRow& row, const Arguments& given)
@@ -118,7 +119,7 @@ void queryReference(Console& console, const ReferenceRow& row, const Arguments& 
     }
     if (!isSignedValue(run.offset) || !text::isNumber(run.reading)) {
         console.fail(
-            kNotAnswered,
+            Failure::Garbled,
             QStringLiteral("The readout did not return numbers: the offset \"%1\", the reading \"%2\".")
                 .arg(shown(inOneLine(run.offset)), shown(inOneLine(run.reading))));
         return;
@@ -208,7 +209,7 @@ void wire(Console& console, const Arguments& given)
     const WireParameters wanted{tenthsOf(given.diameter), tenthsOf(given.permittedError),
                                 isOn(given.selfCalibration)};
     if (!fitsWireField(wanted.diameterTenthsMm) || !fitsWireField(wanted.errorTenthsMm)) {
-        console.fail(kWrongUsage, QStringLiteral("Lengths are 0 to 9.9 mm."));
+        console.fail(Failure::Usage, QStringLiteral("Lengths are 0 to 9.9 mm."));
         return;
     }
     if (console.openReadout(Access::Writes) &&
@@ -228,7 +229,7 @@ void clock(Console& console, const Arguments& given)
     if (const auto time = clockOf(reply)) {
         console.answer(text, {{"clock", time->toString(Qt::ISODate)}});
     } else {
-        console.fail(kNotAnswered,
+        console.fail(Failure::Garbled,
                      QStringLiteral("The readout's clock shows no date and time: \"%1\".").arg(text));
     }
 }
@@ -238,7 +239,7 @@ void address(Console& console, const Arguments& given)
     const int wanted = text::integerOf(given.value);
     if (!console.checkReadout()) return;
     if (const auto* error = addressChangeError(console.address(), wanted)) {
-        console.fail(kWrongUsage, error);
+        console.fail(Failure::Usage, error);
         return;
     }
     if (!console.openPort(Access::Writes)) return;
@@ -257,7 +258,7 @@ void reset(Console& console, const Arguments& given)
 {
     if (!given.yes) {
         console.fail(
-            kWrongUsage,
+            Failure::NeedsYes,
             QStringLiteral("A reset overwrites the settings and deletes the stored readings for good. "
                            "Add --yes to do it."));
         return;
@@ -268,7 +269,8 @@ void reset(Console& console, const Arguments& given)
     if (run.ok) {
         console.answer(kResetOk, {{"reset", true}});
     } else {
-        console.fail(kNotAnswered, kResetFailed + shown(" At " + run.where + ": ") + run.why);
+        console.fail(console.failureOfLine().value_or(Failure::Unconfirmed),
+                     kResetFailed + shown(" At " + run.where + ": ") + run.why);
     }
 }
 

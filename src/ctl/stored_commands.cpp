@@ -70,7 +70,8 @@ void showRing(Console& console)
     if (!console.openReadout(Access::Reads)) return;
     Station station(console, {.retries = kOwnRetries});
     const auto ring = station.visit.askRing();
-    if (!ring) return console.fail(kNotAnswered, sentence(ring.error()));
+    if (!ring)
+        return console.fail(console.failureOfLine().value_or(Failure::Garbled), sentence(ring.error()));
     const auto text = sentence(autoread::text(*ring, console.address())).trimmed();
     console.answer(text, autoread::json(*ring, console.address()));
 }
@@ -86,6 +87,13 @@ autoread::Watcher watch(Console& console)
             .remark = [&console](const std::string& text) { console.tell(sentence(text)); }};
 }
 
+/// What a download failed of.
+Failure failureIn(const Console& console, const autoread::Report& report)
+{
+    const bool file = report.fileFailed || report.ending == autoread::Ending::FileFailed;
+    return file ? Failure::File : console.failureOfLine().value_or(Failure::Garbled);
+}
+
 void answerReport(Console& console, const autoread::Report& report)
 {
     const bool begun = report.ending != autoread::Ending::NotBegun;
@@ -99,16 +107,16 @@ void answerReport(Console& console, const autoread::Report& report)
         console.tell(QStringLiteral("The file that was there before is kept as %1.")
                          .arg(sentence(files::inWords(report.keptOld))));
     }
-    if (!report.reason.empty()) console.fail(kNotAnswered, sentence(report.reason));
+    if (!report.reason.empty()) console.fail(failureIn(console, report), sentence(report.reason));
 }
 
 void continueDownload(Console& console, const DownloadOptions& options, Visit& visit)
 {
     const auto plan = visit.plan(pathOf(options.file));
-    if (!plan) return console.fail(kNotAnswered, sentence(plan.error()));
+    if (!plan) return console.fail(console.failureOfLine().value_or(Failure::File), sentence(plan.error()));
     if (plan->isPossible()) console.tell(sentence(plan->words));
     if (plan->needsConsent() && plan->isPossible() && !options.force) {
-        return console.fail(kNotAnswered,
+        return console.fail(Failure::Unsafe,
                             QStringLiteral("Nothing was fetched. Add --force to continue all the same."));
     }
     answerReport(console, visit.continueFile(*plan, watch(console)));
@@ -121,7 +129,7 @@ void download(Console& console, const DownloadOptions& options)
     const bool exists = files::isThere(path);
     if (exists && !options.force && !options.goesOn) {
         return console.fail(
-            kNotAnswered,
+            Failure::Exists,
             QStringLiteral("%1 exists. Add --force to overwrite it, or --continue to go on in it.")
                 .arg(sentence(files::inWords(path))));
     }
@@ -142,7 +150,7 @@ void check(Console& console, const std::vector<std::string>& files)
     Station station(console, {.retries = kOwnRetries});
     const auto result = station.visit.check(pathsOf(files));
     console.answer(sentence(result.words), autoread::json(result));
-    if (!result.safe) console.status = kNotTaken;
+    if (!result.safe) console.note(console.failureOfLine().value_or(Failure::Unsafe));
 }
 
 /// Whether the files hold what would be deleted; says so. @return false when the deletion is not to be.
@@ -152,7 +160,7 @@ bool mayClear(Console& console, const ClearOptions& options, Visit& visit)
     const auto result = visit.check(pathsOf(options.taken));
     console.tell(sentence(result.words));
     if (result.safe || options.force) return true;
-    console.fail(kNotTaken, QStringLiteral("Nothing was deleted."));
+    console.fail(console.failureOfLine().value_or(Failure::Unsafe), QStringLiteral("Nothing was deleted."));
     return false;
 }
 
@@ -160,7 +168,7 @@ void clearRing(Console& console, const ClearOptions& options)
 {
     if (!options.sure) {
         return console.fail(
-            kWrongUsage,
+            Failure::NeedsYes,
             QStringLiteral("This deletes the records stored in the readout. Add --yes to do it."));
     }
     if (!console.openReadout(Access::Writes)) return;
@@ -169,7 +177,7 @@ void clearRing(Console& console, const ClearOptions& options)
     const auto deletion = station.visit.deleteRecords();
     if (deletion.confirmed) console.tell(protocol::kDataDeleted);
     console.tell(sentence(deletion.words));
-    if (!deletion.certain()) console.status = kNotAnswered;
+    if (!deletion.certain()) console.note(console.failureOfLine().value_or(Failure::Unconfirmed));
 }
 
 void addDownload(CLI::App& app, Console& console)

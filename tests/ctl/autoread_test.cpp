@@ -95,7 +95,7 @@ TEST_F(QuorvelctlAutoread, OverwritesOnlyByForce)
     QFile old(file("a.csv"));
     ASSERT_TRUE(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
     old.close();
-    EXPECT_EQ(run({"download", file("a.csv")}).status, 1);
+    EXPECT_EQ(run({"download", file("a.csv")}).status, 6);
     ASSERT_TRUE(old.open(QIODevice::ReadOnly));
     EXPECT_EQ(old.readAll(), "old");
     old.close();
@@ -105,11 +105,11 @@ TEST_F(QuorvelctlAutoread, OverwritesOnlyByForce)
     EXPECT_EQ(old.readLine(), "time,x,y\n");
 }
 
-TEST_F(QuorvelctlAutoread, BrokenLineIsExitStatus1WithTheRecordsKept)
+TEST_F(QuorvelctlAutoread, BrokenLineIsExitStatus4WithTheRecordsKept)
 {
     bus.fault("silent@5/24:1+2");
     const auto download = run({"download", file("a.mdb")});
-    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.status, 4);
     EXPECT_EQ(download.out, "2\n");
     EXPECT_TRUE(download.err.endsWith("\n2 records have been received, Comm Error\n"))
         << qPrintable(download.err);
@@ -120,7 +120,7 @@ TEST_F(QuorvelctlAutoread, PulledAdapterIsSaidOnALineOfItsOwn)
 {
     bus.fault("hangup@5/24:1+2");
     const auto download = run({"download", file("a.mdb")});
-    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.status, 3);
     EXPECT_EQ(download.out, "2\n");
     EXPECT_TRUE(download.err.contains("2 records have been received.\n" + bus.device() + " is gone"))
         << qPrintable(download.err);
@@ -128,7 +128,7 @@ TEST_F(QuorvelctlAutoread, PulledAdapterIsSaidOnALineOfItsOwn)
         << qPrintable(download.err);
 }
 
-TEST_F(QuorvelctlAutoread, SilentReadoutIsExitStatus1)
+TEST_F(QuorvelctlAutoread, SilentReadoutIsExitStatus4)
 {
     bus.fault("silent@*");
     const std::pair<QStringList, QString> commands[] = {
@@ -141,7 +141,7 @@ TEST_F(QuorvelctlAutoread, SilentReadoutIsExitStatus1)
         {{"download", file("a.mdb")}, "Comm Error The readout did not answer.\n"}};
     for (const auto& [arguments, words] : commands) {
         const auto silent = run(arguments);
-        EXPECT_EQ(silent.status, 1) << qPrintable(arguments[0]);
+        EXPECT_EQ(silent.status, 4) << qPrintable(arguments[0]);
         EXPECT_EQ(silent.err, words) << qPrintable(arguments[0]);
         EXPECT_EQ(silent.out, "") << qPrintable(arguments[0]);
     }
@@ -165,7 +165,7 @@ TEST_F(QuorvelctlAutoread, RingThatCannotBeFetchedMakesNoFile)
 {
     bus.command("reply 5 22 :0522000000050007FF");
     const auto download = run({"download", file("a.mdb")});
-    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.status, 5);
     EXPECT_TRUE(download.err.startsWith("The readout reports a ring without slots "))
         << qPrintable(download.err);
     EXPECT_FALSE(QFile::exists(file("a.mdb")));
@@ -215,13 +215,13 @@ TEST_F(QuorvelctlAutoread, UnreadableCountIsNotTakenForAnEmptyRing)
 {
     bus.command("reply 5 22 :0522ABCDEFGHIJKLFF");
     const auto download = run({"download", file("a.mdb")});
-    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.status, 5);
     EXPECT_TRUE(download.err.contains("could not be read")) << qPrintable(download.err);
 }
 
 TEST_F(QuorvelctlAutoread, ClearsOnlyWhenSure)
 {
-    EXPECT_EQ(run({"clear"}).status, 2);
+    EXPECT_EQ(run({"clear"}).status, 6);
     EXPECT_EQ(bus.frames(), QStringList());
     const auto cleared = run({"clear", "--yes"});
     EXPECT_EQ(cleared.status, 0);

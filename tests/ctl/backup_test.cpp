@@ -94,7 +94,7 @@ TEST_F(QuorvelctlSettings, NothingIsSavedOrSetWhileTheTypeIsUnclear)
     for (const QStringList& arguments : {QStringList{"settings", "save", path("b.json")},
                                          {"settings", "restore", path("a.json"), "--yes"}}) {
         const auto ended = run(QStringList({"--address", "33"}) + arguments);
-        EXPECT_EQ(ended.status, 1);
+        EXPECT_EQ(ended.status, 5);
         EXPECT_TRUE(ended.err.startsWith(why)) << qPrintable(ended.err);
     }
     EXPECT_FALSE(QFile::exists(path("b.json")));
@@ -115,7 +115,7 @@ TEST_F(QuorvelctlSettings, AnotherAddressOrTypeIsRefusedButWithForce)
                             R"(,"settings":{"swap":true}})");
         const QStringList arguments{"settings", "restore", path("a.json"), "--yes"};
         const auto refused = run(QStringList({"--address", "33"}) + arguments);
-        EXPECT_EQ(refused.status, 1);
+        EXPECT_EQ(refused.status, 6);
         EXPECT_EQ(refused.err.section('\n', -2, -2), path("a.json") + " is of " + row.words +
                                                          ". Add --force to set readout 33 of type C to it.");
         EXPECT_FALSE(state("switches").value("swap").toBool()) << row.head;
@@ -138,7 +138,7 @@ TEST_F(QuorvelctlSettings, TheTypeOfTheFileIsTakenForAReadoutWithoutZ)
 TEST_F(QuorvelctlSettings, ExistingFileIsOnlyOverwrittenWhenAsked)
 {
     write("a.json", "precious");
-    EXPECT_EQ(runC({"settings", "save", path("a.json")}).status, 2);
+    EXPECT_EQ(runC({"settings", "save", path("a.json")}).status, 6);
     EXPECT_TRUE(saved("a.json").isEmpty());
     EXPECT_EQ(runC({"settings", "save", path("a.json"), "--yes"}).status, 0);
     EXPECT_EQ(saved("a.json").value("format").toString(), "quorvel-settings");
@@ -156,7 +156,7 @@ TEST_F(QuorvelctlSettings, NothingIsSavedWhenASettingCannotBeRead)
         bus.clearFaults();
         bus.fault(QString("garbled@") + row.command);
         const auto save = run({"--address", "12", "--type", "B", "settings", "save", path("a.json")});
-        EXPECT_EQ(save.status, 1) << row.setting;
+        EXPECT_EQ(save.status, 5) << row.setting;
         EXPECT_FALSE(QFile::exists(path("a.json"))) << row.setting;
         EXPECT_TRUE(save.err.contains(QString(row.setting) + ": not read.")) << qPrintable(save.err);
         EXPECT_TRUE(save.err.endsWith("Nothing was saved.\n")) << qPrintable(save.err);
@@ -166,7 +166,7 @@ TEST_F(QuorvelctlSettings, NothingIsSavedWhenASettingCannotBeRead)
 TEST_F(QuorvelctlSettings, SilentReadoutIsGivenUpAtOnce)
 {
     const auto printed = run({"settings", "--address", "77"});
-    EXPECT_EQ(printed.status, 1);
+    EXPECT_EQ(printed.status, 4);
     EXPECT_EQ(printed.out, "");
     EXPECT_EQ(printed.err, "Comm Error The readout did not answer.\nwire: not read.\n");
 }
@@ -175,7 +175,7 @@ TEST_F(QuorvelctlSettings, RestoreAsksFirst)
 {
     write("a.json", R"({"format":"quorvel-settings","settings":{"swap":true}})");
     const auto restore = runC({"settings", "restore", path("a.json")});
-    EXPECT_EQ(restore.status, 1);
+    EXPECT_EQ(restore.status, 6);
     EXPECT_TRUE(restore.err.contains("Set 1 settings of readout 33?")) << qPrintable(restore.err);
     EXPECT_FALSE(state("switches").value("swap").toBool());
 }
@@ -185,7 +185,7 @@ TEST_F(QuorvelctlSettings, ValueThatTheReadoutDoesNotKeepIsReported)
     write("a.json", R"({"format":"quorvel-settings","settings":{"offsetX":"+1.00000","swap":true}})");
     bus.command("reply 33 72 :2172+2.00000FF");
     const auto restore = runC({"settings", "restore", path("a.json"), "--yes"});
-    EXPECT_EQ(restore.status, 1);
+    EXPECT_EQ(restore.status, 5);
     EXPECT_EQ(restore.lines(), QStringList({"offsetX: the readout holds +2.00000 after +1.00000 was set",
                                             "swap: on, verified"}));
 }

@@ -35,7 +35,7 @@ TEST_F(Quorvelctl, SearchOfASilentBusSaysSo)
 {
     bus.fault("silent@01");
     const auto found = run({"search"});
-    EXPECT_EQ(found.status, 1);
+    EXPECT_EQ(found.status, 4);
     EXPECT_EQ(found.out, "");
     EXPECT_EQ(found.err, "No Sensors(or MCU) Found\n");
 }
@@ -60,10 +60,10 @@ TEST_F(Quorvelctl, ReadOfTheThreeDirectionTypeHasZ)
     EXPECT_TRUE(factory.out.contains("Z1: ") && factory.out.contains("Z2: ")) << qPrintable(factory.out);
 }
 
-TEST_F(Quorvelctl, ASilentReadoutIsExitStatus1)
+TEST_F(Quorvelctl, ASilentReadoutIsExitStatus4)
 {
     const auto read = run({"read", "--address", "77"});
-    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.status, 4);
     EXPECT_EQ(read.out, "");
     EXPECT_EQ(read.err, "readout 77 did not answer with the 29 characters of a reading.\n");
 }
@@ -83,7 +83,7 @@ TEST_F(Quorvelctl, WatchGoesOnAfterAReadingThatFailed)
 {
     bus.fault("silent@2101:1");
     const auto watched = run({"watch", "--address", "5", "--every", "2", "--count", "2"});
-    EXPECT_EQ(watched.status, 1);
+    EXPECT_EQ(watched.status, 4);
     EXPECT_EQ(watched.lines().size(), 1) << qPrintable(watched.out);
     EXPECT_TRUE(watched.err.contains("did not answer")) << qPrintable(watched.err);
 }
@@ -93,7 +93,7 @@ TEST_F(Quorvelctl, TraceHoldsEveryFrameAndItsAnswer)
     const QTemporaryDir folder;
     const auto path = folder.filePath("a.jsonl");
     EXPECT_EQ(run({"--trace", path, "read", "--address", "5"}).status, 0);
-    EXPECT_EQ(run({"--trace", path, "offset", "X", "--address", "7"}).status, 1);
+    EXPECT_EQ(run({"--trace", path, "offset", "X", "--address", "7"}).status, 4);
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     QStringList told;
@@ -133,7 +133,7 @@ TEST_F(Quorvelctl, ReadOnlySendsNothingThatWouldChangeAReadout)
                                   {"address", "7"},
                                   {"auto", "--set", "1m"}}) {
         const auto ended = run(QStringList{"--read-only", "--address", "5"} + arguments);
-        EXPECT_EQ(ended.status, 1) << qPrintable(arguments.join(' '));
+        EXPECT_EQ(ended.status, 6) << qPrintable(arguments.join(' '));
         EXPECT_TRUE(ended.err.contains(refused)) << qPrintable(ended.err);
     }
     EXPECT_TRUE(bus.frames().isEmpty()) << qPrintable(bus.frames().join(' '));
@@ -187,7 +187,7 @@ TEST_F(Quorvelctl, PortsListsTheNamedPortFirst)
 TEST(QuorvelctlWithoutBus, NamesAMissingPort)
 {
     const auto ended = runProgram("quorvelctl", {"--port", "/dev/ttyNowhere", "search"});
-    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.status, 3);
     EXPECT_TRUE(ended.err.contains("/dev/ttyNowhere does not exist")) << qPrintable(ended.err);
 }
 

@@ -100,17 +100,19 @@ TEST_F(QuorvelctlCalibration, MeasurementThatFailsChangesNothing)
     struct Row {
         const char* fault;
         const char* told;
+        int status;
     };
     calibrate("X", {"measure", "--point", "0", "--dial", "0.5"});
     const auto before = calibrate("X", {"show"}).out;
-    for (const auto& [fault, told] :
-         {Row{"silent@2101", "Nothing was measured: the readout did not answer.\n"},
-          Row{"short@2101", "Nothing was measured: 28 characters came instead of 27 or 29.\n"},
-          Row{"badnumber@2101", "is not a reading for a column X_Data"}, Row{"hangup@2101", "is gone"}}) {
+    for (const auto& [fault, told, status] :
+         {Row{"silent@2101", "Nothing was measured: the readout did not answer.\n", 4},
+          Row{"short@2101", "Nothing was measured: 28 characters came instead of 27 or 29.\n", 5},
+          Row{"badnumber@2101", "is not a reading for a column X_Data", 5},
+          Row{"hangup@2101", "is gone", 3}}) {
         bus.clearFaults();
         bus.fault(fault);
         const auto measured = calibrate("X", {"measure", "--point", "0", "--dial", "9"});
-        EXPECT_EQ(measured.status, 1) << fault;
+        EXPECT_EQ(measured.status, status) << fault;
         EXPECT_EQ(measured.out, "") << fault;
         EXPECT_TRUE(measured.err.contains(told)) << qPrintable(measured.err);
         EXPECT_EQ(calibrate("X", {"show"}).out, before) << fault;
@@ -139,17 +141,17 @@ TEST_F(QuorvelctlCalibration, PointsThatAreMissingAreNeitherFittedNorSent)
     EXPECT_TRUE(bus.frames().isEmpty());
 }
 
-TEST_F(QuorvelctlCalibration, DownloadThatIsNotRepeatedIsExitStatus1)
+TEST_F(QuorvelctlCalibration, DownloadThatIsNotRepeatedIsExitStatus5)
 {
     measureAll("X", "5", {"x"});
     bus.fault("echo@6111");
     const auto other = calibrate("X", {"download"});
-    EXPECT_EQ(other.status, 1);
+    EXPECT_EQ(other.status, 5);
     EXPECT_EQ(other.err, "X向标定参数下载失败！\n");
     bus.clearFaults();
     bus.fault("long@6111");
     const auto longer = calibrate("X", {"download"});
-    EXPECT_EQ(longer.status, 1);
+    EXPECT_EQ(longer.status, 5);
     EXPECT_EQ(longer.err, "X_Data: no complete echo, 188 characters came instead of 187.\n");
 }
 
@@ -158,7 +160,7 @@ TEST_F(QuorvelctlCalibration, DownloadEndsWithAnAdapterThatIsPulled)
     measureAll("Z", "33", {"z1", "z2"});
     bus.fault("hangup@780111");
     const auto download = calibrate("Z", {"download"}, "33");
-    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.status, 3);
     EXPECT_EQ(download.out, "");
     EXPECT_TRUE(download.err.contains("is gone")) << qPrintable(download.err);
     EXPECT_EQ(download.err.count('\n'), 1) << "one reason for all: " << qPrintable(download.err);
@@ -194,16 +196,16 @@ TEST_F(QuorvelctlCalibration, StitchingLocationOfAnotherLengthIsNotSent)
     EXPECT_TRUE(bus.frames().isEmpty());
 }
 
-TEST_F(QuorvelctlCalibration, StitchingThatIsNotAnsweredIsExitStatus1)
+TEST_F(QuorvelctlCalibration, StitchingThatIsNotConfirmedOrNotAnsweredIsToldApart)
 {
     bus.fault("echo@7821");
     const auto other = run({"stitching", "--set", "1234"}, "33");
-    EXPECT_EQ(other.status, 1);
+    EXPECT_EQ(other.status, 5);
     EXPECT_EQ(other.err, "The readout repeated something else.\n");
     bus.clearFaults();
     bus.fault("silent@7822");
     const auto silent = run({"stitching"}, "33");
-    EXPECT_EQ(silent.status, 1);
+    EXPECT_EQ(silent.status, 4);
     EXPECT_EQ(silent.err, "Comm Error The readout did not answer.\n");
 }
 

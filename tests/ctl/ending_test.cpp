@@ -112,7 +112,7 @@ TEST_F(QuorvelctlEnds, GarbledCharactersAreNotAReading)
 {
     bus.fault("badnumber@2101");
     start({"read"});
-    EXPECT_EQ(ended(), 1);
+    EXPECT_EQ(ended(), 5);
     EXPECT_TRUE(process.readAllStandardOutput().isEmpty());
     const auto told = QString::fromUtf8(process.readAllStandardError());
     EXPECT_TRUE(told.endsWith("which is not a reading.\n")) << qPrintable(told);

@@ -50,9 +50,9 @@ protected:
         return read.readAll();
     }
     /// Not answered, with these words, and nothing was asked.
-    void expectRefused(const ProgramRun& refused, const QString& words)
+    void expectRefused(const ProgramRun& refused, const QString& words, int status)
     {
-        EXPECT_EQ(refused.status, 1);
+        EXPECT_EQ(refused.status, status);
         EXPECT_EQ(refused.out, "");
         EXPECT_THAT(refused.err.toStdString(), HasSubstr(words.toStdString()));
         EXPECT_EQ(bus.frames(), QStringList()) << "pixels were read for nothing";
@@ -133,21 +133,21 @@ TEST_F(QuorvelctlGrayscale, SavesTheChartInBothFormatsBesideTheData)
     EXPECT_EQ(names(), (QStringList{"x.csv", "x.jpg", "x.png"}));
 }
 
-TEST_F(QuorvelctlGrayscale, SilentReadoutIsExitStatus1AndLeavesNoFile)
+TEST_F(QuorvelctlGrayscale, SilentReadoutIsExitStatus4AndLeavesNoFile)
 {
     bus.fault("silent@65");
     const auto read = runX({"--data", file("x.mdb"), "--chart", file("x.jpg")});
-    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.status, 4);
     EXPECT_EQ(read.out, "");
     EXPECT_TRUE(read.err.endsWith("Readout 5 did not answer, or not completely.\n")) << qPrintable(read.err);
     EXPECT_EQ(names(), QStringList());
 }
 
-TEST_F(QuorvelctlGrayscale, MalformedReplyIsExitStatus1ForZ1Too)
+TEST_F(QuorvelctlGrayscale, MalformedReplyIsExitStatus5ForZ1Too)
 {
     bus.fault("count@7803");
     const auto read = run({"--address", "12", "--type", "C", "--direction", "Z1", "--data", file("z.csv")});
-    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.status, 5);
     EXPECT_EQ(read.err, "Readout 12 gave an answer that is not a grayscale reading.\n");
     EXPECT_EQ(names(), QStringList());
 }
@@ -163,7 +163,7 @@ TEST_F(QuorvelctlGrayscale, OverwritesOnlyByForce)
              {"--data", "x.mdb"}, {"--data", "x.csv"}, {"--chart", "x.jpg"}, {"--chart", "x.png"}}) {
         put(name, "old");
         const QStringList arguments{option, file(name)};
-        expectRefused(runX(arguments), file(name) + " exists. Add --force to overwrite it.");
+        expectRefused(runX(arguments), file(name) + " exists. Add --force to overwrite it.", 6);
         EXPECT_EQ(contents(name), "old");
         EXPECT_EQ(runX(arguments + QStringList{"--force"}).status, 0);
         EXPECT_EQ(bus.frames(), QStringList{":0565FF"});
@@ -174,13 +174,14 @@ TEST_F(QuorvelctlGrayscale, OverwritesOnlyByForce)
 TEST_F(QuorvelctlGrayscale, AFileThatCannotBeWrittenIsToldBeforeTheReading)
 {
     for (const QString name : {"missing/x.mdb", "missing/x.csv"}) {
-        expectRefused(runX({"--data", file(name), "--force"}), file(name));
+        expectRefused(runX({"--data", file(name), "--force"}), file(name), 1);
     }
-    expectRefused(runX({"--data", file("x.csv"), "--chart", file("missing/x.jpg")}), file("missing/x.jpg"));
-    expectRefused(runX({"--chart", "/proc/x.png"}), "/proc/x.png");
+    expectRefused(runX({"--data", file("x.csv"), "--chart", file("missing/x.jpg")}), file("missing/x.jpg"),
+                  1);
+    expectRefused(runX({"--chart", "/proc/x.png"}), "/proc/x.png", 1);
     const HeldFile holder(file("held.mdb").toStdString());
     expectRefused(runX({"--data", file("held.mdb"), "--force"}),
-                  file("held.mdb") + " is open in another program.");
+                  file("held.mdb") + " is open in another program.", 1);
     EXPECT_EQ(names(), QStringList{"held.mdb"});
 }
 

@@ -46,14 +46,14 @@ TEST_F(QuorvelctlStored, RingIsShown)
     EXPECT_TRUE(ring.value("last").toObject().value("z2").isDouble());
     EXPECT_TRUE(ring.value("clock").toObject().value("aheadSeconds").isDouble());
     bus.fault("silent@5/22");
-    EXPECT_EQ(run({"ring"}).status, 1);
+    EXPECT_EQ(run({"ring"}).status, 4);
 }
 
 TEST_F(QuorvelctlStored, BrokenDownloadGoesOnWhereItEnded)
 {
     ASSERT_EQ(run({"download", file("through.csv")}).status, 0);
     bus.fault("silent@5/24:1+3");
-    EXPECT_EQ(run({"download", file("a.csv")}).status, 1);
+    EXPECT_EQ(run({"download", file("a.csv")}).status, 4);
     const auto rest = run({"download", "--continue", file("a.csv")});
     EXPECT_EQ(rest.status, 0) << qPrintable(rest.err);
     EXPECT_EQ(rest.out, "5\n");
@@ -72,7 +72,7 @@ TEST_F(QuorvelctlStored, ContinuingWithAGapNeedsForce)
     bus.command("take 5 2");
     const auto before = content("a.csv");
     const auto asked = run({"download", "--continue", file("a.csv")});
-    EXPECT_EQ(asked.status, 1);
+    EXPECT_EQ(asked.status, 6);
     EXPECT_TRUE(asked.err.contains("The readout no longer holds the last record of the file"))
         << qPrintable(asked.err);
     EXPECT_TRUE(asked.err.endsWith("Nothing was fetched. Add --force to continue all the same.\n"));
@@ -118,7 +118,7 @@ TEST_F(QuorvelctlStored, ReplyOfAnotherSlotIsNotStored)
 {
     bus.fault("slot@5/24:1+3");
     const auto download = run({"download", file("a.csv")});
-    EXPECT_EQ(download.status, 1);
+    EXPECT_EQ(download.status, 5);
     EXPECT_EQ(download.out, "3\n");
     EXPECT_TRUE(download.err.contains(
         "Record 0003 was asked for, but the reply is not its answer: it is of slot 0004."))
@@ -177,7 +177,7 @@ TEST_F(QuorvelctlStored, CheckAndClearGoByTheFile)
 
 TEST_F(QuorvelctlStored, ClearByForceDeletesAllTheSame)
 {
-    EXPECT_EQ(run({"clear", "--taken", file("missing.csv")}).status, 2);
+    EXPECT_EQ(run({"clear", "--taken", file("missing.csv")}).status, 6);
     EXPECT_EQ(run({"clear", "--yes", "--taken", file("missing.csv")}).status, 6);
     EXPECT_EQ(stored(5), 8);
     EXPECT_EQ(run({"clear", "--yes", "--force", "--taken", file("missing.csv")}).status, 0);
@@ -190,7 +190,7 @@ TEST_F(QuorvelctlStored, OtherCharactersAreNoDeletion)
 {
     bus.fault("garbled@5/25");
     const auto cleared = run({"clear", "--yes"});
-    EXPECT_EQ(cleared.status, 1);
+    EXPECT_EQ(cleared.status, 5);
     EXPECT_FALSE(cleared.err.contains("Data Deleted"));
     EXPECT_TRUE(cleared.err.startsWith("Readout 5 answered the deletion with other characters, "))
         << qPrintable(cleared.err);

@@ -105,7 +105,7 @@ TEST_F(QuorvelctlUsage, MeasuringWithoutAddressMakesNoFile)
 TEST_F(QuorvelctlUsage, AFileThatExistsIsToldBeforeThePortIsOpened)
 {
     const auto ended = run({"download", there, "--address", "5"});
-    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.status, 6);
     EXPECT_TRUE(ended.err.contains("--force")) << qPrintable(ended.err);
 }
 
