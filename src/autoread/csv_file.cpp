@@ -176,7 +176,7 @@ std::optional<Record> recordOf(std::string_view line, const RecordLayout& layout
     bool right = record.time.has_value() || cells[0].empty();
     for (std::size_t i = 0; i < layout.readings; ++i) {
         const auto& cell = cells[i + 1];
-        if (text::isNumber(cell)) record.readings[i] = static_cast<float>(text::Val(cell));
+        if (text::isNumber(cell)) record.readings[i] = protocol::asReading(text::Val(cell));
         right = right && (record.readings[i].has_value() || cell.empty());
     }
     return right ? std::optional(record) : std::nullopt;

@@ -81,7 +81,7 @@ Record recordIn(jet::Recordset& rows, const RecordLayout& layout)
     Record record{rows.Fields(0).Value().date(), {}};
     for (std::size_t i = 0; i < layout.readings; ++i) {
         const auto number = rows.Fields(static_cast<int>(i) + 1).Value().number();
-        if (number) record.readings[i] = static_cast<float>(*number);
+        if (number) record.readings[i] = protocol::asReading(*number);
     }
     return record;
 }

@@ -54,12 +54,16 @@ std::optional<float> readingOf(std::string_view field)
 {
     if (!text::isNumber(field) || field.find_first_of("\r\n\t") != std::string_view::npos)
         return std::nullopt;
-    const double value = text::Val(field);
-    if (std::abs(value) > static_cast<double>(std::numeric_limits<float>::max())) return std::nullopt;
-    return static_cast<float>(value);
+    return asReading(text::Val(field));
 }
 
 } // namespace
+
+std::optional<float> asReading(double number)
+{
+    const bool fits = std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max());
+    return fits ? std::optional(static_cast<float>(number)) : std::nullopt;
+}
 
 link::Transaction recordFetch(std::string_view addressDigits, int slot, const RecordLayout& layout)
 {

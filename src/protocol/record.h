@@ -57,6 +57,9 @@ struct Record {
     bool operator==(const Record&) const = default;
 };
 
+/// A number as records hold it; nothing when single precision cannot hold it, or it is none.
+std::optional<float> asReading(double number);
+
 /// A field of a reply that could not be read.
 struct Unreadable {
     std::string_view field; ///< "time", or the name of a reading

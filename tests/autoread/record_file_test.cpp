@@ -248,6 +248,35 @@ TEST_F(RecordFile, DatabaseThatIsOpenInAccessIsNotReplaced)
     EXPECT_EQ(names(), (QStringList{"a.ldb", "a.mdb"}));
 }
 
+TEST_F(RecordFile, TextWithANumberThatNoReadingHasIsNotRead)
+{
+    put("a.csv", "time,x,y\n2024-02-29T23:59:58,1E38,-1E38\n2024-02-29T23:59:59,1E39,0\n");
+    const auto table = readRecordFile(path("a.csv"));
+    ASSERT_FALSE(table) << *table->rows.back().readings[0];
+    EXPECT_THAT(table.error(), ::testing::HasSubstr("a.csv, line 3, is not a row that a download writes."));
+}
+
+TEST_F(RecordFile, NumberInADatabaseThatNoReadingHasIsAnEmptyField)
+{
+    auto made = jet::CreateDatabase(path("a.mdb"), jet::kGeneralLocale);
+    ASSERT_TRUE(made) << made.error();
+    jet::TableDef table("data");
+    table.Append({"time", jet::FieldType::Date});
+    table.Append({"x", jet::FieldType::Double});
+    table.Append({"y", jet::FieldType::Double});
+    ASSERT_TRUE(made->Append(table));
+    auto rows = made->OpenRecordset("data");
+    rows->AddNew();
+    rows->Fields("x").SetValue(-1e39);
+    rows->Fields("y").SetValue(1.5);
+    ASSERT_TRUE(rows->Update());
+    ASSERT_TRUE(made->Close());
+    const auto read = readRecordFile(path("a.mdb"));
+    ASSERT_TRUE(read) << read.error();
+    ASSERT_EQ(read->rows.size(), 1U);
+    EXPECT_EQ(read->rows[0], (Record{std::nullopt, {std::nullopt, 1.5F}}));
+}
+
 TEST_F(RecordFile, DatabaseHasTheTypesOfItsFields)
 {
     ASSERT_TRUE(createRecordFile(path("a.mdb"), kThreeDirections, Existing::Keep));

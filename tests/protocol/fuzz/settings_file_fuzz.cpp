@@ -1,5 +1,7 @@
+#include "link/address.h"
 #include "protocol/command.h"
 #include "protocol/meaning.h"
+#include "protocol/settings_file.h"
 #include "protocol/snapshot.h"
 #include "support/fuzz_input.h"
 
@@ -8,8 +10,8 @@
 
 #include <algorithm>
 
-/// Takes any bytes for a settings file, makes the commands that restore it, and checks that only frames of the right
-/// form go out.
+/// Takes any bytes for a settings file, reads of which readout it is, makes the commands that restore it, and checks that
+/// only frames of the right form go out.
 namespace quorvel::protocol {
 namespace {
 
@@ -57,12 +59,44 @@ void holdSettings(const QJsonObject& values)
     }
 }
 
+void holdReason(const QString& reason)
+{
+    promised(!reason.isEmpty(), "a reason");
+    promised(std::ranges::none_of(reason, [](QChar c) { return c.category() == QChar::Other_Control; }),
+             "a reason in one line");
+}
+
+/// What decides whether a readout may be set to a file.
+void holdReadout(const SettingsFile& file)
+{
+    promised(file.address == 0 || link::isAddress(file.address), "an address of the bus, or none");
+    promised(!file.settings.isEmpty(), "at least one setting");
+    const auto type = file.type.value_or(link::TypeD);
+    promised(ofAnother(file, file.address, type).isEmpty(), "a file fits the readout that it is of");
+    promised(ofAnother(file, 250, type).isEmpty() == (file.address == 0), "another address is noticed");
+    const auto otherType = type == link::TypeC ? link::TypeA : link::TypeC;
+    promised(ofAnother(file, file.address, otherType).isEmpty() == !file.type, "another type is noticed");
+
+    const auto again = settingsIn(textOf(file));
+    const auto* same = std::get_if<SettingsFile>(&again);
+    promised(same && same->address == file.address && same->type == file.type,
+             "what was read is saved as it is");
+}
+
 } // namespace
 } // namespace quorvel::protocol
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    using namespace quorvel::protocol;
     const auto bytes = QByteArray(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    quorvel::protocol::holdSettings(QJsonDocument::fromJson(bytes).object().value("settings").toObject());
+    const auto read = settingsIn(bytes);
+    if (const auto* file = std::get_if<SettingsFile>(&read)) {
+        holdReadout(*file);
+    } else {
+        holdReason(std::get<QString>(read));
+    }
+    // also those of a file that is refused: what checks a setting does not count on the rest of the file
+    holdSettings(QJsonDocument::fromJson(bytes).object().value("settings").toObject());
     return 0;
 }
