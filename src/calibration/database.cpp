@@ -29,12 +29,13 @@ const DirectionRow* directionNamed(const path& file)
     return name.ends_with("Direction") ? directionOf(QString(QLatin1Char(name.front()))) : nullptr;
 }
 
-jet::TableDef newTable(const path& file)
+/// @param direction  null: no columns of readings
+jet::TableDef newTable(const DirectionRow* direction)
 {
     auto table = jet::Database::CreateTableDef(std::string(kTable));
     table.Append(table.CreateField(std::string(kNumberName), FieldType::Integer));
     table.Append(table.CreateField(std::string(kDialName), FieldType::Single));
-    if (const auto* direction = directionNamed(file)) {
+    if (direction) {
         for (const auto& reading : direction->readings) {
             table.Append(table.CreateField(std::string(reading.name), FieldType::Single));
         }
@@ -50,6 +51,19 @@ jet::Status addPoint(jet::Recordset& rows, int number)
     rows.Edit();
     rows.Fields(kNumberName).SetValue(static_cast<std::int16_t>(number));
     return rows.Update();
+}
+
+jet::Status createFile(const DirectionRow* direction, const path& file)
+{
+    auto database = jet::CreateDatabase(file, jet::kGeneralLocale);
+    if (!database) return database.failure();
+    if (auto done = database->Append(newTable(direction)); !done) return done;
+    auto rows = database->OpenRecordset(kTable);
+    if (!rows) return rows.failure();
+    for (int number = 0; number < kPoints; ++number) {
+        if (auto done = addPoint(*rows, number); !done) return done;
+    }
+    return database->Close();
 }
 
 bool isNumeric(FieldType type)
@@ -132,17 +146,11 @@ std::string lacking(const std::vector<FieldDef>& fields, const DirectionRow& dir
 
 } // namespace
 
-jet::Status CreateCalibrationDatabase(const path& file)
+jet::Status CreateCalibrationDatabase(const path& file) { return createFile(directionNamed(file), file); }
+
+jet::Status createTableOf(const DirectionRow& direction, const path& file)
 {
-    auto database = jet::CreateDatabase(file, jet::kGeneralLocale);
-    if (!database) return database.failure();
-    if (auto done = database->Append(newTable(file)); !done) return done;
-    auto rows = database->OpenRecordset(kTable);
-    if (!rows) return rows.failure();
-    for (int number = 0; number < kPoints; ++number) {
-        if (auto done = addPoint(*rows, number); !done) return done;
-    }
-    return database->Close();
+    return createFile(&direction, file);
 }
 
 jet::Result<std::vector<FieldDef>> calibrationFields(const jet::Database& database, const path& file)

@@ -23,6 +23,9 @@ inline constexpr std::string_view kRecordSource = "Select * from Calibration ord
 /// Fails when something of that name exists, and when it cannot be written; nothing is left then.
 jet::Status CreateCalibrationDatabase(const std::filesystem::path& path);
 
+/// The same with the columns of this direction, whatever the name.
+jet::Status createTableOf(const DirectionRow& direction, const std::filesystem::path& path);
+
 /// The columns of the table `Calibration`.
 /// @return fails when there is no such table, or when its columns do not begin with SN, Rule_Data and a reading
 ///         column, all of numbers.

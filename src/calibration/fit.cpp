@@ -9,6 +9,8 @@ namespace quorvel::calibration {
 
 namespace {
 
+constexpr double kHalfMicrometre = 0.0005; // mm
+
 /// A sum in single precision.
 void add(float& sum, double term) { sum = static_cast<float>(static_cast<double>(sum) + term); }
 
@@ -66,9 +68,52 @@ std::optional<Fit> fitLine(const Points& points)
     return fit;
 }
 
+// About the means, so that large dial readings with small steps lose nothing.
+std::optional<ExactFit> fitExactly(const Points& points)
+{
+    if (allDialsEqual(points)) return std::nullopt;
+    double meanX = 0;
+    double meanY = 0;
+    for (const auto& [x, y] : points) {
+        meanX += static_cast<double>(x) / kPoints;
+        meanY += static_cast<double>(y) / kPoints;
+    }
+    double sxy = 0;
+    double sxx = 0;
+    for (const auto& [x, y] : points) {
+        sxy += (x - meanX) * (y - meanY);
+        sxx += (x - meanX) * (x - meanX);
+    }
+    ExactFit fit{.slope = sxy / sxx, .intercept = meanY - sxy / sxx * meanX};
+    double squares = 0;
+    for (const auto& [x, y] : points) {
+        const double e = y - (fit.slope * x + fit.intercept);
+        fit.maxError = std::max(fit.maxError, std::fabs(e));
+        squares += e * e;
+    }
+    fit.nonlinearError = std::sqrt(squares / (kPoints - 1));
+    return fit;
+}
+
 std::string lineText(const Fit& fit)
 {
     return "Y=" + text::format(fit.slope, "#0.0000") + "*X+(" + text::format(fit.intercept, "#0.000") + ")";
+}
+
+std::string lineText(const ExactFit& fit)
+{
+    return "Y=" + text::format(fit.slope, "#0.0000") + "*X+(" + text::format(fit.intercept, "#0.000") + ")";
+}
+
+bool losesDigits(const Fit& fit, const ExactFit& exact, const Points& points)
+{
+    const bool isOff = std::any_of(points.begin(), points.end(), [&](const Point& point) {
+        const double x = point.dial;
+        return std::fabs(static_cast<double>(fit.slope) * x + fit.intercept -
+                         (exact.slope * x + exact.intercept)) > kHalfMicrometre;
+    });
+    return isOff || std::fabs(fit.maxError - exact.maxError) > kHalfMicrometre ||
+           std::fabs(fit.nonlinearError - exact.nonlinearError) > kHalfMicrometre;
 }
 
 std::string fitText(const Fit& fit)

@@ -31,8 +31,23 @@ inline constexpr auto kNoLine = "No line can be fitted: the dial readings (Rule_
 /// @return nothing when no line can be fitted: all dial readings equal, or sums beyond single precision.
 std::optional<Fit> fitLine(const Points& points);
 
+/// The same line in double precision throughout.
+struct ExactFit {
+    double slope = 0;
+    double intercept = 0;      ///< mm
+    double nonlinearError = 0; ///< mm
+    double maxError = 0;       ///< mm
+};
+
+/// @return nothing when all dial readings are equal.
+std::optional<ExactFit> fitExactly(const Points& points);
+
 /// "Y=" slope "*X+(" intercept ")", as in fitText().
 std::string lineText(const Fit& fit);
+std::string lineText(const ExactFit& fit);
+
+/// True when single precision lost so much that it shows: the line or an error is off by more than half a micrometre.
+bool losesDigits(const Fit& fit, const ExactFit& exact, const Points& points);
 
 /// The two lines of the result as the window shows them, parted by CR LF. They begin with "X: " in every direction.
 std::string fitText(const Fit& fit);

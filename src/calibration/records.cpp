@@ -26,6 +26,13 @@ int columnOf(const std::vector<jet::FieldDef>& fields, std::string_view name)
     return found == fields.end() ? -1 : static_cast<int>(found - fields.begin());
 }
 
+std::optional<double> singleIn(const Records& records, int row, int column)
+{
+    const bool there = row >= 0 && row < records.rowCount() && column >= 0 &&
+                       column < static_cast<int>(records.fields().size());
+    return there ? single(records.value(row, column)) : std::nullopt;
+}
+
 std::optional<Points> pointsOf(const Records& records, int readingColumn)
 {
     const bool there = readingColumn >= 0 && readingColumn < static_cast<int>(records.fields().size());

@@ -51,6 +51,10 @@ inline constexpr std::string_view kDialName = "Rule_Data";
 /// Position of a column, its name in any case; -1 when there is none.
 int columnOf(const std::vector<jet::FieldDef>& fields, std::string_view name);
 
+/// The number of a cell in single precision, as the fit and the download use it. @return nothing when there is no such
+/// cell, it is Null or not a finite number.
+std::optional<double> singleIn(const Records& records, int row, int column);
+
 /// The first points of the table, readings from the column given.
 /// @return nothing when there are too few rows, no such column, or a value that is Null or not a finite number in
 ///         single precision.

@@ -201,9 +201,9 @@ Result<fs::path> replaceFile(const fs::path& chosen, const Make& make, const Rep
     return replaced;
 }
 
-Status replaceContent(const fs::path& chosen, std::string_view content)
+Status replaceContent(const fs::path& chosen, std::string_view content, const Replacing& how)
 {
-    const auto replaced = replaceFile(chosen, [&](const fs::path& fresh) -> Status {
+    const auto make = [&](const fs::path& fresh) -> Status {
         std::error_code error;
         OpenFile file(fresh, OpenFile::How::New, error);
         if (!file.isOpen()) return notWritten(fresh, error);
@@ -212,7 +212,8 @@ Status replaceContent(const fs::path& chosen, std::string_view content)
         file = OpenFile();
         removeOurs(fresh);
         return notWritten(fresh, error);
-    });
+    };
+    const auto replaced = replaceFile(chosen, make, how);
     return replaced ? Status() : Status(replaced.failure());
 }
 

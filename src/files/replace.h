@@ -33,7 +33,8 @@ Result<std::filesystem::path> replaceFile(const std::filesystem::path& chosen, c
                                           const Replacing& how = {});
 
 /// As replaceFile(), with this content.
-Status replaceContent(const std::filesystem::path& chosen, std::string_view content);
+Status replaceContent(const std::filesystem::path& chosen, std::string_view content,
+                      const Replacing& how = {});
 
 /// As replaceFile(), with the content of another file. Nothing happens when both are the same file.
 Result<std::filesystem::path> replaceByCopy(const std::filesystem::path& from,

@@ -3,6 +3,7 @@
 #include "text/number.h"
 #include "text/reply.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace quorvel::protocol {
@@ -43,13 +44,19 @@ link::Transaction tableDownload(Sensor sensor, std::string_view addressDigits, c
 
 int echoLength(Sensor sensor) { return command(tableOf(sensor).command).reply.count; }
 
+double echoDifference(Sensor sensor, std::string_view frame, std::string_view echo)
+{
+    double largest = 0;
+    for (int k = 0; k < kValues; ++k) {
+        largest = std::max(largest, std::fabs(valueAt(sensor, frame, k) - valueAt(sensor, echo, k)));
+    }
+    return largest;
+}
+
 bool echoAgrees(Sensor sensor, std::string_view frame, std::string_view echo)
 {
-    if (static_cast<int>(frame.size()) != echoLength(sensor)) return false;
-    for (int k = 0; k < kValues; ++k) {
-        if (std::fabs(valueAt(sensor, frame, k) - valueAt(sensor, echo, k)) >= kTolerance) return false;
-    }
-    return true;
+    return static_cast<int>(frame.size()) == echoLength(sensor) &&
+           echoDifference(sensor, frame, echo) < kTolerance;
 }
 
 } // namespace quorvel::protocol

@@ -56,6 +56,10 @@ link::Transaction tableDownload(Sensor sensor, std::string_view addressDigits, c
 /// Characters of a frame of eight-character values, and so of its echo: 187, for Z1 and Z2 189.
 int echoLength(Sensor sensor);
 
+/// The largest difference between a value of the frame and the same of the echo, both read as numbers, so that what is not
+/// a number counts as 0.
+double echoDifference(Sensor sensor, std::string_view frame, std::string_view echo);
+
 /// True when the frame has echoLength() characters, and each of the 22 values of the echo differs from the one sent by
 /// less than 0.01. Both are read as numbers, so what is not a number counts as 0.
 bool echoAgrees(Sensor sensor, std::string_view frame, std::string_view echo);
