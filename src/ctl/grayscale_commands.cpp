@@ -3,6 +3,7 @@
 #include "ctl/console.h"
 #include "grayscale/drawthart.h"
 #include "grayscale/pixelfile.h"
+#include "grayscale/verdict.h"
 #include "protocol/answer.h"
 
 #include <QFileInfo>
@@ -56,11 +57,13 @@ bool mayWrite(Console& console, const GrayscaleOptions& options)
     return true;
 }
 
-bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array)
+/// @param damaged  takes the numbers of the pixels that arrived damaged.
+bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array, std::vector<int>& damaged)
 {
     const auto exchange = console.module1().transact(grayscaleQuery(row, console.bench().addressDigits()));
     const auto read = exchange.complete() ? readGrayscale(row, exchange.reply, array) : GrayscaleReply();
-    if (read.notHex > 0) console.tell(QStringLiteral("%1 pixels arrived damaged.").arg(read.notHex));
+    damaged = read.damaged;
+    if (!damaged.empty()) console.tell(QStringLiteral("%1 pixels arrived damaged.").arg(damaged.size()));
     if (read.good) return true;
     console.fail(failureOf(exchange),
                  QStringLiteral("Readout %1 %2")
@@ -71,19 +74,24 @@ bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array)
     return false;
 }
 
-void answerPixels(Console& console, const GrayscaleRow& row, const PixelArray& array)
+void answerPixels(Console& console, const GrayscaleRow& row, const PixelArray& array,
+                  const std::vector<int>& damaged)
 {
+    const auto pixels = array.pixels();
+    const auto figures = profileFigures(std::vector<double>(pixels.begin(), pixels.end()), damaged,
+                                        nameOf(row.sensor), console.bench().instrumentType);
     QJsonArray values;
     QString rows = QStringLiteral("sn,hd");
     int number = 0;
-    for (const int value : array.pixels()) {
+    for (const int value : pixels) {
         values << value;
         rows += QStringLiteral("\n%1,%2").arg(++number).arg(value);
     }
     console.answer(rows, {{"address", console.address()},
                           {"direction", QString::fromStdString(std::string(nameOf(row.sensor)))},
                           {"count", array.count()},
-                          {"pixels", values}});
+                          {"pixels", values},
+                          {"figures", toJson(figures)}});
 }
 
 QString saveChartOf(Console& console, const GrayscaleRow& row, const PixelArray& array, const QString& file)
@@ -109,13 +117,15 @@ void readGrayscale(Console& console, const GrayscaleOptions& options)
 {
     const auto& row = *findGrayscale(options.direction);
     PixelArray array;
+    std::vector<int> damaged;
     if (!console.checkReadout() || !mayWrite(console, options)) return;
-    if (!console.openPort(Access::Reads) || !fetchPixels(console, row, array)) return;
+    if (!console.openPort(Access::Reads) || !fetchPixels(console, row, array, damaged)) return;
     const auto data = fileName(options.data);
     const auto chart = fileName(options.chart);
     if (!data.isEmpty()) report(console, data, savePixels(data, array));
     if (!chart.isEmpty()) report(console, chart, saveChartOf(console, row, array, chart));
-    if (console.options.json || (data.isEmpty() && chart.isEmpty())) answerPixels(console, row, array);
+    if (console.options.json || (data.isEmpty() && chart.isEmpty()))
+        answerPixels(console, row, array, damaged);
 }
 
 } // namespace

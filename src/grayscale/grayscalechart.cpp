@@ -145,8 +145,9 @@ void GrayScaleChart::finishReading(const GrayscaleRow& row, const link::Exchange
     enableButtons(true);
     if (!read.good) return tell(tr("The reply was not understood. No pixels were read."));
     tell(tr("%1 pixels read.").arg(array_.count()));
-    if (read.notHex > 0) {
-        addStatus(tr("%1 of them arrived damaged: they were not two hexadecimal digits.").arg(read.notHex));
+    if (!read.damaged.empty()) {
+        addStatus(
+            tr("%1 of them arrived damaged: they were not two hexadecimal digits.").arg(read.damaged.size()));
     }
 }
 

@@ -61,14 +61,14 @@ GrayscaleReply readGrayscale(const GrayscaleRow& row, std::string_view reply, Pi
     const int count = announcedCount(row, reply);
     const auto length = kPixelDigits * count + sent.reply.count;
     if (echo != sent.digits || count < 0 || reply.size() != static_cast<std::size_t>(length)) return {};
-    GrayscaleReply result{.good = true};
+    GrayscaleReply result{.good = true, .damaged = {}};
     std::vector<std::int16_t> pixels;
     pixels.reserve(static_cast<std::size_t>(count));
     const auto digits =
         field(row.command, kPixelsField, reply).substr(0, kPixelDigits * static_cast<std::size_t>(count));
     for (std::size_t i = 0; i < digits.size(); i += kPixelDigits) {
         const bool hex = text::hexDigitValue(digits[i]) >= 0 && text::hexDigitValue(digits[i + 1]) >= 0;
-        if (!hex) ++result.notHex;
+        if (!hex) result.damaged.push_back(static_cast<int>(i / kPixelDigits) + 1);
         pixels.push_back(pixelOf(digits[i], digits[i + 1]));
     }
     array.store(pixels);

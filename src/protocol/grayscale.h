@@ -72,8 +72,8 @@ link::Transaction grayscaleQuery(const GrayscaleRow& row, std::string_view addre
 
 /// What a reply held.
 struct GrayscaleReply {
-    bool good = false; ///< otherwise the array is untouched
-    int notHex = 0;    ///< pixels that were not two hexadecimal digits
+    bool good = false;        ///< otherwise the array is untouched
+    std::vector<int> damaged; ///< numbers, from 1, of the pixels that were not two hexadecimal digits
 };
 
 /// Reads a reply into the array. A pixel that is not two hexadecimal digits takes the number that its field begins

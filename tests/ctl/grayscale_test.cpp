@@ -86,6 +86,23 @@ TEST_F(QuorvelctlGrayscale, ReadsEveryDirectionAsJson)
     }
 }
 
+TEST_F(QuorvelctlGrayscale, AsJsonSaysWhatThePixelsMean)
+{
+    bus.command("set 5 x 24.5");
+    const auto read = runX({"--type", "A", "--json"});
+    const auto figures = QJsonDocument::fromJson(read.out.toUtf8()).object().value("figures").toObject();
+    const auto shadow = figures.value("shadow").toObject();
+    EXPECT_NEAR(shadow.value("centreMm").toDouble(), 24.5, 0.02);
+    EXPECT_NEAR(shadow.value("widthMm").toDouble(), 1.5, 0.05);
+    EXPECT_GT(figures.value("lamp").toObject().value("level").toDouble(), 100);
+    EXPECT_FALSE(figures.value("verdict").toArray().isEmpty());
+    bus.command("reply 5 65 :056500031AFG00FF");
+    const auto few =
+        QJsonDocument::fromJson(runX({"--json"}).out.toUtf8()).object().value("figures").toObject();
+    EXPECT_EQ(few.value("damagedPixels"), QJsonArray{2});
+    EXPECT_TRUE(few.value("lamp").isNull());
+}
+
 TEST_F(QuorvelctlGrayscale, PrintsCsvWhenNoFileIsNamed)
 {
     bus.command("reply 5 65 :056500031AFF00FF");

@@ -188,10 +188,10 @@ TEST_P(EachDirection, APixelThatIsNotHexadecimalTakesItsLeadingNumber)
         reply.replace(firstPixelAt(GetParam()) + 2, 2, digits);
         const auto read = readGrayscale(GetParam(), reply, array_);
         EXPECT_TRUE(read.good) << digits;
-        EXPECT_EQ(read.notHex, 1) << digits;
+        EXPECT_THAT(read.damaged, ElementsAre(2)) << digits;
         EXPECT_THAT(array_.pixels(), ElementsAre(26, value, 26, 26, 26)) << digits;
     }
-    EXPECT_EQ(readGrayscale(GetParam(), good_, array_).notHex, 0);
+    EXPECT_TRUE(readGrayscale(GetParam(), good_, array_).damaged.empty());
 }
 
 TEST_P(EachDirection, Takes20000PixelsAndRefusesOneMore)

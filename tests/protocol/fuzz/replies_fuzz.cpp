@@ -200,7 +200,7 @@ void grayscaleReply(const GrayscaleRow& row, const std::string& reply)
     if (!read.good) {
         promised(std::ranges::equal(array.pixels(), before), "a malformed reply changes nothing");
     } else {
-        promised(array.count() <= kHighestIndex && read.notHex <= array.count(),
+        promised(array.count() <= kHighestIndex && static_cast<int>(read.damaged.size()) <= array.count(),
                  "no more pixels than places");
         const int length = 2 * array.count() + command(row.command).reply.count;
         promised(reply.size() == static_cast<std::size_t>(length), "the length is that of the pixels");
