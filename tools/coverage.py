@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""coverage.py BUILD-FOLDER: prints the lines and branches that were reached, a row for each folder of sources.
+"""coverage.py BUILD-FOLDER [ROOM]: prints the lines and branches that were reached, a row for each folder of sources.
 
-A line counts once, however many units it was compiled in. The branches that only an exception takes are left out.
+With a ROOM ("src/jet") it prints the lines of it that were not reached instead. A line counts once, however many units it was compiled in. The branches that only an exception takes are left out.
 """
 
 import collections
@@ -41,8 +41,14 @@ def percent(reached, label):
     return f"{sum(reached):6} of {len(reached):6} {label} {share:5.1f} %"
 
 
+def print_missed(lines):
+    for (path, number), reached in sorted(lines.items()):
+        if not reached:
+            print(f"{path.relative_to(ROOT)}:{number}: {path.read_text().splitlines()[number - 1].strip()}")
+
+
 def main():
-    if len(sys.argv) != 2:
+    if len(sys.argv) not in (2, 3):
         sys.exit(__doc__)
     notes = sorted(pathlib.Path(sys.argv[1]).resolve().glob("**/*.gcno"))
     lines = collections.defaultdict(lambda: collections.defaultdict(bool))
@@ -61,6 +67,9 @@ def main():
                         branches[room][(*place, line.get("function_name"), number)] |= way["count"] > 0
     if not lines:
         sys.exit(f"Nothing was counted in {sys.argv[1]}.")
+    if len(sys.argv) == 3:
+        print_missed(lines[sys.argv[2]])
+        return
     for room in sorted(lines):
         print(f"{room:18} {percent(lines[room].values(), 'lines')} {percent(branches[room].values(), 'branches')}")
     every = [[reached for room in kind.values() for reached in room.values()] for kind in (lines, branches)]

@@ -183,6 +183,7 @@ QString GrayScaleChart::arrived(const GrayscaleRow& row, const std::string& repl
 
 void GrayScaleChart::showProgress(const GrayscaleRow& row)
 {
+    if (!module1_.port().PortOpen()) return; // the status tells why it vanished
     const auto come = arrived(row, module1_.ReplyText());
     tell(come.isEmpty() ? tr("Waiting for the readout ...") : come);
     if (gate_.stopRequested()) addStatus(tr("The window closes when the reply has ended."));

@@ -132,7 +132,7 @@ class SlowDeviceServer:
         return "tcp:127.0.0.1:%d" % self.listener.getsockname()[1]
 
     def take_all(self):
-        self.listener.settimeout(4)
+        self.listener.settimeout(60)  # the system asks again after 1, 3, 7, 15 s ...
         for _ in range(len(self.waiting) + 1):
             self.waiting.append(self.listener.accept()[0])
 

@@ -1,61 +1,15 @@
 #include "files/replace.h"
 
-#include "files/folder.h"
+#include "files/disk_calls.h"
 #include "files/name.h"
 #include "support/held_file.h"
 
-#include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <memory>
 #include <sys/file.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <gmock/gmock.h>
-
-namespace {
-
-/// What the program asks of the system, in its order, and what tests do at that moment.
-std::vector<std::string> asked;
-std::function<void()> atRename;
-std::function<void()> atLock;
-bool renameFails = false;
-
-std::string nameOf(int descriptor)
-{
-    std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error)
-        .filename()
-        .string();
-}
-
-} // namespace
-
-extern "C" int rename(const char* from, const char* to) noexcept
-{
-    asked.push_back("rename " + std::filesystem::path(to).filename().string());
-    if (atRename) atRename();
-    if (!renameFails) return ::renameat(AT_FDCWD, from, AT_FDCWD, to);
-    errno = EIO;
-    return -1;
-}
-
-extern "C" int fsync(int descriptor)
-{
-    struct stat about {};
-    const bool folder = ::fstat(descriptor, &about) == 0 && S_ISDIR(about.st_mode);
-    asked.push_back("flush " + (folder ? std::string("the folder") : nameOf(descriptor)));
-    return static_cast<int>(::syscall(SYS_fsync, descriptor));
-}
-
-extern "C" int flock(int descriptor, int how) noexcept
-{
-    const auto before = std::exchange(atLock, nullptr);
-    if (before) before();
-    return static_cast<int>(::syscall(SYS_flock, descriptor, how));
-}
 
 namespace quorvel::files {
 namespace {
@@ -72,29 +26,6 @@ bool isHeld(const std::filesystem::path& path)
     return held;
 }
 
-class ReplacingFiles : public FolderOfFiles {
-protected:
-    ReplacingFiles() { asked.clear(); }
-    ~ReplacingFiles() override
-    {
-        atRename = nullptr;
-        atLock = nullptr;
-        renameFails = false;
-    }
-
-    /// Tries every way to replace the file; each must give this reason and change nothing.
-    void expectRefusal(const std::filesystem::path& chosen, const std::string& reason)
-    {
-        const auto source = put("source", "new");
-        const auto before = names();
-        EXPECT_EQ(replaceContent(chosen, "new").error(), reason);
-        EXPECT_EQ(replaceByCopy(source, chosen).error(), reason);
-        EXPECT_EQ(replaceFile(chosen, [](const auto&) { return Status(); }).error(), reason);
-        EXPECT_EQ(mayReplace(chosen).error(), reason);
-        EXPECT_EQ(names(), before);
-    }
-};
-
 TEST_F(ReplacingFiles, WritesANewFileAndReplacesAnOldOne)
 {
     for (const auto* content : {"first", "second and longer", ""}) {
@@ -110,14 +41,14 @@ TEST_F(ReplacingFiles, FlushesTheFileBeforeItsNameAndTheFolderBehindIt)
 {
     put("a.csv", "old");
     ASSERT_TRUE(replaceContent(at("a.csv"), "new"));
-    EXPECT_THAT(asked, ElementsAre("flush a.new.csv", "rename a.csv", "flush the folder"));
+    EXPECT_THAT(calls.asked, ElementsAre("flush a.new.csv", "rename a.csv", "flush the folder"));
 }
 
 TEST_F(ReplacingFiles, KeepsOthersOutUntilTheNewFileHasTheName)
 {
     put("a.mdb", "old");
     bool heldAtRename = false;
-    atRename = [&] { heldAtRename = isHeld(at("a.mdb")); };
+    calls.atRename = [&] { heldAtRename = isHeld(at("a.mdb")); };
     const auto done = replaceFile(at("a.mdb"), [&](const std::filesystem::path& fresh) {
         EXPECT_TRUE(isHeld(at("a.mdb")));
         put(fresh.filename().string(), "new");
@@ -133,7 +64,7 @@ TEST_F(ReplacingFiles, LocksTheFileThatHasTheNameNow)
 {
     put("a.mdb", "old");
     put("other", "another program's");
-    atLock = [&] { std::filesystem::rename(at("other"), at("a.mdb")); };
+    calls.atLock = [&] { std::filesystem::rename(at("other"), at("a.mdb")); };
     bool held = false;
     ASSERT_TRUE(replaceFile(at("a.mdb"), [&](const std::filesystem::path& fresh) {
         held = isHeld(at("a.mdb"));
@@ -245,19 +176,6 @@ TEST_F(ReplacingFiles, NeverNamesTheTemporaryFile)
     ASSERT_FALSE(done);
     const auto name = at("a.mdb").string();
     EXPECT_EQ(done.error(), name + " is full, so " + name + " was not made.");
-}
-
-TEST_F(ReplacingFiles, LeavesEverythingWhenTheLastStepFails)
-{
-    put("a.mdb", "old");
-    put("from", "new");
-    renameFails = true;
-    const auto done = replaceByCopy(at("from"), at("a.mdb"), {.keepAs = "2024-05-17"});
-    ASSERT_FALSE(done);
-    EXPECT_EQ(done.error(),
-              at("a.mdb").string() + " could not be replaced: Input/output error. Choose another name.");
-    EXPECT_EQ(contentOf("a.mdb"), "old");
-    EXPECT_THAT(names(), ElementsAre("a.mdb", "from"));
 }
 
 TEST_F(ReplacingFiles, TakesNoNameThatSomebodyElseHas)

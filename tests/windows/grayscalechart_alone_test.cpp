@@ -128,6 +128,20 @@ TEST_F(GrayScaleChartAlone, TheStatusTellsHowFarTheReadingIs)
     EXPECT_EQ(shown->status(), "3 pixels read.");
 }
 
+TEST_F(GrayScaleChartAlone, WhyThePortVanishedStaysInTheStatus)
+{
+    openPort();
+    clock.plan(1, [&] { device->receive(":05650003AABB"); });
+    clock.plan(2, [&] {
+        device->vanish();
+        // the reading shows how far it is every 0.2 s of real time
+        QTest::qWait(500);
+    });
+    EXPECT_FALSE(closesByItself("X"));
+    EXPECT_EQ(messages.shown, QStringList{QStringLiteral("Comm Error")});
+    EXPECT_TRUE(shown->status().contains(QStringLiteral("fake"))) << qPrintable(shown->status());
+}
+
 TEST_F(GrayScaleChartAlone, AReplyWithoutEndIsGivenUp)
 {
     openPort();
