@@ -117,6 +117,7 @@ void addTools(Program& program)
     program.form1.addTool(QStringLiteral("&Find Readouts One by One"), [&program] { showFinder(program); });
     program.form1.addTool(QStringLiteral("&Journal"), [&program] { showJournal(program); });
     program.form1.addTool(QStringLiteral("Stored R&eadings"), [&program] { showStoredReadings(program); });
+    program.form1.addTool(QStringLiteral("S&ite"), [&program] { showSite(program); });
     program.form1.addTool(QStringLiteral("&Settings ..."), [&program] { showSettings(program); });
     auto* readOnly = program.form1.addTool(QStringLiteral("&Read Only"), [] {});
     readOnly->setCheckable(true);

@@ -10,5 +10,6 @@ void openCalibration(Program& program);
 void openGrayscale(Program& program);
 void openSettings(Program& program);
 void addTools(Program& program);
+void showSite(Program& program);
 
 } // namespace quorvel

@@ -151,6 +151,27 @@ void Journal::setAsideWhenLong()
     std::filesystem::rename(file_, files::freeName(file_, files::dateMark(std::time(nullptr))), ignored);
 }
 
+JournalLines readJournal(const std::filesystem::path& path)
+{
+    JournalLines journal;
+    QFile file(path);
+    if (!file.exists()) return journal;
+    if (!file.open(QIODevice::ReadOnly)) {
+        journal.failure = Journal::tr("The journal %1 cannot be read: %2.")
+                              .arg(QFileInfo(path).filePath(), file.errorString());
+        return journal;
+    }
+    while (!file.atEnd()) {
+        const auto line = QJsonDocument::fromJson(file.readLine());
+        if (line.isObject()) {
+            journal.lines.push_back(line.object());
+        } else {
+            ++journal.unread;
+        }
+    }
+    return journal;
+}
+
 std::filesystem::path journalFile() { return link::usersFolder() / "journal.jsonl"; }
 
 QString userName()

@@ -3,6 +3,7 @@
 #include "link/transaction.h"
 #include "protocol/command.h"
 
+#include <QJsonObject>
 #include <QObject>
 #include <QString>
 
@@ -11,6 +12,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace quorvel::line {
 
@@ -61,6 +63,14 @@ private:
     std::map<Known, std::string> known_;
     bool failing_ = false;
 };
+
+/// What a journal holds. What another program or a hand has left there may be anything.
+struct JournalLines {
+    std::vector<QJsonObject> lines; ///< in the order of the file
+    int unread = 0;                 ///< lines that are not an object
+    QString failure;                ///< why the file could not be read; empty also when there is no such file
+};
+JournalLines readJournal(const std::filesystem::path& file);
 
 /// Where the journal of this user is: in the folder that all our programs share.
 std::filesystem::path journalFile();

@@ -1,14 +1,13 @@
 #include "line/journalwindow.h"
 
+#include "line/journal.h"
 #include "main/inputfilter.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QJsonDocument>
 #include <QPushButton>
 #include <QShowEvent>
 #include <QVBoxLayout>
@@ -96,7 +95,6 @@ void JournalWindow::showEvent(QShowEvent* event)
     if (!event->spontaneous()) read();
 }
 
-// What another program or a hand has left there may be anything: a line that is not an object is counted, not shown.
 void JournalWindow::read()
 {
     lines_.clear();
@@ -105,21 +103,13 @@ void JournalWindow::read()
         headings << tr(column.heading);
     }
     lines_.setHorizontalHeaderLabels(headings);
-    QFile file(file_);
-    int unread = 0;
-    if (file.open(QIODevice::ReadOnly)) {
-        while (!file.atEnd()) {
-            const auto line = QJsonDocument::fromJson(file.readLine());
-            if (!line.isObject()) {
-                ++unread;
-                continue;
-            }
-            QList<QStandardItem*> cells;
-            for (const auto& column : kColumns) {
-                cells << new QStandardItem(wordsOf(line[QLatin1String(column.member)]));
-            }
-            lines_.appendRow(cells);
+    const auto journal = readJournal(file_);
+    for (const auto& line : journal.lines) {
+        QList<QStandardItem*> cells;
+        for (const auto& column : kColumns) {
+            cells << new QStandardItem(wordsOf(line[QLatin1String(column.member)]));
         }
+        lines_.appendRow(cells);
     }
     for (int i = 0; i < static_cast<int>(std::size(kColumns)); ++i) {
         table_.setColumnWidth(i, kColumns[i].width);
@@ -128,7 +118,8 @@ void JournalWindow::read()
     auto words = tr("Lines in %1: %2. Older ones are in the files beside it.")
                      .arg(QFileInfo(file_).filePath())
                      .arg(lines_.rowCount());
-    if (unread > 0) words += u' ' + tr("Lines that could not be read: %1.").arg(unread);
+    if (journal.unread > 0) words += u' ' + tr("Lines that could not be read: %1.").arg(journal.unread);
+    if (!journal.failure.isEmpty()) words = journal.failure;
     status_.setText(words);
 }
 

@@ -54,6 +54,8 @@ public:
     /// Shows addresses as found, and makes the first of them the current one.
     /// @param addresses  decimal text of at least two digits, in the order to be shown.
     void showFound(const std::vector<std::string>& addresses);
+    /// Those that were shown last.
+    const std::vector<std::string>& found() const { return found_; }
 
     /// Shows a text in the status bar until the next one.
     void showStatus(const QString& text);
@@ -115,6 +117,7 @@ private:
     QPushButton tools_;
     QMenu toolsMenu_;
     QTimer timer1_;
+    std::vector<std::string> found_;
     float elapsedSeconds_ = 0;
     bool stopFlag_ = false;
 };

@@ -51,6 +51,7 @@ void Form1::Command4_Click()
 
 void Form1::showFound(const std::vector<std::string>& addresses)
 {
+    found_ = addresses;
     ui_->NoList->setText(shown(protocol::foundText(addresses)));
     ui_->NoList->setToolTip(inRows(addresses));
     if (module1_.port().PortOpen()) showStatus(tr("Readouts found: %1").arg(addresses.size()));

@@ -21,7 +21,7 @@ MENU_OPENS = 0.5  # seconds
 MENU_TRIES = 2
 # The letters of the menu "Tools" by the captions of the windows that they open.
 TOOLS = {"Traffic": "t", "Line Health": "h", "Journal": "j", "Stored Readings": "e", "Settings": "s",
-         "Why no answer?": "w", "Find Readouts One by One": "f"}
+         "Why no answer?": "w", "Find Readouts One by One": "f", "Site": "i"}
 READ_ONLY = "r"
 
 

@@ -1,0 +1,71 @@
+#include "app/openers.h"
+#include "app/program.h"
+#include "link/address.h"
+#include "link/bytes.h"
+#include "site/sitewindow.h"
+#include "text/number.h"
+
+#include <QJsonObject>
+
+#include <algorithm>
+
+namespace quorvel {
+
+namespace {
+
+std::vector<int> addressesOf(const std::vector<std::string>& found)
+{
+    std::vector<int> addresses;
+    for (const auto& text : found) {
+        const int address = text::integerOf(text);
+        const bool isNew = std::find(addresses.begin(), addresses.end(), address) == addresses.end();
+        if (link::isAddress(address) && isNew) addresses.push_back(address);
+    }
+    return addresses;
+}
+
+site::LineState lineOf(const line::Health& health, int address)
+{
+    const auto found = health.readouts().find(address);
+    if (found == health.readouts().end()) return {};
+    const auto& readout = found->second;
+    return {readout.exchanges(), readout.endedAs(protocol::Verdict::Complete), readout.answerMs.mean()};
+}
+
+files::Result<std::vector<site::ChangeMade>> changesSince(const Program& program, const QDateTime& since)
+{
+    if (!program.journal) return files::Failure{"This run of the program keeps no journal."};
+    const auto journal = line::readJournal(program.journal->file());
+    if (!journal.failure.isEmpty()) return files::Failure{journal.failure.toStdString()};
+    std::vector<site::ChangeMade> changes;
+    for (const auto& line : journal.lines) {
+        const auto text = [&line](const char* member) { return line[QLatin1String(member)].toString(); };
+        const auto time = QDateTime::fromString(text("time"), Qt::ISODateWithMs);
+        if (!time.isValid() || time < since) continue;
+        changes.push_back({text("time"), line[QLatin1String("address")].toInt(), text("meaning"), text("old"),
+                           text("outcome"), line[QLatin1String("confirmed")].toBool(),
+                           text("user") + QStringLiteral(", ") + text("program")});
+    }
+    return changes;
+}
+
+} // namespace
+
+/// A new one after each closing: what it shows is that of the file that is opened.
+void showSite(Program& program)
+{
+    auto* window = program.form1.findChild<site::SiteWindow*>();
+    if (!window) {
+        const site::Surroundings surroundings{
+            [&program] { return addressesOf(program.form1.found()); },
+            [&program](int address) { return lineOf(program.health, address); },
+            [&program](const QDateTime& since) { return changesSince(program, since); }, line::userName()};
+        window = new site::SiteWindow(program.workplace, surroundings, &program.form1);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+} // namespace quorvel
