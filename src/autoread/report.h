@@ -72,8 +72,8 @@ std::string text(const Finding& finding);
 std::string summary(const Report& report);
 /// As text of several lines, each ended by a line feed.
 std::string text(const Report& report);
-/// As JSON: address, type, file, continued, rowsBefore, expected, received (also as "records"), unreadable, complete,
-/// ending, reason, first, last, findings [{kind, index, row, words}], gaps, doubles, backward, misfits, interval, clock
+/// As JSON: address, type, file, continued, rowsBefore, expected, received, unreadable, complete,
+/// ending, reason, first, last, findings [{kind, index, row, words}], gaps, doubles, backward, misfits, intervalSeconds, clock
 /// {readout, pc, aheadSeconds}, verified, safeToDelete, line {questions, askedAgain, incomplete, misfits, disagreements,
 /// noise}, keptOld.
 QJsonObject json(const Report& report);

@@ -63,8 +63,8 @@ std::optional<ClockReading> askClock(link::Module1& module1, const std::string& 
 /// @return fails when pointers or records do not come.
 jet::Result<RingState> askRing(RecordReader& reader);
 
-/// {address, capacity, firstSlot, nextSlot, records, type ("C" or "A, B or D"), first {time, x, y, z1, z2}, last, mode,
-/// interval, clock}; null for what is missing.
+/// {address, capacity, firstSlot, nextSlot, records, type ("C" or "A, B or D"), first {time, xMm, yMm, z1Mm, z2Mm}, last,
+/// mode, intervalSeconds, clock}; null for what is missing.
 QJsonObject json(const RingState& state, int address);
 /// The same as text of several lines, each ended by a line feed.
 std::string text(const RingState& state, int address);

@@ -18,7 +18,7 @@ QJsonValue jsonOf(const Record& record, const RecordLayout& layout)
     for (std::size_t i = 0; i < layout.readings; ++i) {
         // with the digits of single precision, as in a file
         const auto& reading = record.readings[i];
-        object.insert(link::shown(kReadings[i].field),
+        object.insert(link::shown(kReadings[i].field) + QStringLiteral("Mm"),
                       reading ? QJsonValue(text::Val(jet::Value(*reading).text())) : QJsonValue());
     }
     return object;
@@ -58,7 +58,7 @@ QJsonObject json(const RingState& state, int address)
             {"first", empty ? QJsonValue() : jsonOf(state.first, state.layout())},
             {"last", empty ? QJsonValue() : jsonOf(state.last, state.layout())},
             {"mode", state.mode ? QJsonValue(link::shown(modeText(*state.mode))) : QJsonValue()},
-            {"interval", interval ? QJsonValue(*interval) : QJsonValue()},
+            {"intervalSeconds", interval ? QJsonValue(*interval) : QJsonValue()},
             {"clock", state.clock ? QJsonValue(json(*state.clock)) : QJsonValue()}};
 }
 

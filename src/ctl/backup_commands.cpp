@@ -1,5 +1,5 @@
+#include "ctl/command_line.h"
 #include "ctl/commands.h"
-#include "ctl/console.h"
 #include "ctl/exchanges.h"
 #include "files/replace.h"
 #include "link/bytes.h"
@@ -11,9 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <CLI/CLI.hpp>
-
-#include <iostream>
+#include <memory>
 #include <optional>
 
 namespace quorvel::ctl {
@@ -25,8 +23,7 @@ using link::InstrumentType;
 /// The options of save and restore.
 struct FileOptions {
     std::string file;
-    bool yes = false;
-    bool force = false; ///< restore: also what is of another readout
+    bool anyReadout = false; ///< restore: also what is of another one
 };
 
 /// Asks the readout for one setting.
@@ -113,11 +110,7 @@ void printSettings(Console& console)
 void save(Console& console, const FileOptions& options)
 {
     const auto path = QString::fromLocal8Bit(options.file.c_str());
-    if (QFile::exists(path) && !options.yes) {
-        console.fail(Failure::Exists, QStringLiteral("%1 exists. Add --yes to overwrite it.").arg(path));
-        return;
-    }
-    if (!console.openReadout(Access::Reads)) return;
+    if (!console.checkReadout() || !console.mayMake(path) || !console.openPort(Access::Reads)) return;
     const auto values = queryReadout(console);
     if (console.status() != ExitStatus::Done) {
         console.tell(QStringLiteral("Nothing was saved."));
@@ -126,7 +119,7 @@ void save(Console& console, const FileOptions& options)
     const auto text = protocol::textOf(fileOf(console, values)).toStdString();
     if (const auto written = files::replaceContent(QFileInfo(path).filesystemFilePath(), text); !written)
         return console.fail(Failure::File, QString::fromStdString(written.error()));
-    console.answer(path, {{"saved", path}, {"settings", values.size()}});
+    console.answer(path, {{"address", console.address()}, {"file", path}, {"settings", values.size()}});
 }
 
 /// Reads a file of settings; nothing when it is none: the reason is on stderr and the status set.
@@ -148,27 +141,20 @@ std::optional<protocol::SettingsFile> fileAt(Console& console, const QString& pa
 bool fits(Console& console, const protocol::SettingsFile& file, const FileOptions& options)
 {
     const auto other = protocol::ofAnother(file, console.address(), console.bench().instrumentType);
-    if (other.isEmpty() || options.force) return true;
+    if (other.isEmpty() || options.anyReadout) return true;
     console.fail(Failure::Unsafe,
-                 QStringLiteral("%1 is of %2. Add --force to set readout %3 of type %4 to it.")
+                 QStringLiteral("%1 is of %2. Add --any-readout to set readout %3 of type %4 to it.")
                      .arg(QString::fromLocal8Bit(options.file.c_str()), other)
                      .arg(console.address())
                      .arg(console.typeName()));
     return false;
 }
 
-bool agrees(const Console& console, qsizetype count)
-{
-    console.tell(QStringLiteral("Set %1 settings of readout %2? [y/N]").arg(count).arg(console.address()));
-    std::string answer;
-    std::getline(std::cin, answer);
-    return answer == "y" || answer == "Y" || answer == "yes";
-}
-
 /// Sets one setting, and asks the readout for it. One line of answer.
 void restoreOne(Console& console, const protocol::Setting& setting, const QJsonValue& wanted)
 {
-    QJsonObject result{{"setting", setting.name}, {"value", wanted}, {"restored", false}};
+    QJsonObject result{
+        {"address", console.address()}, {"setting", setting.name}, {"value", wanted}, {"restored", false}};
     const auto report = [&](const QString& words) {
         console.answer(QStringLiteral("%1: %2").arg(setting.name, words), result);
     };
@@ -204,7 +190,8 @@ void restore(Console& console, const FileOptions& options)
     if (!taken || !fits(console, *file, options)) return;
     if (!taken->isEmpty()) console.tell(*taken);
     const auto& wanted = file->settings;
-    if (!options.yes && !agrees(console, wanted.size())) {
+    if (!console.agrees(
+            QStringLiteral("Set %1 settings of readout %2?").arg(wanted.size()).arg(console.address()))) {
         console.fail(Failure::NeedsYes, QStringLiteral("Nothing was set."));
         return;
     }
@@ -223,28 +210,23 @@ void restore(Console& console, const FileOptions& options)
 
 void addSettingsCommands(CLI::App& app, Console& console)
 {
-    auto* all = app.add_subcommand("settings", "Print, save or restore all settings of a readout");
+    auto* all = addCommand(app, "settings", "Print, save or restore all settings of a readout",
+                           "--address 5 settings");
     all->require_subcommand(0, 1);
-    struct Row {
-        const char* name;
-        const char* help;
-        const char* yes;
-        const char* force; ///< null: has no such option
-        void (*run)(Console& console, const FileOptions& options);
-    };
-    constexpr Row kRows[] = {
-        {"save", "Save all settings to a file", "Overwrite an existing file", nullptr, save},
-        {"restore", "Set all settings that a file holds, and verify each", "Do not ask first",
-         "Also the settings of a readout of another address or type", restore},
-    };
-    for (const auto& row : kRows) {
-        auto* command = all->add_subcommand(row.name, row.help);
-        const auto options = std::make_shared<FileOptions>();
-        command->add_option("FILE", options->file, "A .json file")->required();
-        command->add_flag("--yes", options->yes, row.yes);
-        if (row.force) command->add_flag("--force", options->force, row.force);
-        command->callback([&console, options, run = row.run] { run(console, *options); });
-    }
+    const auto options = std::make_shared<FileOptions>();
+    auto* saving =
+        addCommand(*all, "save", "Save all settings to a file", "--address 5 settings save readout-5.json");
+    saving->add_option("FILE", options->file, "A .json file")->required();
+    addForce(*saving, console);
+    saving->callback([&console, options] { save(console, *options); });
+    auto* restoring =
+        addCommand(*all, "restore", "Set all settings that a file holds, and verify each; asks first",
+                   "--address 5 settings restore readout-5.json");
+    restoring->add_option("FILE", options->file, "A .json file")->required();
+    addYes(*restoring, console);
+    restoring->add_flag("--any-readout", options->anyReadout,
+                        "Also the settings of a readout of another address or type");
+    restoring->callback([&console, options] { restore(console, *options); });
     all->callback([&console, all] {
         if (all->get_subcommands().empty()) printSettings(console);
     });

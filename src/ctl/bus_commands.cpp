@@ -1,16 +1,16 @@
+#include "ctl/command_line.h"
 #include "ctl/commands.h"
-#include "ctl/console.h"
 #include "link/bytes.h"
 #include "protocol/answer.h"
 #include "protocol/values.h"
 #include "text/number.h"
 #include "text/reply.h"
 
-#include <QJsonArray>
-
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <utility>
 
 namespace quorvel::ctl {
 
@@ -20,6 +20,7 @@ using link::shown;
 
 constexpr int kDefaultEvery = 10; // s
 constexpr int kPiece = 100;       // ms
+constexpr const char* kValues[] = {"x", "y", "z1", "z2"};
 
 void listPorts(Console& console)
 {
@@ -29,15 +30,20 @@ void listPorts(Console& console)
 }
 
 /// The values of a display line by their names.
-QJsonObject inFields(int address, const std::string& line)
+QJsonObject inFields(const Console& console, const std::string& line)
 {
-    QJsonObject fields{{"address", address}};
-    const auto text = shown(line);
-    for (const auto* name : {"X", "Y", "Z", "Z1", "Z2"}) {
-        const auto label = QLatin1String(name) + QLatin1String(": ");
-        const auto at = text.indexOf(label);
-        if (at >= 0)
-            fields.insert(QString::fromLatin1(name).toLower(), text.mid(at + label.size(), 8).trimmed());
+    constexpr std::pair<const char*, const char*> kLabels[] = {
+        {"X: ", "x"}, {"Y: ", "y"}, {"Z1: ", "z1"}, {"Z2: ", "z2"}, {" Z: ", "z1"}};
+    QJsonObject fields{{"address", console.address()}, {"type", console.typeName()}};
+    for (const auto& [label, name] : kLabels) {
+        const auto at = line.find(label);
+        std::optional<std::string> text;
+        if (at != std::string::npos) {
+            text = line.substr(at + std::string_view(label).size(), 8);
+            text->erase(text->find_last_not_of(' ') + 1);
+        }
+        const auto key = QString::fromLatin1(name);
+        if (text || !fields.contains(key + QStringLiteral("Mm"))) insertLength(fields, key, text);
     }
     return fields;
 }
@@ -45,8 +51,9 @@ QJsonObject inFields(int address, const std::string& line)
 /// Characters that were garbled on the line are not values.
 bool holdsNumbers(const QJsonObject& fields)
 {
-    return std::all_of(fields.begin(), fields.end(), [](const QJsonValue& field) {
-        return !field.isString() || text::isNumber(link::bytes(field.toString()));
+    return std::all_of(std::begin(kValues), std::end(kValues), [&fields](const char* name) {
+        const auto key = QString::fromLatin1(name);
+        return fields[key + QStringLiteral("Text")].isNull() || !fields[key + QStringLiteral("Mm")].isNull();
     });
 }
 
@@ -61,7 +68,7 @@ void takeReading(Console& console, const QString& prefix = {}, const QJsonObject
                                   .arg(protocol::kValuesReplyLength));
         return;
     }
-    auto object = inFields(console.address(), line);
+    auto object = inFields(console, line);
     if (!holdsNumbers(object)) {
         return console.fail(Failure::Garbled,
                             prefix + QStringLiteral("readout %1 answered \"%2\", which is not a reading.")
@@ -106,10 +113,12 @@ void watch(Console& console, int every, int count)
 
 void addBusCommands(CLI::App& app, Console& console)
 {
-    app.add_subcommand("ports", "List the serial ports")->callback([&console] { listPorts(console); });
-    app.add_subcommand("read", "Read the values of one readout")->callback([&console] { readOnce(console); });
+    addCommand(app, "ports", "List the serial ports", "ports")->callback([&console] { listPorts(console); });
+    addCommand(app, "read", "Read the values of one readout", "--address 12 --type C read")
+        ->callback([&console] { readOnce(console); });
 
-    auto* watching = app.add_subcommand("watch", "Read one readout again and again");
+    auto* watching =
+        addCommand(app, "watch", "Read one readout again and again", "--address 5 watch --every 60");
     const auto every = std::make_shared<int>(kDefaultEvery);
     const auto count = std::make_shared<int>(0);
     watching->add_option("--every", *every, "Seconds from reading to reading (default: 10)")

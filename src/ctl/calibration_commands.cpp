@@ -1,8 +1,8 @@
 #include "calibration/database.h"
 #include "calibration/datacontrol.h"
 #include "calibration/fit.h"
+#include "ctl/command_line.h"
 #include "ctl/commands.h"
-#include "ctl/console.h"
 #include "ctl/exchanges.h"
 #include "files/name.h"
 #include "link/bytes.h"
@@ -12,7 +12,8 @@
 #include "protocol/stitching.h"
 #include "text/number.h"
 
-#include <CLI/CLI.hpp>
+#include <memory>
+#include <optional>
 
 namespace quorvel::ctl {
 
@@ -31,6 +32,13 @@ struct CalibrateOptions {
 };
 
 QString words(const std::string& text) { return QString::fromStdString(text); }
+
+/// "X_Data" is "xMm".
+QString nameInJson(std::string_view column)
+{
+    return QString::fromLatin1(column.data(), static_cast<qsizetype>(column.find('_'))).toLower() +
+           QStringLiteral("Mm");
+}
 
 QJsonValue numberOrNull(const jet::Value& value)
 {
@@ -57,6 +65,7 @@ private:
     bool open();
     bool store(int row);
     void answerRow(int row) const;
+    QJsonObject about(const ReadingColumn& reading) const;
     std::optional<Points> points(const ReadingColumn& reading);
     void download(const ReadingColumn& reading, const Points& points);
 
@@ -76,13 +85,27 @@ bool Calibrating::open()
 void Calibrating::answerRow(int row) const
 {
     QStringList texts;
-    QJsonObject object;
     for (std::size_t column = 0; column < data_.fields().size(); ++column) {
         const auto& value = data_.value(row, static_cast<int>(column));
         texts << (value.isNull() ? QStringLiteral("-") : words(value.text()));
-        object.insert(words(data_.fields()[column].name), numberOrNull(value));
+    }
+    const auto in = [&](std::string_view name) {
+        const int column = columnOf(data_.fields(), name);
+        return column < 0 ? QJsonValue() : numberOrNull(data_.value(row, column));
+    };
+    QJsonObject object{{"direction", shown(nameOf(direction_.direction))},
+                       {"point", numberOrNull(data_.value(row, kNumberColumn))},
+                       {"dialMm", in(kDialName)}};
+    for (const auto& reading : direction_.readings) {
+        object.insert(nameInJson(reading.name), in(reading.name));
     }
     console_.answer(texts.join(u'\t'), object);
+}
+
+/// What an answer on one column of readings begins with.
+QJsonObject Calibrating::about(const ReadingColumn& reading) const
+{
+    return {{"direction", shown(nameOf(direction_.direction))}, {"column", shown(reading.name)}};
 }
 
 void Calibrating::show()
@@ -157,12 +180,12 @@ void Calibrating::fit()
         if (!table) return;
         const auto fitted = fitLine(*table);
         if (!fitted) return console_.fail(Failure::File, kNoLine);
-        console_.answer(shown(fitText(*fitted)).remove(u'\r'),
-                        {{"column", shown(reading.name)},
-                         {"slope", text::Val(text::general(fitted->slope))},
-                         {"intercept", text::Val(text::general(fitted->intercept))},
-                         {"nonlinear_error", fitted->nonlinearError},
-                         {"max_error", text::Val(text::general(fitted->maxError))}});
+        auto object = about(reading);
+        object.insert("slope", text::Val(text::general(fitted->slope)));
+        object.insert("interceptMm", text::Val(text::general(fitted->intercept)));
+        object.insert("nonlinearErrorMm", fitted->nonlinearError);
+        object.insert("maxErrorMm", text::Val(text::general(fitted->maxError)));
+        console_.answer(shown(fitText(*fitted)).remove(u'\r'), object);
     }
 }
 
@@ -184,8 +207,10 @@ void Calibrating::download(const ReadingColumn& reading, const Points& points)
     } else if (!echoAgrees(reading.sensor, exchange.transaction.frame, exchange.reply)) {
         console_.fail(failureOf(exchange), QString::fromUtf8(row.notDownloaded));
     } else {
-        console_.answer(QString::fromUtf8(row.downloaded),
-                        {{"column", shown(reading.name)}, {"downloaded", true}});
+        auto object = about(reading);
+        object.insert("address", console_.address());
+        object.insert("downloaded", true);
+        console_.answer(QString::fromUtf8(row.downloaded), object);
     }
 }
 
@@ -207,24 +232,36 @@ void Calibrating::download()
 void addCalibrate(CLI::App& app, Console& console)
 {
     const auto options = std::make_shared<CalibrateOptions>();
-    auto* calibrate = app.add_subcommand("calibrate", "Calibrate one direction of a readout");
-    calibrate->require_subcommand(1);
-    calibrate->add_option("--direction", options->direction, "X, Y or Z")
-        ->required()
+    auto* calibrate =
+        addCommand(app, "calibrate",
+                   "Print the points of the calibration file of a direction, or calibrate it", "calibrate X");
+    calibrate->require_subcommand(0, 1);
+    calibrate->add_option("DIRECTION", options->direction, "X, Y or Z")
         ->check(CLI::IsMember({"X", "Y", "Z"}));
     calibrate->add_option("--folder", options->folder,
                           "Folder of the calibration files (default: the program's)");
-    const auto add = [&](const char* name, const char* about, void (Calibrating::*work)()) {
-        auto* command = calibrate->add_subcommand(name, about);
-        command->callback([&console, options, work] { (Calibrating(console, *options).*work)(); });
+    const auto run = [&console, options](void (Calibrating::*work)()) {
+        if (options->direction.empty())
+            return console.fail(Failure::Usage, QStringLiteral("Name the direction: X, Y or Z."));
+        (Calibrating(console, *options).*work)();
+    };
+    const auto add = [&](const char* name, const char* about, const char* example,
+                         void (Calibrating::*work)()) {
+        auto* command = addCommand(*calibrate, name, about, example);
+        command->callback([run, work] { run(work); });
         return command;
     };
-    add("show", "List the points of the file", &Calibrating::show);
-    auto* measuring = add("measure", "Measure one point into the file", &Calibrating::measurePoint);
+    auto* measuring =
+        add("measure", "Measure one point into the file",
+            "--address 5 calibrate X measure --point 3 --dial 0.75", &Calibrating::measurePoint);
     measuring->add_option("--point", options->point, "Number of the point, from 0")->required();
     measuring->add_option("--dial", options->dial, "Dial-gauge reading of the point, in mm");
-    add("fit", "Fit a line through the points", &Calibrating::fit);
-    add("download", "Send the points to the readout", &Calibrating::download);
+    add("fit", "Fit a line through the points", "calibrate X fit", &Calibrating::fit);
+    add("download", "Send the points to the readout", "--address 5 calibrate X download",
+        static_cast<void (Calibrating::*)()>(&Calibrating::download));
+    calibrate->callback([run, calibrate] {
+        if (calibrate->get_subcommands().empty()) run(&Calibrating::show);
+    });
 }
 
 void queryLocation(Console& console)
@@ -242,7 +279,8 @@ void setLocation(Console& console, const std::string& typed)
     if (!link::isConfirmed(*exchange)) {
         return console.fail(failureOf(*exchange), QStringLiteral("The readout repeated something else."));
     }
-    console.answer(kLocationSet, {{"address", console.address()}, {"location", shown(typed)}});
+    console.tell(kLocationSet);
+    console.answer(shown(typed), {{"address", console.address()}, {"location", shown(typed)}});
 }
 
 void stitch(Console& console, const std::optional<std::string>& typed)
@@ -259,8 +297,9 @@ void addCalibrationCommands(CLI::App& app, Console& console)
     if (console.bench().isUserEdition()) return;
     addCalibrate(app, console);
     const auto location = std::make_shared<std::optional<std::string>>();
-    auto* stitching = app.add_subcommand("stitching", "Query or set the Y-direction stitching location");
-    stitching->add_option("--set", *location, "The new location, four digits");
+    auto* stitching = addCommand(app, "stitching", "Print or set the Y-direction stitching location",
+                                 "--address 5 --type B stitching 0512");
+    stitching->add_option("LOCATION", *location, "The new location, four digits");
     stitching->callback([&console, location] { stitch(console, *location); });
 }
 

@@ -27,6 +27,11 @@ void addLineCommands(CLI::App& app, Console& console);        ///< search, diagn
 void addStoredCommands(CLI::App& app, Console& console);      ///< ring, download, check, clear
 void addSettingsCommands(CLI::App& app, Console& console);    ///< settings, settings save, settings restore
 void addSettingCommands(CLI::App& app, Console& console); ///< offset, reference, feature, invert, swap ...
+void addMdbCommand(CLI::App& app, Console& console);      ///< mdb
+void addRawCommand(CLI::App& app, Console& console);      ///< raw
+
+/// What `search` does, and `address` without a new one: prints the addresses that answer.
+void searchBus(Console& console);
 
 /// The one option whose command draws.
 inline constexpr auto kChartOption = "--chart";

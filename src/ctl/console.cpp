@@ -1,15 +1,20 @@
 #include "ctl/console.h"
 
+#include "files/name.h"
 #include "link/bytes.h"
 #include "link/interrupt.h"
+#include "link/terminal.h"
 #include "protocol/direction.h"
 #include "text/number.h"
 
+#include <QFileInfo>
 #include <QJsonDocument>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
+#include <string>
 #include <utility>
 
 namespace quorvel::ctl {
@@ -139,16 +144,37 @@ QString Console::typeName() const
     return link::shown(std::string(protocol::nameOf(bench_.instrumentType)));
 }
 
-void Console::tell(const QString& words) const
+void Console::say(const QString& words) const
 {
     endProgress();
     std::fprintf(stderr, "%s\n", qPrintable(words));
 }
 
+void Console::tell(const QString& words) const
+{
+    if (!options.quiet) say(words);
+}
+
+bool Console::agrees(const QString& question) const
+{
+    if (options.yes || options.readOnly) return true;
+    say(question + QStringLiteral(" [y/N]"));
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+bool Console::mayMake(const QString& path)
+{
+    if (options.force || !files::isThere(QFileInfo(path).filesystemFilePath())) return true;
+    fail(Failure::Exists, QStringLiteral("%1 exists. Add --force to overwrite it.").arg(path));
+    return false;
+}
+
 void Console::fail(Failure failure, const QString& words)
 {
     note(failure);
-    tell(words);
+    say(words);
     if (!options.json || unreadable_) return;
     const auto kind = rowOf(failure).kind;
     const QJsonObject error{{"kind", QLatin1String(kind.data(), static_cast<qsizetype>(kind.size()))},
@@ -165,6 +191,7 @@ std::optional<Failure> Console::failureOfLine() const { return latest_.failure; 
 
 void Console::progress(const QString& words) const
 {
+    if (options.quiet || !(options.progress || link::errorsReachATerminal())) return;
     std::fprintf(stderr, "\r%s", qPrintable(words));
     std::fflush(stderr);
     progressShown_ = true;
@@ -175,19 +202,30 @@ void Console::endProgress() const
     if (std::exchange(progressShown_, false)) std::fputc('\n', stderr);
 }
 
-void Console::answer(const QString& text, const QJsonObject& object)
+void Console::answer(const QString& text, const QJsonObject& object, bool more)
 {
     endProgress();
-    write(options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8());
+    write(options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8(), more);
 }
 
 /// A line of stdout.
-void Console::write(QByteArray line)
+void Console::write(QByteArray line, bool more)
 {
     line += '\n';
     const auto size = static_cast<std::size_t>(line.size());
     errno = 0;
-    if (std::fwrite(line.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0) return;
+    if (std::fwrite(line.constData(), 1, size, stdout) != size || (!more && std::fflush(stdout) != 0))
+        reportUnwritten();
+}
+
+void Console::flush()
+{
+    errno = 0;
+    if (std::fflush(stdout) != 0) reportUnwritten();
+}
+
+void Console::reportUnwritten()
+{
     if (std::exchange(unreadable_, true)) return;
     fail(Failure::Output, QStringLiteral("The answer cannot be written: %1.")
                               .arg(QString::fromLocal8Bit(std::strerror(errno))));

@@ -26,6 +26,10 @@ struct CommonOptions {
     std::string type;    ///< A, B, C or D; empty: A, unless the command finds it out
     bool json = false;
     bool journal = true;   ///< what is set and deleted is booked
+    bool yes = false;      ///< of commands that ask first
+    bool force = false;    ///< of commands that write a file: an existing one is overwritten
+    bool quiet = false;    ///< says nothing but answers and failures
+    bool progress = false; ///< is shown although stderr is not a terminal
     bool readOnly = false; ///< nothing that changes a readout is sent
     bool stats = false;    ///< prints the health of the line at the end
     std::string trace;     ///< file that the traffic is appended to; empty: none
@@ -75,8 +79,13 @@ public:
     /// Ends the work: prints the health of the line if it was asked for.
     void finish() const;
 
-    /// A message for the user, on stderr.
+    /// A remark for the user, on stderr; not with --quiet.
     void tell(const QString& words) const;
+    /// Asks the user, unless --yes was given, or --read-only, which refuses what follows. Nobody who could answer is a no.
+    bool agrees(const QString& question) const;
+    /// Whether a file may be made under this name: there is none yet, or --force was given.
+    /// @return false when not, which was reported; the command ends.
+    bool mayMake(const QString& path);
     /// Reports a failure: words on stderr, with --json also {"error":{"kind":...,"message":...}} on stdout, and the exit
     /// status.
     void fail(Failure failure, const QString& words);
@@ -84,11 +93,15 @@ public:
     void note(Failure failure);
     /// Why the latest exchange was not what was needed; nothing while it was, or there was none.
     std::optional<Failure> failureOfLine() const;
-    /// A line on stderr that the next one overwrites, until anything else is said. In a log the last one shows.
+    /// A line on stderr that the next one overwrites, until anything else is said; on a terminal, or
+    /// with --progress.
     void progress(const QString& words) const;
     /// One line of data on stdout: the object with --json, else the text. One that cannot be written is a failure, told
     /// once.
-    void answer(const QString& text, const QJsonObject& object);
+    /// @param more  others follow at once: this one may wait for them.
+    void answer(const QString& text, const QJsonObject& object, bool more = false);
+    /// Writes answers that wait.
+    void flush();
 
     /// True when work that goes on and on is to end: somebody asked for it from outside, or nobody can read the answers.
     bool endRequested() const;
@@ -105,7 +118,9 @@ private:
         std::optional<Failure> failure;
     };
 
-    void write(QByteArray line);
+    void write(QByteArray line, bool more = false);
+    void reportUnwritten();
+    void say(const QString& words) const;
     bool hasPort(Access access);
     bool openTrace();
     void keepJournal();

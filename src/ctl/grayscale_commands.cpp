@@ -1,6 +1,6 @@
 #include "chart/export.h"
+#include "ctl/command_line.h"
 #include "ctl/commands.h"
-#include "ctl/console.h"
 #include "grayscale/drawthart.h"
 #include "grayscale/pixelfile.h"
 #include "grayscale/verdict.h"
@@ -9,8 +9,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 
-#include <CLI/CLI.hpp>
-
+#include <memory>
 namespace quorvel::ctl {
 
 namespace {
@@ -24,7 +23,6 @@ struct GrayscaleOptions {
     std::string direction;
     std::string data;
     std::string chart;
-    bool force = false;
 };
 
 CLI::Validator endsIn(const std::vector<std::string>& suffixes, const char* form)
@@ -47,11 +45,10 @@ bool mayWrite(Console& console, const GrayscaleOptions& options)
 {
     for (const auto& file : {fileName(options.data), fileName(options.chart)}) {
         if (file.isEmpty()) continue;
-        const bool refused = !options.force && QFileInfo::exists(file);
-        const auto reason = refused ? QStringLiteral("%1 exists. Add --force to overwrite it.").arg(file)
-                                    : whyNotWritable(file);
+        if (!console.mayMake(file)) return false;
+        const auto reason = whyNotWritable(file);
         if (reason.isEmpty()) continue;
-        console.fail(refused ? Failure::Exists : Failure::File, reason);
+        console.fail(Failure::File, reason);
         return false;
     }
     return true;
@@ -132,17 +129,19 @@ void readGrayscale(Console& console, const GrayscaleOptions& options)
 
 void addGrayscaleCommands(CLI::App& app, Console& console)
 {
-    auto* command = app.add_subcommand(
-        "grayscale", "Read the brightness of every pixel of one sensor; without a file, on standard output");
+    auto* command =
+        addCommand(app, "grayscale",
+                   "Read the brightness of every pixel of one sensor; without a file, on standard output",
+                   "--address 5 grayscale X --data x.csv");
     const auto options = std::make_shared<GrayscaleOptions>();
-    command->add_option("--direction", options->direction, "X, Y, Z1 or Z2")
+    command->add_option("SENSOR", options->direction, "X, Y, Z1 or Z2")
         ->required()
         ->check(CLI::IsMember({"X", "Y", "Z1", "Z2"}));
     command->add_option("--data", options->data, "Save the pixels: .mdb or .csv")
         ->check(endsIn({".mdb", ".csv"}, ".mdb or .csv"));
     command->add_option(kChartOption, options->chart, "Save the chart: .jpg or .png")
         ->check(endsIn({".jpg", ".jpeg", ".png"}, ".jpg or .png"));
-    command->add_flag("--force", options->force, "Overwrite files that exist");
+    addForce(*command, console);
     command->callback([&console, options] { readGrayscale(console, *options); });
 }
 

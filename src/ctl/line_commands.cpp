@@ -1,5 +1,5 @@
+#include "ctl/command_line.h"
 #include "ctl/commands.h"
-#include "ctl/console.h"
 #include "line/conclusion.h"
 #include "line/diagnosis.h"
 #include "line/finder.h"
@@ -7,8 +7,6 @@
 #include "protocol/search.h"
 #include "text/duration.h"
 #include "text/number.h"
-
-#include <CLI/CLI.hpp>
 
 #include <memory>
 #include <optional>
@@ -46,19 +44,7 @@ CLI::Validator range()
             "FROM-TO"};
 }
 
-void searchBus(Console& console)
-{
-    if (!console.openPort(Access::Reads)) return;
-    const auto exchange = console.module1().transact(protocol::search());
-    const auto addresses = protocol::foundAddresses(exchange.reply);
-    if (addresses.empty()) {
-        console.fail(failureOf(exchange), protocol::kNothingFound);
-        return;
-    }
-    for (const auto& address : addresses) {
-        console.answer(shown(address), {{"address", shown(address).toInt()}});
-    }
-}
+QJsonValue textOrNull(const QString& text) { return text.isEmpty() ? QJsonValue() : QJsonValue(text); }
 
 void print(Console& console, const line::FoundReadout& readout)
 {
@@ -68,8 +54,8 @@ void print(Console& console, const line::FoundReadout& readout)
     if (!readout.remark.isEmpty()) words << readout.remark;
     console.answer(words.join(QStringLiteral("  ")), {{"address", readout.address},
                                                       {"answerMs", readout.answerMs},
-                                                      {"type", readout.type},
-                                                      {"remark", readout.remark}});
+                                                      {"type", textOrNull(readout.type)},
+                                                      {"remark", textOrNull(readout.remark)}});
 }
 
 void searchEach(Console& console, const line::FinderTask& task)
@@ -104,7 +90,7 @@ void conclude(Console& console, const line::Conclusion& verdict)
     console.answer(lines.join(u'\n'), {{"verdict", shown(line::nameOf(verdict.fault))},
                                        {"what", verdict.what},
                                        {"next", verdict.next},
-                                       {"unknown", verdict.unknown}});
+                                       {"unknown", textOrNull(verdict.unknown)}});
     if (!well) console.note(failureOf(verdict.fault));
 }
 
@@ -133,9 +119,24 @@ void diagnose(Console& console)
 
 } // namespace
 
+void searchBus(Console& console)
+{
+    if (!console.openPort(Access::Reads)) return;
+    const auto exchange = console.module1().transact(protocol::search());
+    const auto addresses = protocol::foundAddresses(exchange.reply);
+    if (addresses.empty()) {
+        console.fail(failureOf(exchange), protocol::kNothingFound);
+        return;
+    }
+    for (const auto& address : addresses) {
+        console.answer(shown(address), {{"address", shown(address).toInt()}});
+    }
+}
+
 void addLineCommands(CLI::App& app, Console& console)
 {
-    auto* searching = app.add_subcommand("search", "List the addresses that answer on the bus");
+    auto* searching =
+        addCommand(app, "search", "List the addresses that answer on the bus", "search --each 1-32");
     const auto each = std::make_shared<std::string>();
     auto* asked =
         searching
@@ -149,7 +150,8 @@ void addLineCommands(CLI::App& app, Console& console)
                            : searchBus(console);
     });
 
-    app.add_subcommand("diagnose", "Test step by step why the line or a readout does not answer")
+    addCommand(app, "diagnose", "Test step by step why the line or a readout does not answer",
+               "--address 5 diagnose")
         ->callback([&console] { diagnose(console); });
 }
 

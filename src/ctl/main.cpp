@@ -1,6 +1,5 @@
 #include "ctl/commands.h"
 #include "ctl/console.h"
-#include "ctl/mdb_command.h"
 #include "ctl/validators.h"
 #include "link/interrupt.h"
 
@@ -23,11 +22,16 @@ void addCommonOptions(CLI::App& app, CommonOptions& options)
 {
     app.add_option("--port", options.port,
                    "Device path or tcp:host:port (default: the first serial port, to write the only one)")
+        ->envname("QUORVEL_PORT")
         ->check(deviceName());
-    app.add_option("--address", options.address, "Bus address of the readout, 1 to 249")->check(busAddress());
+    app.add_option("--address", options.address, "Bus address of the readout, 1 to 249")
+        ->envname("QUORVEL_ADDRESS")
+        ->check(busAddress());
     app.add_option("--type", options.type, "Instrument type (default: A; settings find out whether it is C)")
         ->check(CLI::IsMember({"A", "B", "C", "D"}));
-    app.add_flag("--json", options.json, "Answer in JSON");
+    app.add_flag("--json", options.json, "Answer in JSON, one object a line");
+    app.add_flag("--quiet", options.quiet, "Say nothing but answers and failures");
+    app.add_flag("--progress", options.progress, "Show progress although stderr is not a terminal");
     app.add_flag("!--no-journal", options.journal, "Do not book what is set and deleted");
     app.add_flag("--read-only", options.readOnly, "Send nothing that would change a readout");
     app.add_option("--trace", options.trace,
@@ -35,6 +39,17 @@ void addCommonOptions(CLI::App& app, CommonOptions& options)
     app.add_flag("--stats", options.stats,
                  "Print at the end how well each readout answered, as CSV on stderr");
 }
+
+constexpr auto kFooter = R"(A command that takes a value asks without one, and sets with it.
+
+Exit status:
+  0  done
+  1  another failure
+  2  the command line is wrong; nothing was sent
+  3  the port: missing, in use, lost
+  4  no answer
+  5  an answer that is short, garbled or not of its form
+  6  refused: a confirmation is missing, a file exists, only reading is allowed, or it is not safe)";
 
 /// Charts are drawn as the windows draw them, although nothing is shown; all else needs no interface at all.
 std::unique_ptr<QCoreApplication> makeApplication(int& argc, char* argv[])
@@ -51,9 +66,11 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char* argv[])
 
 int runCommandLine(Console& console, int argc, const char* const argv[])
 {
-    CLI::App app("Talks to CCD plumb-line readouts on a serial bus.");
+    CLI::App app("Talks to CCD plumb-line readouts on a serial bus.",
+                 console.bench().isUserEdition() ? "quorvelctl" : "quorvelctl-factory");
     app.set_version_flag("--version", std::string("quorvelctl V" QUORVEL_VERSION " ") +
                                           console.bench().edition.toStdString());
+    app.footer(kFooter);
     app.require_subcommand(1);
     app.fallthrough();
     addCommonOptions(app, console.options);
@@ -61,9 +78,8 @@ int runCommandLine(Console& console, int argc, const char* const argv[])
     addBusCommands(app, console);
     addAutoreadCommands(app, console);
     addStoredCommands(app, console);
-    addMdbCommand(app, [&console](const std::string& reason) {
-        console.fail(Failure::File, QString::fromStdString(reason));
-    });
+    addMdbCommand(app, console);
+    addRawCommand(app, console);
     addCalibrationCommands(app, console);
     addSettingsCommands(app, console);
     addSettingCommands(app, console);

@@ -1,13 +1,13 @@
-#include "ctl/mdb_command.h"
-
+#include "ctl/command_line.h"
+#include "ctl/commands.h"
 #include "jet/database.h"
+#include "text/number.h"
 
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
-#include <iostream>
+#include <filesystem>
 #include <memory>
-#include <system_error>
+#include <string>
+#include <vector>
 
 namespace quorvel::ctl {
 
@@ -16,118 +16,76 @@ namespace {
 struct MdbRequest {
     std::string file;
     std::string table;
-    bool json = false;
 };
 
-std::string quoted(const std::string& text, bool json)
+QString inUtf8(const std::string& text) { return QString::fromStdString(text); }
+
+QString csvCell(const std::string& text)
 {
-    std::string out = "\"";
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (!json) {
-            out.append(character == '"' ? 2 : 1, character);
-        } else if (character == '"' || character == '\\') {
-            out += {'\\', character};
-        } else if (byte < 0x20) {
-            char escape[8];
-            std::snprintf(std::begin(escape), std::size(escape), "\\u%04x", byte);
-            out += std::begin(escape);
-        } else {
-            out += character;
-        }
-    }
-    out += '"';
-    return out;
+    if (text.find_first_of(",\"\r\n") == std::string::npos) return inUtf8(text);
+    return u'"' + inUtf8(text).replace(u'"', QStringLiteral("\"\"")) + u'"';
 }
 
-std::string csvCell(const std::string& text)
+/// Numbers and yes/no as such, all else as text; what JSON has no number for is null.
+QJsonValue jsonCell(const jet::Value& value)
 {
-    return text.find_first_of(",\"\r\n") == std::string::npos ? text : quoted(text, false);
-}
-
-/// Numbers and yes/no stand bare in JSON, all else as text; what JSON has no number for is null.
-std::string jsonCell(const jet::Value& value)
-{
-    if (value.isNull()) return "null";
+    if (value.isNull()) return {};
+    const auto text = value.text();
     const auto number = value.number();
-    if (number) return std::isfinite(*number) ? value.text() : "null";
-    return quoted(value.text(), true);
+    if (!number) return inUtf8(text);
+    if (text == "true" || text == "false") return text == "true";
+    // with the digits of its precision
+    return std::isfinite(*number) ? QJsonValue(text::Val(text)) : QJsonValue();
 }
 
-std::string jsonRow(jet::Recordset& rows)
+QJsonObject jsonRow(jet::Recordset& rows)
 {
-    std::string line = "{";
+    QJsonObject row;
     for (int i = 0; i < rows.FieldCount(); ++i) {
-        const auto field = rows.Fields(i);
-        if (i > 0) line += ", ";
-        line.append(quoted(field.Name(), true)).append(": ").append(jsonCell(field.Value()));
+        row.insert(inUtf8(rows.Fields(i).Name()), jsonCell(rows.Fields(i).Value()));
     }
-    line += '}';
-    return line;
+    return row;
 }
 
-std::string csvRow(jet::Recordset& rows, bool names)
+QString csvRow(jet::Recordset& rows, bool names)
 {
-    std::string line;
+    QStringList cells;
     for (int i = 0; i < rows.FieldCount(); ++i) {
-        const auto field = rows.Fields(i);
-        if (i > 0) line += ',';
-        line += csvCell(names ? field.Name() : field.Value().text());
+        cells << csvCell(names ? rows.Fields(i).Name() : rows.Fields(i).Value().text());
     }
-    return line;
+    return cells.join(u',');
 }
 
-/// Printed rows reach stdout in large pieces: a line at a time is slow through a pipe. Rows that cannot be read are
-/// left out and counted. Ends early when the output cannot be written.
-jet::Status printRows(jet::Recordset& rows, bool json)
+/// Rows that cannot be read are left out and counted. Ends early when the output cannot be written.
+jet::Status printRows(Console& console, jet::Recordset& rows)
 {
-    std::cout << (json ? "[" : csvRow(rows, true) + "\n");
-    const char* between = "\n";
+    if (!console.options.json) console.answer(csvRow(rows, true), {}, true);
     int unread = 0;
     jet::Status last;
-    for (auto read = rows.MoveFirst(); !rows.Eof() && std::cout; read = rows.MoveNext()) {
+    for (auto read = rows.MoveFirst(); !rows.Eof() && !console.endRequested(); read = rows.MoveNext()) {
         if (!read) {
             ++unread;
             last = read;
-        } else if (json) {
-            std::cout << between << jsonRow(rows);
-            between = ",\n";
+        } else if (console.options.json) {
+            console.answer({}, jsonRow(rows), true);
         } else {
-            std::cout << csvRow(rows, false) << '\n';
+            console.answer(csvRow(rows, false), {}, true);
         }
     }
-    if (json) std::cout << "\n]\n";
     if (unread == 0) return {};
     return jet::Failure{"Left out " + std::to_string(unread) + " of " + std::to_string(rows.RecordCount()) +
                         " rows: " + last.error()};
 }
 
-void printTables(const std::vector<jet::TableInfo>& tables, bool json)
+void printTables(Console& console, const std::vector<jet::TableInfo>& tables)
 {
-    if (!json) std::cout << "table\n";
-    const char* between = "\n";
-    if (json) std::cout << "[";
+    if (!console.options.json) console.answer(QStringLiteral("table"), {}, true);
     for (const auto& table : tables) {
-        if (table.system) continue;
-        if (json) {
-            std::cout << between << quoted(table.name, true);
-            between = ",\n";
-        } else {
-            std::cout << csvCell(table.name) << '\n';
-        }
+        if (!table.system) console.answer(csvCell(table.name), {{"table", inUtf8(table.name)}}, true);
     }
-    if (json) std::cout << "\n]\n";
 }
 
-/// Writes what is left of the output. @return why it could not be written, empty when it was.
-std::string unwritten()
-{
-    // Of an output that failed earlier the reason is still the last error: nothing was read since.
-    if (std::cout.flush()) return {};
-    return "The output could not be written: " + std::generic_category().message(errno) + ".";
-}
-
-jet::Status answer(const MdbRequest& request)
+jet::Status printFile(Console& console, const MdbRequest& request)
 {
     const std::u8string file(request.file.begin(), request.file.end());
     auto database = jet::OpenDatabase(std::filesystem::path(file), {.access = jet::Access::ReadOnly});
@@ -135,30 +93,29 @@ jet::Status answer(const MdbRequest& request)
     if (request.table.empty()) {
         const auto tables = database->Tables();
         if (!tables) return tables.failure();
-        printTables(*tables, request.json);
+        printTables(console, *tables);
         return {};
     }
     auto rows = database->OpenRecordset(request.table);
     if (!rows) return rows.failure();
-    const auto printed = printRows(*rows, request.json);
+    const auto printed = printRows(console, *rows);
     return printed ? rows->Complete() : printed;
 }
 
 } // namespace
 
-void addMdbCommand(CLI::App& app, const std::function<void(const std::string& reason)>& fail)
+void addMdbCommand(CLI::App& app, Console& console)
 {
-    auto* const command =
-        app.add_subcommand("mdb", "List the tables of an Access database file, or print one");
+    auto* const command = addCommand(
+        app, "mdb", "List the tables of an Access database file, or print one as CSV; never writes to it",
+        "mdb readout-5.mdb data");
     const auto request = std::make_shared<MdbRequest>();
     command->add_option("FILE", request->file, "The database file (.mdb)")->required();
     command->add_option("TABLE", request->table, "The table to print; the list of tables when left out");
-    command->add_flag("--json", request->json, "Print JSON instead of CSV");
-    command->callback([request, fail] {
-        const auto done = answer(*request);
-        const auto lost = unwritten();
-        if (done && lost.empty()) return;
-        fail(lost.empty() ? done.error() : lost);
+    command->callback([&console, request] {
+        const auto done = printFile(console, *request);
+        console.flush();
+        if (!done) console.fail(Failure::File, inUtf8(done.error()));
     });
 }
 

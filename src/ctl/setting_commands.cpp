@@ -1,10 +1,11 @@
+#include "ctl/command_line.h"
 #include "ctl/commands.h"
-#include "ctl/console.h"
 #include "ctl/exchanges.h"
 #include "ctl/validators.h"
 #include "link/bytes.h"
 #include "protocol/answer.h"
 #include "protocol/change_address.h"
+#include "protocol/command.h"
 #include "protocol/feature.h"
 #include "protocol/readout_clock.h"
 #include "protocol/reference.h"
@@ -12,8 +13,6 @@
 #include "protocol/switches.h"
 #include "protocol/wire.h"
 #include "text/number.h"
-
-#include <CLI/CLI.hpp>
 
 #include <functional>
 #include <optional>
@@ -28,11 +27,9 @@ using namespace protocol;
 /// What stands behind a subcommand; empty where it was not given.
 struct Arguments {
     std::string direction; ///< X, Y or Z
-    std::string value;
-    std::string diameter;
+    std::string value;     ///< of the wire: the diameter
     std::string permittedError;
     std::string selfCalibration = "on";
-    bool yes = false;
 };
 
 bool isOn(const std::string& word) { return word == "on"; }
@@ -56,9 +53,16 @@ bool openDirection(Console& console, const Arguments& given)
     return false;
 }
 
+QJsonObject answerOf(const Console& console, const std::string& direction)
+{
+    return {{"address", console.address()}, {"direction", shown(direction)}};
+}
+
 void answerOffset(Console& console, const std::string& direction, const std::string& offset)
 {
-    console.answer(shown(offset), {{"direction", shown(direction)}, {"offset", shown(offset)}});
+    auto object = answerOf(console, direction);
+    insertLength(object, QStringLiteral("offset"), offset);
+    console.answer(shown(offset), object);
 }
 
 void queryOffset(Console& console, const OffsetRow& row)
@@ -86,6 +90,18 @@ void offset(Console& console, const Arguments& given)
     if (order(console, offsetSet(row, address, value))) answerOffset(console, given.direction, value);
 }
 
+/// @param withoutOffset  the reading without the offset, in mm.
+void answerReference(Console& console, const std::string& direction, const ReferenceRun& run,
+                     const std::string& text, double withoutOffset)
+{
+    auto object = answerOf(console, direction);
+    insertLength(object, QStringLiteral("offset"), run.offset);
+    insertLength(object, QStringLiteral("reading"), run.reading);
+    object.insert("valueWithoutOffsetMm",
+                  text::isNumber(run.reading) ? QJsonValue(withoutOffset) : QJsonValue());
+    console.answer(shown(text), object);
+}
+
 // Whatever breaks in between, the offset that was there can be set again.
 void setReference(Console& console, const ReferenceRow& row, const Arguments& given)
 {
@@ -104,7 +120,7 @@ void setReference(Console& console, const ReferenceRow& row, const Arguments& gi
         return;
     }
     console.tell(shown(inOneLine(referenceSetText(run))));
-    answerOffset(console, given.direction, run.offset);
+    answerReference(console, given.direction, run, run.offset, text::Val(run.reading));
     if (const auto counted = countedText(run); !counted.empty())
         console.fail(Failure::Garbled, shown(counted));
 }
@@ -124,10 +140,8 @@ void queryReference(Console& console, const ReferenceRow& row, const Arguments& 
                 .arg(shown(inOneLine(run.offset)), shown(inOneLine(run.reading))));
         return;
     }
-    console.answer(shown(run.offset + "  " + text::general(run.realValue)),
-                   {{"direction", shown(given.direction)},
-                    {"offset", shown(run.offset)},
-                    {"valueWithoutOffset", run.realValue}});
+    answerReference(console, given.direction, run, run.offset + "  " + text::general(run.realValue),
+                    run.realValue);
 }
 
 void reference(Console& console, const Arguments& given)
@@ -142,15 +156,20 @@ void flipOrQuery(Console& console, const QString& name, const Arguments& given,
                  const std::function<link::Transaction(bool)>& set, const link::Transaction& query,
                  std::optional<bool> (*stateOf)(std::string_view reply))
 {
+    const auto answer = [&](bool on) {
+        QJsonObject object{{"address", console.address()}, {name, on}};
+        if (!given.direction.empty()) object.insert("direction", shown(given.direction));
+        console.answer(onOff(on), object);
+    };
     if (!given.value.empty()) {
         const bool on = isOn(given.value);
-        if (order(console, set(on))) console.answer(onOff(on), {{name, on}});
+        if (order(console, set(on))) answer(on);
         return;
     }
     const auto exchange = ask(console, query);
     if (!exchange) return;
     if (const auto state = stateOf(exchange->reply)) {
-        console.answer(onOff(*state), {{name, *state}});
+        answer(*state);
     } else {
         failed(console, kCommError, *exchange);
     }
@@ -176,13 +195,13 @@ void switchOne(Console& console, const SwitchRow& row, const QString& name, cons
 void invert(Console& console, const Arguments& given)
 {
     if (!openDirection(console, given)) return;
-    switchOne(console, kSwitches[indexOf(given.direction)], QStringLiteral("invert") + shown(given.direction),
-              given);
+    switchOne(console, kSwitches[indexOf(given.direction)], QStringLiteral("inverted"), given);
 }
 
 void swap(Console& console, const Arguments& given)
 {
-    if (console.openReadout(accessFor(given.value))) switchOne(console, kSwap, QStringLiteral("swap"), given);
+    if (console.openReadout(accessFor(given.value)))
+        switchOne(console, kSwap, QStringLiteral("swapped"), given);
 }
 
 void queryWire(Console& console)
@@ -194,19 +213,26 @@ void queryWire(Console& console)
         failed(console, kCommError, *exchange);
         return;
     }
-    QJsonObject object{{"diameterMm", static_cast<double>(wire->diameterTenthsMm) / 10},
-                       {"permittedErrorMm", static_cast<double>(wire->errorTenthsMm) / 10}};
-    if (!console.bench().isUserEdition()) object.insert("selfCalibration", wire->selfCalibration);
-    console.answer(shown(wireText(*wire, console.bench().isUserEdition())).trimmed(), object);
+    const bool user = console.bench().isUserEdition();
+    const auto received = [&](std::size_t index) {
+        return shown(field(CommandId::QueryWire, index, exchange->reply));
+    };
+    console.answer(shown(wireText(*wire, user)).trimmed(),
+                   {{"address", console.address()},
+                    {"diameterMm", static_cast<double>(wire->diameterTenthsMm) / 10},
+                    {"diameterText", received(0)},
+                    {"permittedErrorMm", static_cast<double>(wire->errorTenthsMm) / 10},
+                    {"permittedErrorText", received(1)},
+                    {"selfCalibration", user ? QJsonValue() : QJsonValue(wire->selfCalibration)}});
 }
 
 void wire(Console& console, const Arguments& given)
 {
-    if (given.diameter.empty()) {
+    if (given.value.empty()) {
         if (console.openReadout(Access::Reads)) queryWire(console);
         return;
     }
-    const WireParameters wanted{tenthsOf(given.diameter), tenthsOf(given.permittedError),
+    const WireParameters wanted{tenthsOf(given.value), tenthsOf(given.permittedError),
                                 isOn(given.selfCalibration)};
     if (!fitsWireField(wanted.diameterTenthsMm) || !fitsWireField(wanted.errorTenthsMm)) {
         console.fail(Failure::Usage, QStringLiteral("Lengths are 0 to 9.9 mm."));
@@ -219,15 +245,18 @@ void wire(Console& console, const Arguments& given)
 
 void clock(Console& console, const Arguments& given)
 {
-    if (!console.openReadout(given.yes ? Access::Writes : Access::Reads)) return;
+    const bool sets = !given.value.empty();
+    if (!console.openReadout(accessFor(given.value))) return;
     const auto address = console.bench().addressDigits();
-    if (given.yes && !order(console, clockSet(address, console.module1().clock().now()))) return;
+    if (sets && !order(console, clockSet(address, console.module1().clock().now()))) return;
     const auto exchange = ask(console, clockQuery(address));
     if (!exchange) return;
     const auto& reply = exchange->reply;
     const auto text = shown(inOneLine(clockText(reply)));
     if (const auto time = clockOf(reply)) {
-        console.answer(text, {{"clock", time->toString(Qt::ISODate)}});
+        console.answer(
+            text,
+            {{"address", console.address()}, {"clock", time->toString(Qt::ISODate)}, {"clockText", text}});
     } else {
         console.fail(Failure::Garbled,
                      QStringLiteral("The readout's clock shows no date and time: \"%1\".").arg(text));
@@ -236,6 +265,7 @@ void clock(Console& console, const Arguments& given)
 
 void address(Console& console, const Arguments& given)
 {
+    if (given.value.empty()) return searchBus(console);
     const int wanted = text::integerOf(given.value);
     if (!console.checkReadout()) return;
     if (const auto* error = addressChangeError(console.address(), wanted)) {
@@ -251,23 +281,21 @@ void address(Console& console, const Arguments& given)
         return;
     }
     console.tell(kAddressChanged);
-    console.answer(QString::number(wanted), {{"address", wanted}});
+    console.answer(QString::number(wanted), {{"address", wanted}, {"formerAddress", console.address()}});
 }
 
-void reset(Console& console, const Arguments& given)
+void reset(Console& console, const Arguments& /*given*/)
 {
-    if (!given.yes) {
-        console.fail(
-            Failure::NeedsYes,
-            QStringLiteral("A reset overwrites the settings and deletes the stored readings for good. "
-                           "Add --yes to do it."));
-        return;
-    }
+    if (!console.checkReadout()) return;
+    if (!console.agrees(QStringLiteral("A reset overwrites the settings of readout %1 and deletes its stored "
+                                       "readings for good. Reset it?")
+                            .arg(console.address())))
+        return console.fail(Failure::NeedsYes, QStringLiteral("Nothing was reset. Add --yes to do it."));
     if (!console.openReadout(Access::Writes)) return;
     const auto run = runReset(console.module1(), console.bench(),
                               [&console](const std::string& step) { console.tell(shown(step)); });
     if (run.ok) {
-        console.answer(kResetOk, {{"reset", true}});
+        console.answer(kResetOk, {{"address", console.address()}, {"reset", true}});
     } else {
         console.fail(console.failureOfLine().value_or(Failure::Unconfirmed),
                      kResetFailed + shown(" At " + run.where + ": ") + run.why);
@@ -282,43 +310,49 @@ enum Takes : unsigned {
     kAddress = 8,
     kWire = 16,
     kYes = 32,
-    kSet = 64,
+    kNow = 64,
 };
 
 struct Row {
     const char* name;
     const char* help;
+    const char* example;
     unsigned takes;
     void (*run)(Console& console, const Arguments& given);
 };
 constexpr Row kRows[] = {
-    {"offset", "Print or set the offset of a direction", kDirection | kNumber, offset},
+    {"offset", "Print or set the offset of a direction", "--address 5 offset X 1.5", kDirection | kNumber,
+     offset},
     {"reference", "Print or set the reference of a direction: what it reads where the wire is now",
-     kDirection | kNumber, reference},
-    {"feature", "Print or switch the use of the reference", kOnOff, feature},
-    {"invert", "Print or switch the inversion of a direction", kDirection | kOnOff, invert},
-    {"swap", "Print or switch the exchange of X and Y", kOnOff, swap},
-    {"wire", "Print or set diameter, permitted error and self-calibration", kWire, wire},
-    {"clock", "Print the readout's clock, or set it to this machine's time", kSet, clock},
-    {"address", "Give the readout a new address", kAddress, address},
-    {"reset", "Reset all settings and delete the stored readings", kYes, reset},
+     "--address 5 reference X 10", kDirection | kNumber, reference},
+    {"feature", "Print or switch the use of the reference", "--address 5 feature on", kOnOff, feature},
+    {"invert", "Print or switch the inversion of a direction", "--address 5 invert X on", kDirection | kOnOff,
+     invert},
+    {"swap", "Print or switch the exchange of X and Y", "--address 5 swap off", kOnOff, swap},
+    {"wire", "Print or set wire diameter and permitted error", "--address 5 wire 1.5 0.3", kWire, wire},
+    {"clock", "Print the readout's clock, or set it to this machine's time", "--address 5 clock now", kNow,
+     clock},
+    {"address", "Print the addresses that answer, or give the readout a new one", "--address 5 address 7",
+     kAddress, address},
+    {"reset", "Reset all settings and delete the stored readings; asks first", "--address 5 reset --yes",
+     kYes, reset},
 };
 
 void addWireOptions(CLI::App& command, Arguments& given, bool userEdition)
 {
     auto* diameter =
-        command.add_option("--diameter", given.diameter, "Millimetres, 0 to 9.9")->check(number());
+        command.add_option("DIAMETER", given.value, "Millimetres to set, 0 to 9.9")->check(number());
     auto* error =
-        command.add_option("--error", given.permittedError, "Millimetres, 0 to 9.9")->check(number());
+        command.add_option("ERROR", given.permittedError, "Permitted error in millimetres, 0 to 9.9")
+            ->check(number());
     diameter->needs(error);
-    error->needs(diameter);
     if (userEdition) return;
-    command.add_option("--self-calibration", given.selfCalibration, "on (default) or off")
+    command.add_option("--self-calibration", given.selfCalibration, "Set with them: on (default) or off")
         ->check(CLI::IsMember({"on", "off"}))
         ->needs(diameter);
 }
 
-void addOptions(CLI::App& command, Arguments& given, unsigned takes, bool userEdition)
+void addOptions(CLI::App& command, Console& console, Arguments& given, unsigned takes)
 {
     if (takes & kDirection) {
         command.add_option("DIRECTION", given.direction, "X, Y or Z")
@@ -327,11 +361,13 @@ void addOptions(CLI::App& command, Arguments& given, unsigned takes, bool userEd
     }
     if (takes & kNumber) command.add_option("VALUE", given.value, "Millimetres to set")->check(number());
     if (takes & kOnOff)
-        command.add_option("STATE", given.value, "on or off")->check(CLI::IsMember({"on", "off"}));
-    if (takes & kAddress) command.add_option("NEW", given.value, "1 to 249")->required()->check(busAddress());
-    if (takes & kWire) addWireOptions(command, given, userEdition);
-    if (takes & kYes) command.add_flag("--yes", given.yes, "Without this, nothing is reset");
-    if (takes & kSet) command.add_flag("--set", given.yes, "Set the clock to this machine's time");
+        command.add_option("STATE", given.value, "on or off, to set it")->check(CLI::IsMember({"on", "off"}));
+    if (takes & kAddress)
+        command.add_option("NEW", given.value, "1 to 249, for the readout at --address")->check(busAddress());
+    if (takes & kWire) addWireOptions(command, given, console.bench().isUserEdition());
+    if (takes & kYes) addYes(command, console);
+    if (takes & kNow)
+        command.add_option("NOW", given.value, "The word now, to set it")->check(CLI::IsMember({"now"}));
 }
 
 } // namespace
@@ -339,9 +375,9 @@ void addOptions(CLI::App& command, Arguments& given, unsigned takes, bool userEd
 void addSettingCommands(CLI::App& app, Console& console)
 {
     for (const auto& row : kRows) {
-        auto* command = app.add_subcommand(row.name, row.help);
+        auto* command = addCommand(app, row.name, row.help, row.example);
         const auto given = std::make_shared<Arguments>();
-        addOptions(*command, *given, row.takes, console.bench().isUserEdition());
+        addOptions(*command, console, *given, row.takes);
         command->callback([&console, given, run = row.run] { run(console, *given); });
     }
 }

@@ -1,12 +1,10 @@
 #include "autoread/visit.h"
+#include "ctl/command_line.h"
 #include "ctl/commands.h"
-#include "ctl/console.h"
 #include "files/name.h"
 #include "protocol/ring.h"
 
 #include <QFileInfo>
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <memory>
@@ -22,16 +20,8 @@ using autoread::Visit;
 /// What the person wants of a download.
 struct DownloadOptions {
     std::string file;
-    bool force = false;
     bool goesOn = false;
     autoread::Asking asking;
-};
-
-/// What the person wants of a deletion.
-struct ClearOptions {
-    bool sure = false;
-    bool force = false;
-    std::vector<std::string> taken;
 };
 
 QString sentence(const std::string& text) { return QString::fromStdString(text); }
@@ -115,9 +105,11 @@ void continueDownload(Console& console, const DownloadOptions& options, Visit& v
     const auto plan = visit.plan(pathOf(options.file));
     if (!plan) return console.fail(console.failureOfLine().value_or(Failure::File), sentence(plan.error()));
     if (plan->isPossible()) console.tell(sentence(plan->words));
-    if (plan->needsConsent() && plan->isPossible() && !options.force) {
+    if (plan->needsConsent() && plan->isPossible() &&
+        !console.agrees(QStringLiteral("Continue %1 all the same?")
+                            .arg(sentence(files::inWords(pathOf(options.file)))))) {
         return console.fail(Failure::Unsafe,
-                            QStringLiteral("Nothing was fetched. Add --force to continue all the same."));
+                            QStringLiteral("Nothing was fetched. Add --yes to continue all the same."));
     }
     answerReport(console, visit.continueFile(*plan, watch(console)));
 }
@@ -127,7 +119,7 @@ void download(Console& console, const DownloadOptions& options)
     if (!console.checkReadout()) return;
     const auto path = pathOf(options.file);
     const bool exists = files::isThere(path);
-    if (exists && !options.force && !options.goesOn) {
+    if (exists && !console.options.force && !options.goesOn) {
         return console.fail(
             Failure::Exists,
             QStringLiteral("%1 exists. Add --force to overwrite it, or --continue to go on in it.")
@@ -154,41 +146,46 @@ void check(Console& console, const std::vector<std::string>& files)
 }
 
 /// Whether the files hold what would be deleted; says so. @return false when the deletion is not to be.
-bool mayClear(Console& console, const ClearOptions& options, Visit& visit)
+bool mayClear(Console& console, const std::vector<std::string>& taken, Visit& visit)
 {
-    if (options.taken.empty()) return true;
-    const auto result = visit.check(pathsOf(options.taken));
-    console.tell(sentence(result.words));
-    if (result.safe || options.force) return true;
-    console.fail(console.failureOfLine().value_or(Failure::Unsafe), QStringLiteral("Nothing was deleted."));
+    if (taken.empty()) return true;
+    const auto result = visit.check(pathsOf(taken));
+    if (result.safe) {
+        console.tell(sentence(result.words));
+        return true;
+    }
+    console.fail(console.failureOfLine().value_or(Failure::Unsafe),
+                 sentence(result.words) + QStringLiteral(" Nothing was deleted."));
     return false;
 }
 
-void clearRing(Console& console, const ClearOptions& options)
+void clearRing(Console& console, const std::vector<std::string>& taken)
 {
-    if (!options.sure) {
-        return console.fail(
-            Failure::NeedsYes,
-            QStringLiteral("This deletes the records stored in the readout. Add --yes to do it."));
-    }
-    if (!console.openReadout(Access::Writes)) return;
+    if (!console.checkReadout()) return;
+    if (!console.agrees(QStringLiteral("This deletes the records stored in readout %1. Delete them?")
+                            .arg(console.address())))
+        return console.fail(Failure::NeedsYes, QStringLiteral("Nothing was deleted. Add --yes to do it."));
+    if (!console.openPort(Access::Writes)) return;
     Station station(console, {.retries = kOwnRetries});
-    if (!mayClear(console, options, station.visit)) return;
+    if (!mayClear(console, taken, station.visit)) return;
     const auto deletion = station.visit.deleteRecords();
-    if (deletion.confirmed) console.tell(protocol::kDataDeleted);
-    console.tell(sentence(deletion.words));
-    if (!deletion.certain()) console.note(console.failureOfLine().value_or(Failure::Unconfirmed));
+    const auto words = sentence(deletion.words);
+    if (!deletion.certain())
+        return console.fail(console.failureOfLine().value_or(Failure::Unconfirmed), words);
+    console.tell(protocol::kDataDeleted);
+    console.answer(words, {{"address", console.address()}, {"deleted", true}, {"words", words}});
 }
 
 void addDownload(CLI::App& app, Console& console)
 {
-    auto* command = app.add_subcommand("download", "Fetch the stored records of a readout into a file");
+    auto* command = addCommand(app, "download", "Fetch the stored records of a readout into a file",
+                               "--address 5 download --retries 3 readout-5.mdb");
     const auto options = std::make_shared<DownloadOptions>();
     command->add_option("FILE", options->file, "Database to make; CSV when the name ends in .csv")
         ->required();
     command->add_flag("--continue", options->goesOn, "Go on behind the last row of FILE");
-    command->add_flag("--force", options->force,
-                      "Overwrite FILE when it exists; continue it although the records do not follow");
+    addForce(*command, console);
+    command->add_flag("--yes", console.options.yes, "Continue FILE although the records do not follow");
     command
         ->add_option("--retries", options->asking.retries, "Ask again so often for a reply that does not fit")
         ->check(CLI::Range(0, kMostRetries));
@@ -199,24 +196,23 @@ void addDownload(CLI::App& app, Console& console)
 
 void addClear(CLI::App& app, Console& console)
 {
-    auto* command = app.add_subcommand("clear", "Delete the stored records of a readout");
-    const auto options = std::make_shared<ClearOptions>();
-    command->add_flag("--yes", options->sure, "Without this, nothing is deleted");
-    command->add_option("--taken", options->taken,
-                        "Only when these files hold all its records; else status 6");
-    command->add_flag("--force", options->force, "Delete all the same");
-    command->callback([&console, options] { clearRing(console, *options); });
+    auto* command = addCommand(app, "clear", "Delete the stored records of a readout; asks first",
+                               "--address 5 clear --yes --taken readout-5.mdb");
+    const auto taken = std::make_shared<std::vector<std::string>>();
+    addYes(*command, console);
+    command->add_option("--taken", *taken, "Only when these files hold all its records");
+    command->callback([&console, taken] { clearRing(console, *taken); });
 }
 
 } // namespace
 
 void addStoredCommands(CLI::App& app, Console& console)
 {
-    app.add_subcommand("ring", "Show what a readout has stored, and its clock")->callback([&console] {
-        showRing(console);
-    });
+    addCommand(app, "ring", "Print what a readout has stored, and its clock", "--address 5 ring")
+        ->callback([&console] { showRing(console); });
     addDownload(app, console);
-    auto* checking = app.add_subcommand("check", "Are all stored records of a readout in files?");
+    auto* checking = addCommand(app, "check", "Are all stored records of a readout in files?",
+                                "--address 5 check readout-5.mdb");
     const auto files = std::make_shared<std::vector<std::string>>();
     checking->add_option("FILE", *files, "Files of earlier downloads")->required();
     checking->callback([&console, files] { check(console, *files); });

@@ -75,11 +75,10 @@ Journal::Journal(std::filesystem::path file, JournalWriter writer, QObject* pare
 
 void Journal::ended(const link::Exchange& exchange)
 {
-    const auto* command = protocol::commandOf(exchange.transaction.frame);
-    if (!command) return;
-    if (command->kind == link::Kind::Query) return learn(exchange);
-    const bool changes = command->kind == link::Kind::Set || command->kind == link::Kind::Delete;
-    if (changes && exchange.sent > 0) book(exchange, *command);
+    const auto kind = exchange.transaction.kind;
+    if (kind == link::Kind::Query) return learn(exchange);
+    const bool changes = kind == link::Kind::Set || kind == link::Kind::Delete;
+    if (changes && exchange.sent > 0) book(exchange);
 }
 
 void Journal::learn(const link::Exchange& exchange)
@@ -90,18 +89,21 @@ void Journal::learn(const link::Exchange& exchange)
     known_[{addressDigits(exchange), std::string(command->digits)}] = protocol::parameterOf(exchange.reply);
 }
 
-void Journal::book(const link::Exchange& exchange, const protocol::Command& command)
+void Journal::book(const link::Exchange& exchange)
 {
+    // null for a frame that somebody typed and nobody knows
+    const auto* command = protocol::commandOf(exchange.transaction.frame);
+    const auto kind = exchange.transaction.kind;
     const auto parameter = std::string(protocol::parameterOf(exchange.transaction.frame));
-    const Known place{addressDigits(exchange), queryFor(command.id)};
+    const Known place{addressDigits(exchange), command ? queryFor(command->id) : std::string()};
     const auto known = known_.find(place);
     const bool confirmed = link::isConfirmed(exchange);
     const QJsonObject line{
         {"time", isoTime(exchange.begun)},
         {"port", writer_.port()},
         {"address", protocol::addressOf(exchange.transaction.frame)},
-        {"kind", link::shown(protocol::nameOf(command.kind))},
-        {"command", link::shown(command.digits)},
+        {"kind", link::shown(protocol::nameOf(kind))},
+        {"command", command ? link::shown(command->digits) : QString()},
         {"meaning", link::shown(protocol::meaningOf(exchange.transaction.frame))},
         {"old", known == known_.end() ? QJsonValue() : QJsonValue(link::shown(known->second))},
         {"new", link::shown(parameter)},
@@ -113,7 +115,7 @@ void Journal::book(const link::Exchange& exchange, const protocol::Command& comm
         {"user", writer_.user},
     };
     // A reply that did not confirm leaves open which value holds now.
-    if (confirmed && command.kind == link::Kind::Set && !place.second.empty()) {
+    if (confirmed && kind == link::Kind::Set && !place.second.empty()) {
         known_[place] = parameter;
     } else {
         known_.erase(place);

@@ -54,7 +54,7 @@ private:
     using Known = std::pair<std::string, std::string>; ///< address digits, digits of the query
 
     void learn(const link::Exchange& exchange);
-    void book(const link::Exchange& exchange, const protocol::Command& command);
+    void book(const link::Exchange& exchange);
     QString append(const QByteArray& line);
     void setAsideWhenLong();
 

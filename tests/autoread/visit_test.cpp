@@ -37,9 +37,9 @@ TEST_F(VisitFor, RingIsShownWithItsEndsAndItsClock)
                                   ", 1 min 0 s behind the PC\n");
     const auto object = json(*ring, 1);
     EXPECT_EQ(object.value("records").toInt(), 8);
-    EXPECT_EQ(object.value("last").toObject().value("x").toDouble(), 8);
+    EXPECT_EQ(object.value("last").toObject().value("xMm").toDouble(), 8);
     EXPECT_EQ(object.value("clock").toObject().value("aheadSeconds").toInt(), -60);
-    EXPECT_EQ(object.value("interval").toInt(), 3600);
+    EXPECT_EQ(object.value("intervalSeconds").toInt(), 3600);
     readout.clear();
     EXPECT_THAT(text(*visit().askRing(), 1),
                 StartsWith("Readout 1, type A, B or D: 0 records, room for 20\nCurrent"));
@@ -62,7 +62,7 @@ TEST_F(VisitFor, ReportHoldsWhatWasAskedAndGot)
     EXPECT_THAT(text(report), StartsWith("Readout: 1, type A\nFile: " + file("a.csv").string() +
                                          "\nRecords: 8 of 8, complete\nFirst: 2024-01-01T00:00:00\n"));
     const auto object = json(report);
-    EXPECT_EQ(object.value("records").toInt(), 8);
+    EXPECT_EQ(object.value("received").toInt(), 8);
     EXPECT_TRUE(object.value("complete").toBool());
     EXPECT_TRUE(object.value("safeToDelete").isNull());
     EXPECT_EQ(object.value("line").toObject().value("questions").toInt(), 8);

@@ -167,8 +167,8 @@ TEST_F(CrashedCalibration, ACommandThatMeasuresLeavesTheRowOrNot)
     put(5, "x", 7.25);
     mscomm1.setPortOpen(false);
     const Recording recording(folder.path().toStdString(), "quorvelctl-factory",
-                              {"--port", bus.device(), "--address", "5", "calibrate", "--direction", "X",
-                               "--folder", folder.path(), "measure", "--point", "2", "--dial", "3.5"});
+                              {"--port", bus.device(), "--address", "5", "calibrate", "X", "--folder",
+                               folder.path(), "measure", "--point", "2", "--dial", "3.5"});
     recording.forEachWreck([&](const Wreck& wreck) {
         if (!wreck.has(kFile)) {
             EXPECT_TRUE(wreck.said.empty());

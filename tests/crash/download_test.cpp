@@ -29,8 +29,8 @@ class CrashedDownload : public ::testing::TestWithParam<const char*> {
 protected:
     QStringList arguments(const QStringList& more = {}) const
     {
-        return QStringList(
-                   {"--port", bus.device(), "--address", "5", "download", folder.filePath(chosen.c_str())}) +
+        return QStringList({"--port", bus.device(), "--address", "5", "--progress", "download",
+                            folder.filePath(chosen.c_str())}) +
                more;
     }
 

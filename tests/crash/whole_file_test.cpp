@@ -75,12 +75,11 @@ TEST_P(CrashedCommand, LeavesTheOldFileOrTheNewOne) { look(true); }
 
 INSTANTIATE_TEST_SUITE_P(
     Quorvelctl, CrashedCommand,
-    ::testing::Values(
-        Command{"Settings", "s.json", {"settings", "save"}, "--yes"},
-        Command{"PixelsAsDatabase", "x.mdb", {"grayscale", "--direction", "X", "--data"}, "--force"},
-        Command{"PixelsAsText", "x.csv", {"grayscale", "--direction", "X", "--data"}, "--force"},
-        Command{"Jpeg", "x.jpg", {"grayscale", "--direction", "X", "--chart"}, "--force"},
-        Command{"Png", "x.png", {"grayscale", "--direction", "X", "--chart"}, "--force"}),
+    ::testing::Values(Command{"Settings", "s.json", {"settings", "save"}, "--force"},
+                      Command{"PixelsAsDatabase", "x.mdb", {"grayscale", "X", "--data"}, "--force"},
+                      Command{"PixelsAsText", "x.csv", {"grayscale", "X", "--data"}, "--force"},
+                      Command{"Jpeg", "x.jpg", {"grayscale", "X", "--chart"}, "--force"},
+                      Command{"Png", "x.png", {"grayscale", "X", "--chart"}, "--force"}),
     [](const auto& command) { return std::string(command.param.name); });
 
 class CrashedGrayScaleChart : public GrayScaleChartOnTheBus,

@@ -48,11 +48,14 @@ protected:
 TEST_F(QuorvelctlAutoread, ShowsAndSetsTheInterval)
 {
     EXPECT_EQ(run({"auto"}).out, "Current Interval is 1 hours 0 minutes 0 seconds\n");
-    const auto set = run({"auto", "--set", "5m"});
+    const auto set = run({"auto", "5m"});
     EXPECT_EQ(set.status, 0);
     EXPECT_EQ(set.err, "Set OK\n");
-    EXPECT_EQ(run({"auto", "--json"}).out, "{\"address\":5,\"mode\":1,\"values\":[0,5,0,0]}\n");
-    EXPECT_EQ(run({"auto", "--set", "7m"}).status, 2);
+    EXPECT_EQ(set.out, "Current Interval is 0 hours 5 minutes 0 seconds\n");
+    EXPECT_EQ(run({"auto", "--json"}).out,
+              R"({"address":5,"hoursOfDay":null,"intervalSeconds":300,"mode":"interval"})"
+              "\n");
+    EXPECT_EQ(run({"auto", "7m"}).status, 2);
 }
 
 TEST_F(QuorvelctlAutoread, DownloadsIntoADatabase)
@@ -60,7 +63,7 @@ TEST_F(QuorvelctlAutoread, DownloadsIntoADatabase)
     const auto download = run({"download", file("a.mdb")});
     EXPECT_EQ(download.status, 0) << qPrintable(download.err);
     EXPECT_EQ(download.out, "5\n");
-    EXPECT_TRUE(download.err.endsWith("Total 5 records. 5 records have been received.\n"));
+    EXPECT_EQ(download.err, "") << "progress is for a terminal";
     EXPECT_EQ(rows("a.mdb"), 5);
 }
 
@@ -84,7 +87,7 @@ TEST_F(QuorvelctlAutoread, DownloadsThreeDirectionsAsCsv)
     const auto download = run({"download", file("c.csv"), "--type", "C", "--json"}, "12");
     EXPECT_EQ(download.status, 0) << qPrintable(download.err);
     const auto object = QJsonDocument::fromJson(download.out.toUtf8()).object();
-    EXPECT_EQ(object.value("records").toInt(), 3);
+    EXPECT_EQ(object.value("received").toInt(), 3);
     QFile csv(file("c.csv"));
     ASSERT_TRUE(csv.open(QIODevice::ReadOnly));
     EXPECT_EQ(csv.readLine(), "time,x,y,z1,z2\n");
@@ -108,7 +111,7 @@ TEST_F(QuorvelctlAutoread, OverwritesOnlyByForce)
 TEST_F(QuorvelctlAutoread, BrokenLineIsExitStatus4WithTheRecordsKept)
 {
     bus.fault("silent@5/24:1+2");
-    const auto download = run({"download", file("a.mdb")});
+    const auto download = run({"download", "--progress", file("a.mdb")});
     EXPECT_EQ(download.status, 4);
     EXPECT_EQ(download.out, "2\n");
     EXPECT_TRUE(download.err.endsWith("\n2 records have been received, Comm Error\n"))
@@ -119,7 +122,7 @@ TEST_F(QuorvelctlAutoread, BrokenLineIsExitStatus4WithTheRecordsKept)
 TEST_F(QuorvelctlAutoread, PulledAdapterIsSaidOnALineOfItsOwn)
 {
     bus.fault("hangup@5/24:1+2");
-    const auto download = run({"download", file("a.mdb")});
+    const auto download = run({"download", "--progress", file("a.mdb")});
     EXPECT_EQ(download.status, 3);
     EXPECT_EQ(download.out, "2\n");
     EXPECT_TRUE(download.err.contains("2 records have been received.\n" + bus.device() + " is gone"))
@@ -133,7 +136,7 @@ TEST_F(QuorvelctlAutoread, SilentReadoutIsExitStatus4)
     bus.fault("silent@*");
     const std::pair<QStringList, QString> commands[] = {
         {{"auto"}, "Comm Error The readout did not answer.\n"},
-        {{"auto", "--set", "5m"}, "Set Error The readout did not answer.\n"},
+        {{"auto", "5m"}, "Set Error The readout did not answer.\n"},
         {{"clear", "--yes"},
          "Comm Error The readout did not answer. Readout 5 did not confirm the deletion: whether it has "
          "deleted its "
@@ -154,7 +157,7 @@ TEST_F(QuorvelctlAutoread, BadDateStaysEmptyAndTheRestFollows)
     const auto download = run({"download", file("a.csv")});
     EXPECT_EQ(download.status, 0);
     EXPECT_EQ(download.out, "5\n");
-    EXPECT_TRUE(download.err.contains("\nRecord 0012: no valid date and time: \"241332"))
+    EXPECT_TRUE(download.err.contains("Record 0012: no valid date and time: \"241332"))
         << qPrintable(download.err);
     const auto lines = linesOf(contents(file("a.csv").toStdString()));
     ASSERT_EQ(lines.size(), 6U);
@@ -187,7 +190,7 @@ TEST_F(QuorvelctlAutoread, FullDiskKeepsTheRowsBefore)
     ProgramRun download;
     {
         const LargestFile limit(500); // about 14 records; the lock of the port needs a little, too
-        download = run({"download", file("a.csv")});
+        download = run({"download", "--progress", file("a.csv")});
     }
     EXPECT_EQ(download.status, 1);
     const int kept = rowsIn(contents(file("a.csv").toStdString()));
@@ -225,8 +228,8 @@ TEST_F(QuorvelctlAutoread, ClearsOnlyWhenSure)
     EXPECT_EQ(bus.frames(), QStringList());
     const auto cleared = run({"clear", "--yes"});
     EXPECT_EQ(cleared.status, 0);
-    EXPECT_EQ(cleared.err,
-              "Data Deleted\nReadout 5 confirmed the deletion of its records. It holds no records now.\n");
+    EXPECT_EQ(cleared.err, "Data Deleted\n");
+    EXPECT_EQ(cleared.out, "Readout 5 confirmed the deletion of its records. It holds no records now.\n");
     EXPECT_EQ(bus.state(5).value("ring").toObject().value("stored").toInt(), 0);
 }
 
@@ -238,7 +241,7 @@ public:
         EXPECT_TRUE(words_.open());
         process_.setStandardErrorFile(words_.fileName());
         process_.start(programPath("quorvelctl"),
-                       {"--port", device, "--address", "5", "download", "--force", file});
+                       {"--port", device, "--address", "5", "download", "--progress", "--force", file});
         EXPECT_TRUE(process_.waitForStarted());
     }
 

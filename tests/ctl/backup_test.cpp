@@ -101,7 +101,7 @@ TEST_F(QuorvelctlSettings, NothingIsSavedOrSetWhileTheTypeIsUnclear)
     EXPECT_FALSE(state("switches").value("swap").toBool());
 }
 
-TEST_F(QuorvelctlSettings, AnotherAddressOrTypeIsRefusedButWithForce)
+TEST_F(QuorvelctlSettings, AnotherAddressOrTypeIsRefusedUnlessAnyReadoutWillDo)
 {
     struct {
         const char* head;
@@ -116,10 +116,11 @@ TEST_F(QuorvelctlSettings, AnotherAddressOrTypeIsRefusedButWithForce)
         const QStringList arguments{"settings", "restore", path("a.json"), "--yes"};
         const auto refused = run(QStringList({"--address", "33"}) + arguments);
         EXPECT_EQ(refused.status, 6);
-        EXPECT_EQ(refused.err.section('\n', -2, -2), path("a.json") + " is of " + row.words +
-                                                         ". Add --force to set readout 33 of type C to it.");
+        EXPECT_EQ(refused.err.section('\n', -2, -2),
+                  path("a.json") + " is of " + row.words +
+                      ". Add --any-readout to set readout 33 of type C to it.");
         EXPECT_FALSE(state("switches").value("swap").toBool()) << row.head;
-        const auto forced = runC(arguments + QStringList("--force"));
+        const auto forced = runC(arguments + QStringList("--any-readout"));
         EXPECT_EQ(forced.status, 0) << qPrintable(forced.err);
         EXPECT_TRUE(state("switches").value("swap").toBool()) << row.head;
     }
@@ -140,7 +141,7 @@ TEST_F(QuorvelctlSettings, ExistingFileIsOnlyOverwrittenWhenAsked)
     write("a.json", "precious");
     EXPECT_EQ(runC({"settings", "save", path("a.json")}).status, 6);
     EXPECT_TRUE(saved("a.json").isEmpty());
-    EXPECT_EQ(runC({"settings", "save", path("a.json"), "--yes"}).status, 0);
+    EXPECT_EQ(runC({"settings", "save", path("a.json"), "--force"}).status, 0);
     EXPECT_EQ(saved("a.json").value("format").toString(), "quorvel-settings");
 }
 

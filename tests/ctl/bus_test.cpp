@@ -53,9 +53,12 @@ TEST_F(Quorvelctl, ReadOfTheThreeDirectionTypeHasZ)
     const auto read = run({"--address", "12", "--type", "C", "read", "--json"});
     const auto object = QJsonDocument::fromJson(read.out.toUtf8()).object();
     EXPECT_EQ(object.value("address").toInt(), 12);
-    for (const auto* name : {"x", "y", "z"}) {
-        EXPECT_EQ(object.value(QLatin1String(name)).toString().size(), 8) << name << qPrintable(read.out);
+    for (const auto* name : {"x", "y", "z1"}) {
+        const auto text = object.value(QLatin1String(name) + "Text").toString();
+        EXPECT_EQ(text.size(), 8) << name << qPrintable(read.out);
+        EXPECT_EQ(object.value(QLatin1String(name) + "Mm").toDouble(), text.toDouble()) << name;
     }
+    EXPECT_TRUE(object.value("z2Mm").isNull()) << "which the factory's program shows alone";
     const auto factory = run({"--address", "12", "--type", "C", "read"}, "quorvelctl-factory");
     EXPECT_TRUE(factory.out.contains("Z1: ") && factory.out.contains("Z2: ")) << qPrintable(factory.out);
 }
@@ -131,7 +134,7 @@ TEST_F(Quorvelctl, ReadOnlySendsNothingThatWouldChangeAReadout)
                                   {"clear", "--yes"},
                                   {"reset", "--yes"},
                                   {"address", "7"},
-                                  {"auto", "--set", "1m"}}) {
+                                  {"auto", "1m"}}) {
         const auto ended = run(QStringList{"--read-only", "--address", "5"} + arguments);
         EXPECT_EQ(ended.status, 6) << qPrintable(arguments.join(' '));
         EXPECT_TRUE(ended.err.contains(refused)) << qPrintable(ended.err);

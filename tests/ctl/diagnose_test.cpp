@@ -141,7 +141,7 @@ protected:
 
 TEST_F(DiagnoseOnTheBus, SaysStepsFaultAndNextStepInWords)
 {
-    const auto ended = run({"diagnose", "--address", "7"});
+    const auto ended = run({"diagnose", "--progress", "--address", "7"});
     EXPECT_EQ(ended.status, 4);
     const auto lines = ended.lines();
     ASSERT_EQ(lines.size(), 10) << qPrintable(ended.out);

@@ -20,13 +20,13 @@ namespace {
 using Words = std::vector<std::string>;
 
 /// What sets or deletes something, each with the readout 33 addressed. FOLDER is that of the calibration files.
-const std::vector<Words> kWrites{{"clock", "--set"},
-                                 {"auto", "--set", "1h"},
+const std::vector<Words> kWrites{{"clock", "now"},
+                                 {"auto", "1h"},
                                  {"clear", "--yes"},
-                                 {"calibrate", "--folder", "FOLDER", "--direction", "X", "download"},
-                                 {"calibrate", "--folder", "FOLDER", "--direction", "Y", "download"},
-                                 {"calibrate", "--folder", "FOLDER", "--direction", "Z", "download"},
-                                 {"wire", "--diameter", "1", "--error", "1"},
+                                 {"calibrate", "--folder", "FOLDER", "X", "download"},
+                                 {"calibrate", "--folder", "FOLDER", "Y", "download"},
+                                 {"calibrate", "--folder", "FOLDER", "Z", "download"},
+                                 {"wire", "1", "1"},
                                  {"offset", "X", "1"},
                                  {"offset", "Y", "1"},
                                  {"offset", "Z", "1"},
@@ -35,7 +35,7 @@ const std::vector<Words> kWrites{{"clock", "--set"},
                                  {"invert", "X", "on"},
                                  {"invert", "Y", "on"},
                                  {"invert", "Z", "on"},
-                                 {"stitching", "--set", "1234"},
+                                 {"stitching", "1234"},
                                  {"address", "34"}};
 
 /// `quorvelctl-factory` before a readout of type C, with a journal of its own.

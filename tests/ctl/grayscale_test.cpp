@@ -34,7 +34,7 @@ protected:
     }
     ProgramRun runX(const QStringList& arguments)
     {
-        return run(QStringList({"--address", "5", "--direction", "X"}) + arguments);
+        return run(QStringList({"--address", "5", "X"}) + arguments);
     }
     QString file(const QString& name) const { return QDir(folder.path()).filePath(name); }
     QStringList names() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
@@ -75,7 +75,7 @@ QString csvOf(const QJsonArray& pixels)
 TEST_F(QuorvelctlGrayscale, ReadsEveryDirectionAsJson)
 {
     for (const auto& direction : kGrayscaleDirections) {
-        const auto read = run({"--address", "12", "--type", "C", "--direction", direction.name, "--json"});
+        const auto read = run({direction.name, "--address", "12", "--type", "C", "--json"});
         EXPECT_EQ(read.status, 0) << qPrintable(read.err);
         EXPECT_EQ(bus.frames(), QStringList{direction.frame});
         const auto object = QJsonDocument::fromJson(read.out.toUtf8()).object();
@@ -163,7 +163,7 @@ TEST_F(QuorvelctlGrayscale, SilentReadoutIsExitStatus4AndLeavesNoFile)
 TEST_F(QuorvelctlGrayscale, MalformedReplyIsExitStatus5ForZ1Too)
 {
     bus.fault("count@7803");
-    const auto read = run({"--address", "12", "--type", "C", "--direction", "Z1", "--data", file("z.csv")});
+    const auto read = run({"--address", "12", "--type", "C", "Z1", "--data", file("z.csv")});
     EXPECT_EQ(read.status, 5);
     EXPECT_EQ(read.err, "Readout 12 gave an answer that is not a grayscale reading.\n");
     EXPECT_EQ(names(), QStringList());
@@ -206,11 +206,11 @@ TEST_F(QuorvelctlGrayscale, WrongUsageIsExitStatus2AndAsksNothing)
 {
     const std::initializer_list<QStringList> wrong{
         {"--address", "5"},
-        {"--address", "5", "--direction", "Z"},
-        {"--direction", "X"},
-        {"--address", "250", "--direction", "X"},
-        {"--address", "5", "--direction", "X", "--data", file("x.txt")},
-        {"--address", "5", "--direction", "X", "--chart", file("x.mdb")},
+        {"--address", "5", "Z"},
+        {"X"},
+        {"--address", "250", "X"},
+        {"--address", "5", "X", "--data", file("x.txt")},
+        {"--address", "5", "X", "--chart", file("x.mdb")},
     };
     for (const auto& arguments : wrong) {
         EXPECT_EQ(run(arguments).status, 2) << qPrintable(arguments.join(u' '));

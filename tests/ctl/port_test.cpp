@@ -55,12 +55,10 @@ TEST_P(WithSeveralPorts, WhatWritesWantsOneNamed)
 INSTANTIATE_TEST_SUITE_P(Quorvelctl, WithSeveralPorts,
                          testing::Values(std::vector{"offset", "X", "1"}, std::vector{"reference", "X", "1"},
                                          std::vector{"feature", "on"}, std::vector{"invert", "X", "off"},
-                                         std::vector{"swap", "on"},
-                                         std::vector{"wire", "--diameter", "1", "--error", "1"},
-                                         std::vector{"clock", "--set"}, std::vector{"address", "7"},
-                                         std::vector{"reset", "--yes"}, std::vector{"auto", "--set", "1h"},
-                                         std::vector{"clear", "--yes"},
-                                         std::vector{"stitching", "--set", "1234"}),
+                                         std::vector{"swap", "on"}, std::vector{"wire", "1", "1"},
+                                         std::vector{"clock", "now"}, std::vector{"address", "7"},
+                                         std::vector{"reset", "--yes"}, std::vector{"auto", "1h"},
+                                         std::vector{"clear", "--yes"}, std::vector{"stitching", "1234"}),
                          [](const auto& row) { return std::string(row.param.front()); });
 
 TEST(WithSeveralPorts, RestoringSettingsWantsOneNamed)

@@ -10,7 +10,9 @@ TEST_F(QuorvelctlSettings, OffsetIsSetAndPrinted)
     const auto set = runC({"offset", "Z", "-1.5"});
     EXPECT_EQ(set.out, "-1.50000\n") << qPrintable(set.err);
     EXPECT_EQ(set.err, "Set OK!\n");
-    EXPECT_EQ(runC({"offset", "Z", "--json"}).out, "{\"direction\":\"Z\",\"offset\":\"-1.50000\"}\n");
+    EXPECT_EQ(runC({"offset", "Z", "--json"}).out,
+              R"({"address":33,"direction":"Z","offsetMm":-1.5,"offsetText":"-1.50000"})"
+              "\n");
 }
 
 TEST_F(QuorvelctlSettings, ReferenceIsSetAndPrinted)
@@ -30,7 +32,9 @@ TEST_F(QuorvelctlSettings, ReferenceHasNoNoise)
     bus.command("set 33 offsetx +12.0000");
     EXPECT_EQ(runC({"reference", "X"}).out, "+12.0000  0.3\n");
     EXPECT_EQ(runC({"reference", "X", "--json"}).out,
-              "{\"direction\":\"X\",\"offset\":\"+12.0000\",\"valueWithoutOffset\":0.3}\n");
+              R"({"address":33,"direction":"X","offsetMm":12,"offsetText":"+12.0000",)"
+              R"("readingMm":12.3,"readingText":"+12.3000","valueWithoutOffsetMm":0.3})"
+              "\n");
 }
 
 TEST_F(QuorvelctlSettings, ReferenceWhoseOffsetIsTooLongIsWarnedOf)
@@ -85,7 +89,7 @@ TEST_F(QuorvelctlSettings, SwitchesAreSetAndPrinted)
 {
     EXPECT_EQ(runC({"invert", "Y", "on"}).out, "on\n");
     EXPECT_EQ(runC({"invert", "Y"}).out, "on\n");
-    EXPECT_EQ(runC({"swap", "on", "--json"}).out, "{\"swap\":true}\n");
+    EXPECT_EQ(runC({"swap", "on", "--json"}).out, "{\"address\":33,\"swapped\":true}\n");
     EXPECT_EQ(runC({"swap"}).out, "on\n");
     EXPECT_EQ(runC({"feature", "on"}).out, "on\n");
     EXPECT_EQ(runC({"feature"}).out, "on\n");
@@ -95,16 +99,19 @@ TEST_F(QuorvelctlSettings, SwitchesAreSetAndPrinted)
 
 TEST_F(QuorvelctlSettings, WireIsSetAndPrinted)
 {
-    const auto set = runC({"wire", "--diameter", "2.5", "--error", "0.4"});
+    const auto set = runC({"wire", "2.5", "0.4"});
     EXPECT_EQ(set.out, "Diameter and permitted Error is set as 2.5mm, 0.4mm\n") << qPrintable(set.err);
-    EXPECT_EQ(runC({"wire", "--json"}).out, "{\"diameterMm\":2.5,\"permittedErrorMm\":0.4}\n");
+    EXPECT_EQ(runC({"wire", "--json"}).out,
+              R"({"address":33,"diameterMm":2.5,"diameterText":"25","permittedErrorMm":0.4,)"
+              R"("permittedErrorText":"04","selfCalibration":null})"
+              "\n");
 }
 
 TEST_F(QuorvelctlSettings, ClockIsSetAndPrinted)
 {
     bus.command("set 33 clock 2031-02-03T04:05:06");
     EXPECT_TRUE(runC({"clock"}).out.startsWith("2031-02-03  04:05:0"));
-    const auto set = runC({"clock", "--set"});
+    const auto set = runC({"clock", "now"});
     EXPECT_TRUE(set.out.startsWith(QDate::currentDate().toString(Qt::ISODate))) << qPrintable(set.out);
 }
 
@@ -134,9 +141,9 @@ TEST_F(QuorvelctlSettings, WrongUsageIsExitStatus2)
                                    {"offset", "X", "abc"},
                                    {"offset", "X", "1000"},
                                    {"invert", "X", "yes"},
-                                   {"wire", "--diameter", "1"},
-                                   {"wire", "--diameter", "12.3", "--error", "1"},
-                                   {"address"},
+                                   {"wire", "1"},
+                                   {"wire", "12.3", "1"},
+                                   {"clock", "12:00"},
                                    {"address", "250"},
                                    {"address", "12.6"},
                                    {"address", "+34"},

@@ -43,7 +43,7 @@ TEST_F(QuorvelctlStored, RingIsShown)
     const auto ring = object({"ring"}, "12");
     EXPECT_EQ(ring.value("type").toString(), "C");
     EXPECT_EQ(ring.value("records").toInt(), 3);
-    EXPECT_TRUE(ring.value("last").toObject().value("z2").isDouble());
+    EXPECT_TRUE(ring.value("last").toObject().value("z2Mm").isDouble());
     EXPECT_TRUE(ring.value("clock").toObject().value("aheadSeconds").isDouble());
     bus.fault("silent@5/22");
     EXPECT_EQ(run({"ring"}).status, 4);
@@ -65,7 +65,7 @@ TEST_F(QuorvelctlStored, BrokenDownloadGoesOnWhereItEnded)
     EXPECT_TRUE(month.value("continued").toBool());
 }
 
-TEST_F(QuorvelctlStored, ContinuingWithAGapNeedsForce)
+TEST_F(QuorvelctlStored, ContinuingWithAGapNeedsYes)
 {
     ASSERT_EQ(run({"download", file("a.csv")}).status, 0);
     bus.command("set 5 ring 1000,0,0");
@@ -75,9 +75,9 @@ TEST_F(QuorvelctlStored, ContinuingWithAGapNeedsForce)
     EXPECT_EQ(asked.status, 6);
     EXPECT_TRUE(asked.err.contains("The readout no longer holds the last record of the file"))
         << qPrintable(asked.err);
-    EXPECT_TRUE(asked.err.endsWith("Nothing was fetched. Add --force to continue all the same.\n"));
+    EXPECT_TRUE(asked.err.endsWith("Nothing was fetched. Add --yes to continue all the same.\n"));
     EXPECT_EQ(content("a.csv"), before);
-    EXPECT_EQ(run({"download", "--continue", "--force", file("a.csv")}).out, "2\n");
+    EXPECT_EQ(run({"download", "--continue", "--yes", file("a.csv")}).out, "2\n");
 }
 
 TEST_F(QuorvelctlStored, FileOfAnotherTypeIsNotContinued)
@@ -165,24 +165,24 @@ TEST_F(QuorvelctlStored, CheckAndClearGoByTheFile)
     EXPECT_FALSE(object({"check", file("a.csv")}).value("safe").toBool());
     const auto refused = run({"clear", "--yes", "--taken", file("a.csv")});
     EXPECT_EQ(refused.status, 6);
-    EXPECT_TRUE(refused.err.endsWith("Nothing was deleted.\n")) << qPrintable(refused.err);
+    EXPECT_TRUE(refused.err.endsWith(" Nothing was deleted.\n")) << qPrintable(refused.err);
     EXPECT_TRUE(refused.err.contains("3 were taken since")) << qPrintable(refused.err);
     EXPECT_EQ(stored(5), 11);
     ASSERT_EQ(run({"download", "--continue", file("a.csv")}).status, 0);
     const auto cleared = run({"clear", "--yes", "--taken", file("a.csv")});
     EXPECT_EQ(cleared.status, 0) << qPrintable(cleared.err);
-    EXPECT_TRUE(cleared.err.endsWith("It holds no records now.\n")) << qPrintable(cleared.err);
+    EXPECT_TRUE(cleared.out.endsWith("It holds no records now.\n")) << qPrintable(cleared.out);
     EXPECT_EQ(stored(5), 0);
 }
 
-TEST_F(QuorvelctlStored, ClearByForceDeletesAllTheSame)
+TEST_F(QuorvelctlStored, ClearWithoutFilesDeletesAllTheSame)
 {
     EXPECT_EQ(run({"clear", "--taken", file("missing.csv")}).status, 6);
     EXPECT_EQ(run({"clear", "--yes", "--taken", file("missing.csv")}).status, 6);
     EXPECT_EQ(stored(5), 8);
-    EXPECT_EQ(run({"clear", "--yes", "--force", "--taken", file("missing.csv")}).status, 0);
+    EXPECT_EQ(run({"clear", "--yes"}).status, 0);
     EXPECT_EQ(stored(5), 0);
-    EXPECT_EQ(run({"clear", "--yes", "--force"}, "12").status, 0);
+    EXPECT_EQ(run({"clear", "--yes"}, "12").status, 0);
     EXPECT_EQ(stored(12), 0);
 }
 

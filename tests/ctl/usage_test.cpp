@@ -49,19 +49,18 @@ TEST_F(QuorvelctlUsage, AWrongOptionIsToldBeforeThePortIsOpened)
 TEST_F(QuorvelctlUsage, AnAddressThatNoReadoutHasIsToldWhateverTheCommandDoesFirst)
 {
     const QString words("--address");
-    for (const auto& command :
-         {QStringList{"read"},
-          {"watch"},
-          {"offset", "X"},
-          {"wire"},
-          {"settings"},
-          {"settings", "save", folder.filePath("new.json")},
-          {"settings", "restore", folder.filePath("missing.json")},
-          {"download", there},
-          {"grayscale", "--direction", "X", "--data", there},
-          {"calibrate", "--direction", "X", "--folder", "/nowhere", "measure", "--point", "0"},
-          {"calibrate", "--direction", "X", "--folder", "/nowhere", "download"},
-          {"stitching"}}) {
+    for (const auto& command : {QStringList{"read"},
+                                {"watch"},
+                                {"offset", "X"},
+                                {"wire"},
+                                {"settings"},
+                                {"settings", "save", folder.filePath("new.json")},
+                                {"settings", "restore", folder.filePath("missing.json")},
+                                {"download", there},
+                                {"grayscale", "X", "--data", there},
+                                {"calibrate", "X", "--folder", "/nowhere", "measure", "--point", "0"},
+                                {"calibrate", "X", "--folder", "/nowhere", "download"},
+                                {"stitching"}}) {
         expectRefused(command, words);
         expectRefused(command + QStringList{"--address", "250"}, words);
     }
@@ -74,15 +73,13 @@ TEST_F(QuorvelctlUsage, AValueThatTheReadoutCannotTakeIsToldBeforeThePortIsOpene
     const auto refused = [](const QStringList& arguments, const QString& words) {
         expectRefused(QStringList{"--address", "5"} + arguments, words);
     };
-    refused({"wire", "--diameter", "10", "--error", "1"}, "0 to 9.9 mm");
+    refused({"wire", "10", "1"}, "0 to 9.9 mm");
     refused({"offset", "Z"}, "no Z direction");
     refused({"reference", "Z", "1"}, "no Z direction");
     refused({"invert", "Z"}, "no Z direction");
     refused({"address", "5"}, "New Address is same as Old Address");
-    refused({"stitching", "--set", "36"}, "4");
-    refused(
-        {"calibrate", "--direction", "X", "--folder", "/nowhere", "measure", "--point", "0", "--dial", "1,5"},
-        "--dial");
+    refused({"stitching", "36"}, "4");
+    refused({"calibrate", "X", "--folder", "/nowhere", "measure", "--point", "0", "--dial", "1,5"}, "--dial");
 }
 
 TEST_F(QuorvelctlUsage, ADeviceServerWithoutPortIsWrongUsage)
@@ -96,9 +93,7 @@ TEST_F(QuorvelctlUsage, ADeviceServerWithoutPortIsWrongUsage)
 
 TEST_F(QuorvelctlUsage, MeasuringWithoutAddressMakesNoFile)
 {
-    EXPECT_EQ(
-        run({"calibrate", "--direction", "X", "--folder", folder.path(), "measure", "--point", "0"}).status,
-        2);
+    EXPECT_EQ(run({"calibrate", "X", "--folder", folder.path(), "measure", "--point", "0"}).status, 2);
     EXPECT_FALSE(QFileInfo::exists(folder.filePath("XDirection.mdb")));
 }
 

@@ -57,14 +57,16 @@ TEST_F(OurOwnCommand, SaysThatItsOutputCouldNotBeWritten)
         save(fileOf(rows), folder_ / "t.mdb");
         for (const auto* what : {"", " data", " --json", " --json data"}) {
             EXPECT_EQ(outputOf(command() + what + " 2>&1 >/dev/full; echo status $?"),
-                      "The output could not be written: No space left on device.\nstatus 1\n")
+                      "The answer cannot be written: No space left on device.\nstatus 1\n")
                 << what;
         }
         std::filesystem::remove(folder_ / "t.mdb");
     }
     save(fileOf(1), folder_ / "t.mdb");
-    EXPECT_EQ(outputOf(command() + " data 2>&1 >&-; echo status $?"),
-              "The output could not be written: Bad file descriptor.\nstatus 1\n");
+    // what else the program has open may have taken the number of a closed output
+    const auto closed = outputOf(command() + " data 2>&1 >&-; echo status $?");
+    EXPECT_TRUE(closed.starts_with("The answer cannot be written: ")) << closed;
+    EXPECT_TRUE(closed.ends_with("status 1\n")) << closed;
 }
 
 } // namespace

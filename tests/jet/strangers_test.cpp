@@ -161,7 +161,7 @@ TEST_P(Strangers, OurOwnCommandReadsEveryValue)
     const auto end = output.find('\n');
     EXPECT_EQ(output.substr(0, end), "N,L,方向,D,时间");
     compare(output.substr(end + 1), written, "");
-    EXPECT_EQ(outputOf(QUORVEL_MDB_COMMAND " mdb --json " + file()), "[\n\"Werte\"\n]\n");
+    EXPECT_EQ(outputOf(QUORVEL_MDB_COMMAND " mdb --json " + file()), "{\"table\":\"Werte\"}\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, Strangers, ::testing::Values(0, 1, 11, 100000),

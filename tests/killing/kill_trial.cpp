@@ -61,7 +61,7 @@ protected:
     {
         QProcess process;
         process.start(programPath("quorvelctl"),
-                      {"--port", bus.device(), "--address", "5", "download", "--force", file});
+                      {"--port", bus.device(), "--address", "5", "download", "--progress", "--force", file});
         EXPECT_TRUE(process.waitForStarted());
         QThread::msleep(static_cast<unsigned long>(moment));
         process.kill();

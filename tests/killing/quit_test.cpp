@@ -39,12 +39,9 @@ const Work kReference{"Reference",
                       {"reference", "X", "10"},
                       1};
 const Work kReset{"Reset", 5, ":0567", {"trigger ResetSetting", "accept", "accept"}, {"reset", "--yes"}, 1};
-const Work kTables{"CalibrationDownload",
-                   33,
-                   ":21780111",
-                   {"click Option3", "trigger ZD", "click Command1"},
-                   {"calibrate", "--direction", "Z", "download"},
-                   2};
+const Work kTables{
+    "CalibrationDownload",          33, ":21780111", {"click Option3", "trigger ZD", "click Command1"},
+    {"calibrate", "Z", "download"}, 2};
 
 class Interrupted : public ::testing::TestWithParam<Work> {
 protected:
