@@ -18,8 +18,6 @@ namespace {
 
 using link::shown;
 
-constexpr int kDefaultEvery = 10; // s
-constexpr int kPiece = 100;       // ms
 constexpr const char* kValues[] = {"x", "y", "z1", "z2"};
 
 void listPorts(Console& console)
@@ -86,29 +84,6 @@ void readOnce(Console& console)
     if (console.openReadout(Access::Reads)) takeReading(console);
 }
 
-/// Waits for the next time of day whose seconds since midnight are a multiple of `every`; in pieces, so that a request
-/// to end is seen.
-QTime waitForTurn(Console& console, int every)
-{
-    const auto period = every * 1000;
-    const auto now = console.module1().clock().now().time();
-    const int whole = period - now.msecsSinceStartOfDay() % period;
-    for (int left = whole; left > 0 && !console.endRequested(); left -= kPiece) {
-        console.module1().WaitForInput(static_cast<float>(std::min(left, kPiece)) / 1000, 0);
-    }
-    return now.addMSecs(whole);
-}
-
-void watch(Console& console, int every, int count)
-{
-    if (!console.openReadout(Access::Reads)) return;
-    for (int taken = 0; (count == 0 || taken < count) && console.module1().port().PortOpen(); ++taken) {
-        const auto time = waitForTurn(console, every).toString(QStringLiteral("HH:mm:ss"));
-        if (console.endRequested()) return;
-        takeReading(console, time + QStringLiteral("  "), {{"time", time}});
-    }
-}
-
 } // namespace
 
 void addBusCommands(CLI::App& app, Console& console)
@@ -116,16 +91,6 @@ void addBusCommands(CLI::App& app, Console& console)
     addCommand(app, "ports", "List the serial ports", "ports")->callback([&console] { listPorts(console); });
     addCommand(app, "read", "Read the values of one readout", "--address 12 --type C read")
         ->callback([&console] { readOnce(console); });
-
-    auto* watching =
-        addCommand(app, "watch", "Read one readout again and again", "--address 5 watch --every 60");
-    const auto every = std::make_shared<int>(kDefaultEvery);
-    const auto count = std::make_shared<int>(0);
-    watching->add_option("--every", *every, "Seconds from reading to reading (default: 10)")
-        ->check(CLI::Range(1, 86400));
-    watching->add_option("--count", *count, "Readings to take (default: until interrupted)")
-        ->check(CLI::PositiveNumber);
-    watching->callback([&console, every, count] { watch(console, *every, *count); });
 }
 
 } // namespace quorvel::ctl

@@ -20,7 +20,7 @@ int runControl(int argc, char* argv[], const char* edition);
 // Each adds its subcommands to the command line; their callbacks do the work and report failures to the
 // console.
 void addAutoreadCommands(CLI::App& app, Console& console);    ///< auto
-void addBusCommands(CLI::App& app, Console& console);         ///< ports, read, watch
+void addBusCommands(CLI::App& app, Console& console);         ///< ports, read
 void addCalibrationCommands(CLI::App& app, Console& console); ///< calibrate, stitching: factory edition only
 void addGrayscaleCommands(CLI::App& app, Console& console);   ///< grayscale
 void addLineCommands(CLI::App& app, Console& console);        ///< search, diagnose
@@ -32,6 +32,8 @@ void addRawCommand(CLI::App& app, Console& console);      ///< raw
 
 /// What `search` does, and `address` without a new one: prints the addresses that answer.
 void searchBus(Console& console);
+
+void addWatchCommand(CLI::App& app, Console& console); ///< watch
 
 /// The one option whose command draws.
 inline constexpr auto kChartOption = "--chart";

@@ -31,7 +31,7 @@ Console::Console(const QString& edition, link::PortList::Enumerator enumerate)
     bench_.edition = edition;
 }
 
-const link::PortList& Console::ports()
+link::PortList& Console::ports()
 {
     if (!ports_) {
         const auto port = QString::fromLocal8Bit(options.port.c_str());
@@ -179,7 +179,7 @@ void Console::fail(Failure failure, const QString& words)
     const auto kind = rowOf(failure).kind;
     const QJsonObject error{{"kind", QLatin1String(kind.data(), static_cast<qsizetype>(kind.size()))},
                             {"message", words}};
-    write(QJsonDocument(QJsonObject{{"error", error}}).toJson(QJsonDocument::Compact));
+    print(QJsonDocument(QJsonObject{{"error", error}}).toJson(QJsonDocument::Compact) + '\n');
 }
 
 void Console::note(Failure failure)
@@ -204,17 +204,15 @@ void Console::endProgress() const
 
 void Console::answer(const QString& text, const QJsonObject& object, bool more)
 {
-    endProgress();
-    write(options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8(), more);
+    print((options.json ? QJsonDocument(object).toJson(QJsonDocument::Compact) : text.toUtf8()) + '\n', more);
 }
 
-/// A line of stdout.
-void Console::write(QByteArray line, bool more)
+void Console::print(const QByteArray& lines, bool more)
 {
-    line += '\n';
-    const auto size = static_cast<std::size_t>(line.size());
+    endProgress();
+    const auto size = static_cast<std::size_t>(lines.size());
     errno = 0;
-    if (std::fwrite(line.constData(), 1, size, stdout) != size || (!more && std::fflush(stdout) != 0))
+    if (std::fwrite(lines.constData(), 1, size, stdout) != size || (!more && std::fflush(stdout) != 0))
         reportUnwritten();
 }
 

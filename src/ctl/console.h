@@ -56,7 +56,7 @@ public:
     link::InstrumentType instrumentType() const;
     link::Module1& module1() { return *module1_; }
     /// The port list, that of --port first.
-    const link::PortList& ports();
+    link::PortList& ports();
 
     /// Takes the options over and opens the port.
     /// @return false when that failed and was reported; the command ends.
@@ -102,6 +102,8 @@ public:
     void answer(const QString& text, const QJsonObject& object, bool more = false);
     /// Writes answers that wait.
     void flush();
+    /// Whole lines of data on stdout as they are; otherwise as answer().
+    void print(const QByteArray& lines, bool more = false);
 
     /// True when work that goes on and on is to end: somebody asked for it from outside, or nobody can read the answers.
     bool endRequested() const;
@@ -118,7 +120,6 @@ private:
         std::optional<Failure> failure;
     };
 
-    void write(QByteArray line, bool more = false);
     void reportUnwritten();
     void say(const QString& words) const;
     bool hasPort(Access access);

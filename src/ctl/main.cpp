@@ -76,6 +76,7 @@ int runCommandLine(Console& console, int argc, const char* const argv[])
     addCommonOptions(app, console.options);
     addLineCommands(app, console);
     addBusCommands(app, console);
+    addWatchCommand(app, console);
     addAutoreadCommands(app, console);
     addStoredCommands(app, console);
     addMdbCommand(app, console);

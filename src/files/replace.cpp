@@ -194,7 +194,8 @@ Result<fs::path> replaceFile(const fs::path& chosen, const Make& make, const Rep
 {
     auto place = placeOf(chosen, how.lockedByUs);
     if (!place) return place.failure();
-    const auto fresh = freeName(place->target, kFreshMark);
+    const auto named = freeName(place->target, kFreshMark);
+    const auto fresh = how.hidden ? unfinished(named) : named;
     if (auto made = make(fresh); !made) return about(chosen, fresh, made.error());
     auto replaced = exchange(*place, fresh, how);
     if (!replaced) removeOurs(fresh);

@@ -18,9 +18,12 @@ namespace quorvel::files {
 using Make = std::function<Status(const std::filesystem::path& fresh)>;
 
 struct Replacing {
-    std::string
-        keepAs; ///< mark of a copy of the old file, kept beside `chosen` (see freeName()); empty: none
+    std::string keepAs =
+        {}; ///< mark of a copy of the old file, kept beside `chosen` (see freeName()); empty: none
     bool lockedByUs = false; ///< the caller has the old file open for writing already
+    /// The new file grows under a name with another ending, unfinished(): for folders that another program looks through by
+    /// the ending.
+    bool hidden = false;
     /// Closes the caller's old file. Called where an open one cannot be replaced, just before the new one takes the name.
     std::function<void()> letGo = nullptr;
 };

@@ -8,6 +8,12 @@ namespace quorvel::link {
 /// SIGTERM. One source file per platform.
 void noteInterrupts();
 
+/// After noteInterrupts(): from now on SIGHUP does not ask the program to end, but to read its files anew. Not on Windows.
+void noteReloads();
+
+/// Whether SIGHUP has come since the last call, after noteReloads().
+bool takeReloadRequest();
+
 /// The signal that was noted; 0 before.
 int interruptSignal();
 

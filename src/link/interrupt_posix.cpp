@@ -9,6 +9,7 @@ namespace {
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t noted = 0;
+volatile std::sig_atomic_t reloads = 0;
 
 extern "C" void note(int number)
 {
@@ -18,7 +19,24 @@ extern "C" void note(int number)
     }
 }
 
+extern "C" void noteReload(int /*number*/) { reloads = 1; }
+
 } // namespace
+
+void noteReloads()
+{
+    struct sigaction again {};
+    again.sa_handler = noteReload;
+    again.sa_flags = SA_RESTART;
+    ::sigaction(SIGHUP, &again, nullptr);
+}
+
+bool takeReloadRequest()
+{
+    if (reloads == 0) return false;
+    reloads = 0;
+    return true;
+}
 
 void noteInterrupts()
 {

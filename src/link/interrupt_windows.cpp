@@ -25,6 +25,10 @@ BOOL WINAPI note(DWORD event)
 
 void noteInterrupts() { ::SetConsoleCtrlHandler(note, TRUE); }
 
+void noteReloads() {}
+
+bool takeReloadRequest() { return false; }
+
 int interruptSignal() { return noted; }
 
 } // namespace quorvel::link

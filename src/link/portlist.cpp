@@ -35,10 +35,14 @@ void PortList::refresh()
 {
     std::vector<PortInfo> ports;
     const auto append = [&ports](const PortInfo& port) {
-        const bool listed = std::any_of(ports.begin(), ports.end(), [&port](const PortInfo& other) {
+        const auto listed = std::find_if(ports.begin(), ports.end(), [&port](const PortInfo& other) {
             return other.device == port.device;
         });
-        if (!listed) ports.push_back(port);
+        if (listed == ports.end()) {
+            ports.push_back(port);
+        } else if (listed->serialNumber.isEmpty()) {
+            listed->serialNumber = port.serialNumber;
+        }
     };
     for (const auto& device : handedIn_) {
         append({device, {}, {}});
@@ -78,7 +82,7 @@ void PortList::number(const std::vector<PortInfo>& ports)
         QStringList words{port.device};
         if (!port.number) words.prepend(QStringLiteral("COM%1").arg(number));
         if (!port.description.isEmpty()) words << port.description;
-        entries_.push_back({number, port.device, words.join(u' ')});
+        entries_.push_back({number, port.device, words.join(u' '), port.serialNumber});
     }
 }
 

@@ -14,6 +14,7 @@ struct PortInfo {
     QString device;            ///< device path or COM name
     QString description;       ///< what is plugged in there, may be empty
     std::optional<int> number; ///< the number the platform itself gives it by its name ("COM12": 12), if any
+    QString serialNumber = {}; ///< of the adapter; empty where it has none, or the platform does not tell it
 };
 
 /// Sorts by device, numbers at the end by their value: ttyUSB2 before ttyUSB10.
@@ -28,6 +29,7 @@ struct PortEntry {
     int number = 0; ///< what `CommPort` is set to, from 1 on; 0 where the platform's name has no number
     QString device;
     QString text; ///< "COM<n> <device> <description>"; without "COM<n>" where the platform gives the number
+    QString serialNumber; ///< of the adapter; empty where it is not known
 };
 
 /// The list behind `Combo1`: devices handed in by the command line first, then what the platform

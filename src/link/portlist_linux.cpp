@@ -9,7 +9,7 @@ std::vector<PortInfo> enumeratePorts()
 {
     std::vector<PortInfo> ports;
     for (const auto& info : QSerialPortInfo::availablePorts()) {
-        ports.push_back({info.systemLocation(), info.description(), {}});
+        ports.push_back({info.systemLocation(), info.description(), {}, info.serialNumber()});
     }
     sortPorts(ports);
     return ports;

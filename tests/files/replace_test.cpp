@@ -178,6 +178,14 @@ TEST_F(ReplacingFiles, NeverNamesTheTemporaryFile)
     EXPECT_EQ(done.error(), name + " is full, so " + name + " was not made.");
 }
 
+TEST_F(ReplacingFiles, AHiddenOneGrowsUnderAnotherEnding)
+{
+    put("a.prom", "old");
+    ASSERT_TRUE(replaceContent(at("a.prom"), "new", {.hidden = true}));
+    EXPECT_THAT(calls.asked, ElementsAre("flush a.new.prom.part", "rename a.prom", "flush the folder"));
+    EXPECT_EQ(contentOf("a.prom"), "new");
+}
+
 TEST_F(ReplacingFiles, TakesNoNameThatSomebodyElseHas)
 {
     put("a.mdb", "old");

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "files/result.h"
+#include "site/prometheus.h"
+#include "site/readinglog.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+namespace quorvel::site {
+
+/// What the readings of a watch are written as.
+enum class WatchFormat { Text, Ndjson, Csv, Influx, Prometheus };
+
+/// "text", "ndjson", "csv", "influx", "prometheus", and the format of such a name; nothing for any other.
+std::string_view nameOf(WatchFormat format);
+std::optional<WatchFormat> watchFormatNamed(std::string_view name);
+inline constexpr int kWatchFormats = 5;
+
+/// Where the readings of a watch go: each at once when they are printed, the sweep as a whole when there is a file. A
+/// Prometheus file is replaced in one step, under a name that the exporter does not read before it is whole.
+class WatchOutput {
+public:
+    struct Target {
+        WatchFormat format = WatchFormat::Text;
+        std::filesystem::path file; ///< empty: print
+        bool daily = false;         ///< a file for each day; not for Prometheus
+        std::function<void(const QByteArray&)> print;
+        /// Where the words of a failed reading go, instead of a line; empty: there is a line. With it a line of text has
+        /// only the time of day and the values, as somebody who watches one readout needs it.
+        std::function<void(const QString&)> fail;
+    };
+
+    explicit WatchOutput(Target target);
+
+    /// A reading of the sweep that is under way.
+    void take(const Site& site, const Reading& reading);
+    /// The sweep has ended. A Prometheus file is not written for one that was stopped.
+    /// @return fails when the file cannot be written; the readings of this sweep are not in it then.
+    files::Status end(const Site& site, const Sweep& sweep, const WatchCounts& counts, bool portOpen);
+
+private:
+    QByteArray lineOf(const Site& site, const Reading& reading) const;
+    bool hasHeader() const { return target_.format == WatchFormat::Csv; }
+
+    Target target_;
+    ReadingLog log_;
+    QByteArray lines_; ///< of the sweep that is under way, for the file
+    bool begun_ = false;
+};
+
+} // namespace quorvel::site
