@@ -117,9 +117,10 @@ public:
     {
         auto site = siteOf(console_, options_);
         if (!site) return;
-        if (site->readouts.empty())
-            return console_.fail(kWrongUsage,
+        if (site->readouts.empty()) {
+            return console_.fail(Failure::File,
                                  QStringLiteral("The site has no readouts. Add some to its file."));
+        }
         givenPort_ = console_.options.port;
         const auto device = deviceOf(*site);
         console_.options.port = device.toStdString();
@@ -160,10 +161,11 @@ private:
         site::WatchOutput::Target target{format(), options_.output, options_.daily,
                                          [this](const QByteArray& lines) { console_.print(lines); }, nullptr};
         const bool brief = !options_.isService() && options_.format.empty() && options_.output.empty();
-        if (brief && target.format == site::WatchFormat::Text)
+        if (brief && target.format == site::WatchFormat::Text) {
             target.fail = [this](const QString& words) {
                 console_.fail(console_.failureOfLine().value_or(Failure::Garbled), words);
             };
+        }
         site::WatchOutput output(std::move(target));
         site::Watch::Hands hands{[this] { return ended_ || console_.endRequested(); },
                                  [this](const QString& words) { console_.tell(words); }, nullptr};

@@ -35,9 +35,10 @@ void Watch::sweep()
     counts_.add(taken);
     const auto written = output_.end(site_, taken, counts_, port_.isOpen());
     const bool failed = !written;
-    if (failed && !failing_)
+    if (failed && !failing_) {
         hands_.tell(QString::fromStdString(written.error()) +
                     QStringLiteral(" It is tried again at each sweep."));
+    }
     if (!failed && failing_) hands_.tell(QStringLiteral("The readings can be written again."));
     failing_ = failed;
 }

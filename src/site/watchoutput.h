@@ -25,12 +25,12 @@ class WatchOutput {
 public:
     struct Target {
         WatchFormat format = WatchFormat::Text;
-        std::filesystem::path file; ///< empty: print
-        bool daily = false;         ///< a file for each day; not for Prometheus
-        std::function<void(const QByteArray&)> print;
+        std::filesystem::path file = {}; ///< empty: print
+        bool daily = false;              ///< a file for each day; not for Prometheus
+        std::function<void(const QByteArray&)> print = {};
         /// Where the words of a failed reading go, instead of a line; empty: there is a line. With it a line of text has
         /// only the time of day and the values, as somebody who watches one readout needs it.
-        std::function<void(const QString&)> fail;
+        std::function<void(const QString&)> fail = {};
     };
 
     explicit WatchOutput(Target target);
