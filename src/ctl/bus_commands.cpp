@@ -55,28 +55,24 @@ bool holdsNumbers(const QJsonObject& fields)
     });
 }
 
-/// One reading; `prefix` stands before it in a text answer, `fields` in a JSON one.
-void takeReading(Console& console, const QString& prefix = {}, const QJsonObject& fields = {})
+void takeReading(Console& console)
 {
     const auto line = protocol::ReadSensorValues(console.module1(), console.address(), console.bench());
     if (line == protocol::kReadingFailed) {
         console.fail(console.failureOfLine().value_or(Failure::Garbled),
-                     prefix + QStringLiteral("readout %1 did not answer with the %2 characters of a reading.")
-                                  .arg(console.address())
-                                  .arg(protocol::kValuesReplyLength));
+                     QStringLiteral("readout %1 did not answer with the %2 characters of a reading.")
+                         .arg(console.address())
+                         .arg(protocol::kValuesReplyLength));
         return;
     }
-    auto object = inFields(console, line);
+    const auto object = inFields(console, line);
     if (!holdsNumbers(object)) {
         return console.fail(Failure::Garbled,
-                            prefix + QStringLiteral("readout %1 answered \"%2\", which is not a reading.")
-                                         .arg(console.address())
-                                         .arg(shown(protocol::inOneLine(line)).trimmed()));
+                            QStringLiteral("readout %1 answered \"%2\", which is not a reading.")
+                                .arg(console.address())
+                                .arg(shown(protocol::inOneLine(line)).trimmed()));
     }
-    for (auto field = fields.begin(); field != fields.end(); ++field) {
-        object.insert(field.key(), field.value());
-    }
-    console.answer(prefix + shown(line).trimmed(), object);
+    console.answer(shown(line).trimmed(), object);
 }
 
 void readOnce(Console& console)
