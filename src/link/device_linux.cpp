@@ -6,6 +6,7 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -38,13 +39,29 @@ void switchModemLines(QSerialPort& port, const LineSettings& line)
     if (line.dtr && !port.setDataTerminalReady(true)) qInfo("%s: no DTR line", qPrintable(port.portName()));
 }
 
-void announceLoss(QSerialPort& port)
+/// A serial port that can be told why it fails.
+class Port final : public QSerialPort {
+public:
+    using QSerialPort::QSerialPort;
+    using QSerialPort::setErrorString;
+};
+
+/// A read that gives nothing leaves no error behind: what Qt says then is of an earlier call.
+void sayThatItHungUp(Port& port)
+{
+    pollfd line{static_cast<int>(port.handle()), POLLIN, 0};
+    if (::poll(&line, 1, 0) == 1 && (line.revents & POLLHUP) != 0)
+        port.setErrorString(QObject::tr("unplugged, or closed at its other end"));
+}
+
+void announceLoss(Port& port)
 {
     QObject::connect(&port, &QSerialPort::errorOccurred, &port, [&port](QSerialPort::SerialPortError error) {
         switch (error) {
         case QSerialPort::ResourceError:
         case QSerialPort::ReadError:
         case QSerialPort::WriteError:
+            sayThatItHungUp(port);
             Q_EMIT port.readChannelFinished();
             break;
         case QSerialPort::NoError:
@@ -58,9 +75,9 @@ void announceLoss(QSerialPort& port)
 
 /// A serial port that is still closed. Everything is set before opening: a pseudo-terminal refuses some changes
 /// afterwards.
-std::unique_ptr<QSerialPort> closedPort(const QString& name, const LineSettings& line)
+std::unique_ptr<Port> closedPort(const QString& name, const LineSettings& line)
 {
-    auto port = std::make_unique<QSerialPort>(name);
+    auto port = std::make_unique<Port>(name);
     port->setBaudRate(line.baud);
     port->setParity(parityOf(line.parity));
     port->setDataBits(static_cast<QSerialPort::DataBits>(line.dataBits));

@@ -4,6 +4,7 @@
 #include "support/simulated_bus.h"
 
 #include <QFile>
+#include <QSerialPort>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -119,6 +120,34 @@ TEST(Device, AnUnpluggedPortClosesByItself)
     bus.unplug();
     EXPECT_TRUE(QTest::qWaitFor([&comm] { return !comm.PortOpen(); }, 10'000));
     EXPECT_TRUE(reason.contains(bus.device())) << qPrintable(reason);
+}
+
+TEST(Device, APortThatHangsUpSaysSo)
+{
+    test::SimulatedBus bus(kBus + QStringList{"--fault", "hangup@2101"});
+    PortList ports({bus.device()}, [] { return std::vector<PortInfo>(); });
+    MSComm comm(ports);
+    ASSERT_TRUE(comm.setPortOpen(true).isEmpty());
+    comm.Output(":052101FF\r\n");
+    ASSERT_TRUE(QTest::qWaitFor([&comm] { return !comm.PortOpen(); }, 10'000));
+    EXPECT_EQ(comm.lostReason(), bus.device() + " is gone (unplugged, or closed at its other end). Check the "
+                                                "adapter and the cable, then press OpenComm again.");
+}
+
+TEST(Device, APortHasTheParityOfItsSettings)
+{
+    const std::pair<const char*, QSerialPort::Parity> parities[] = {{"9600,n,8,1", QSerialPort::NoParity},
+                                                                    {"9600,e,8,1", QSerialPort::EvenParity},
+                                                                    {"9600,o,8,1", QSerialPort::OddParity},
+                                                                    {"9600,m,8,1", QSerialPort::MarkParity},
+                                                                    {"9600,s,8,1", QSerialPort::SpaceParity}};
+    for (const auto& [settings, parity] : parities) {
+        test::SimulatedBus bus(kBus);
+        const auto opened = openDevice(bus.device(), *parseLineSettings(settings));
+        const auto* port = qobject_cast<QSerialPort*>(opened.device.get());
+        ASSERT_TRUE(port) << settings << ": " << qPrintable(opened.reason);
+        EXPECT_EQ(port->parity(), parity) << settings;
+    }
 }
 
 TEST(Device, ADeviceServerIsReachedByTcp)
