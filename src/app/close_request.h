@@ -9,7 +9,8 @@
 namespace quorvel {
 
 /// Being asked from outside to end (link/interrupt.h) closes one window after the other, as their user would: a running
-/// command is finished first, and a question is the user's to answer. Who answers that a window stays open, keeps it.
+/// command is finished first, a message closes, and a question is the user's to answer. Who answers that a window stays open,
+/// keeps it.
 class CloseRequest final : public QObject {
     Q_OBJECT
 public:

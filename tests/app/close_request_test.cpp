@@ -1,7 +1,13 @@
 #include "app/close_request.h"
 
+#include "main/qtmessages.h"
+
+#include <QAbstractButton>
+#include <QApplication>
 #include <QDialog>
+#include <QMessageBox>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +60,30 @@ TEST_F(CloseRequested, AQuestionIsTheUsersToAnswer)
     QTest::qWait(kSomeLooks);
     EXPECT_TRUE(over.isVisible());
     question.reset();
+    EXPECT_TRUE(closes(main));
+}
+
+TEST_F(CloseRequested, AMessageThatNobodyReadsCloses)
+{
+    QtMessages messages(gate);
+    QTimer::singleShot(0, [] { std::raise(SIGTERM); });
+    messages.say(&over, QStringLiteral("Set OK!"));
+    messages.showResult(&over, QStringLiteral("X"), QStringLiteral("Y"));
+    EXPECT_TRUE(closes(main));
+}
+
+TEST_F(CloseRequested, AYesOrNoIsTheUsersToAnswer)
+{
+    QtMessages messages(gate);
+    bool open = false;
+    QTimer::singleShot(0, [] { std::raise(SIGTERM); });
+    QTimer::singleShot(kSomeLooks, [&open] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        open = box != nullptr;
+        if (box) box->button(QMessageBox::Yes)->click();
+    });
+    EXPECT_TRUE(messages.ask(&over, QStringLiteral("Sure?")));
+    EXPECT_TRUE(open);
     EXPECT_TRUE(closes(main));
 }
 
