@@ -29,7 +29,10 @@ SiteWindow::SiteWindow(const Workplace& workplace, Surroundings surroundings, QW
     // It is looked at and edited while its sweeps run.
     InputFilter::letThrough(this);
     layOut();
-    connect(&model_, &SiteModel::edited, this, [this] { setChanged(true); });
+    connect(&model_, &SiteModel::edited, this, [this] {
+        setChanged(true);
+        chooseCurves();
+    });
     connect(&model_, &SiteModel::refused, this, &SiteWindow::tell);
     connect(&tick_, &QTimer::timeout, this, &SiteWindow::look);
     tick_.start(kTickMs);

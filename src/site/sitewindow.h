@@ -4,6 +4,7 @@
 #include "site/readinglog.h"
 #include "site/schedule.h"
 #include "site/sitemodel.h"
+#include "site/trendpanel.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
@@ -54,6 +55,7 @@ private:
     void addButton(QHBoxLayout& row, QPushButton& button, const QString& caption, const char* name,
                    const std::function<void()>& handler);
     void showColumns();
+    void chooseCurves();
 
     // sitewindow_files.cpp
     void New_Click();
@@ -92,6 +94,7 @@ private:
     void showProgress(int done, int total);
 
     SiteModel model_;
+    Trend trend_;
     QSortFilterProxyModel sorted_;
     Surroundings surroundings_;
     QString path_; ///< of the file; empty: not saved yet
@@ -110,6 +113,7 @@ private:
 
     QLineEdit siteName_, port_, note_;
     QTableView table_;
+    TrendPanel trendPanel_{trend_, messages_};
     QPushButton new_, fromSearch_, open_, save_, saveAs_, add_, remove_;
     QPushButton sweep_, stop_, zero_, clocks_;
     QCheckBox every_, toFile_, daily_;

@@ -42,9 +42,15 @@ void SiteWindow::putSite(Site site, const QString& path)
     siteName_.setText(site.name);
     port_.setText(site.port);
     note_.setText(site.note);
+    trend_.forget();
     model_.setSite(std::move(site));
     showing_ = false;
     setChanged(false);
+    // not selectRow(), which looks at the keys that are held down
+    const auto first = sorted_.index(0, 0);
+    table_.selectionModel()->setCurrentIndex(first,
+                                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    chooseCurves();
 }
 
 void SiteWindow::New_Click()

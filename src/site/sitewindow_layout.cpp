@@ -6,13 +6,16 @@
 
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QSplitter>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace quorvel::site {
 
 namespace {
 
-constexpr QSize kStartSize(1240, 780);
+constexpr QSize kStartSize(1240, 860);
 constexpr int kSecondsOfDay = 86400;
 constexpr int kUsualSeconds = 10;
 constexpr int kRowPadding = 6;
@@ -59,9 +62,19 @@ void SiteWindow::layOut()
     addFileRow(*rows);
     addTextRow(*rows);
     makeTable();
-    rows->addWidget(&table_, 1);
-    addSweepRow(*rows);
-    addLogRow(*rows);
+    auto* upper = new QWidget;
+    auto* upperRows = new QVBoxLayout(upper);
+    upperRows->setContentsMargins({});
+    upperRows->addWidget(&table_, 1);
+    addSweepRow(*upperRows);
+    addLogRow(*upperRows);
+    auto* parts = new QSplitter(Qt::Vertical);
+    parts->setObjectName(QStringLiteral("SiteParts"));
+    parts->setChildrenCollapsible(false);
+    parts->addWidget(upper);
+    parts->addWidget(&trendPanel_);
+    rows->addWidget(parts, 1);
+    connect(&trendPanel_, &TrendPanel::told, this, &SiteWindow::tell);
     progress_.setObjectName(QStringLiteral("SiteProgress"));
     progress_.setAccessibleName(tr("Progress"));
     progress_.setFormat(QString());
@@ -144,6 +157,7 @@ void SiteWindow::makeTable()
         table_.setColumnWidth(column, metrics.horizontalAdvance(QLatin1String(kUsualTexts[column])) +
                                           metrics.horizontalAdvance(QStringLiteral("MM")));
     }
+    connect(table_.selectionModel(), &QItemSelectionModel::selectionChanged, this, &SiteWindow::chooseCurves);
     table_.setSortingEnabled(true);
     table_.sortByColumn(-1, Qt::AscendingOrder); // as in the file
 }
@@ -156,6 +170,16 @@ void SiteWindow::showColumns()
         table_.setColumnHidden(SiteModel::XColumn + place, hidden);
         table_.setColumnHidden(SiteModel::LimitXColumn + place, hidden);
     }
+}
+
+/// The trend is that of the chosen rows, in the order of the site.
+void SiteWindow::chooseCurves()
+{
+    std::vector<int> rows;
+    for (const auto& index : table_.selectionModel()->selectedRows())
+        rows.push_back(sorted_.mapToSource(index).row());
+    std::sort(rows.begin(), rows.end());
+    trendPanel_.choose(model_.site(), rows);
 }
 
 void SiteWindow::addSweepRow(QBoxLayout& rows)

@@ -177,8 +177,10 @@ void SiteWindow::sweep()
                                  {[this] { return isStopped(); },
                                   [&](const Reading& reading) {
                                       model_.take(reading);
+                                      trend_.take(reading);
                                       showProgress(++done, total);
                                   }});
+    trendPanel_.refresh();
     log(sweep);
     tell(sweepWords(sweep));
     addStatus(logFailure_);

@@ -58,7 +58,9 @@ class SiteWindow(unittest.TestCase):
                  ("Remove Readout", BUTTON), ("Readouts", Atspi.Role.TABLE), ("Sweep", BUTTON),
                  ("Repeat sweeps", box), ("Seconds from sweep to sweep", Atspi.Role.SPIN_BUTTON), ("Stop", BUTTON),
                  ("Mark Zero", BUTTON), ("Ask Clocks", BUTTON), ("Log to File ...", box),
-                 ("a new file each day", box)]
+                 ("a new file each day", box), ("all", Atspi.Role.COMBO_BOX), ("5 Block 7", Atspi.Role.COMBO_BOX),
+                 ("changes from the first value in sight", box), ("Picture ...", BUTTON), ("CSV ...", BUTTON),
+                 ("Trend", Atspi.Role.CHART)]
         for name, role in names:
             self.assertTrue(has_state(one_in(self.window, role, name), Atspi.StateType.FOCUSABLE), name)
         one_in(self.window, Atspi.Role.PROGRESS_BAR, "Progress")
