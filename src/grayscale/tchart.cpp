@@ -3,6 +3,7 @@
 #include "text/number.h"
 
 #include <QAccessibleWidget>
+#include <QPainter>
 
 #include <algorithm>
 #include <cmath>
@@ -11,19 +12,15 @@ namespace quorvel::grayscale {
 
 namespace {
 
-constexpr int kLevelPixels = 6; // a hand does not draw a level line
-constexpr double kZoomStep = 1.25;
-constexpr double kWheelNotch = 120; // in the unit of wheel events
-constexpr double kMoveStep = 0.1;   // of what is seen
 constexpr double kFewestMm = 0.05;
 constexpr double kFewestLevels = 4;
 
 constexpr int kPositionSteps = 10;
 constexpr int kBrightnessSteps = 15;
+constexpr int kAround = 16; // columns to both sides that say what is usual
 
 /// Between the red lines of every direction, above what a pixel reaches.
 constexpr QRectF kLegendPlace(0.64, 0.015, 0.28, 0.06);
-constexpr int kBandAlpha = 40;
 
 /// Screen readers are told that this is a chart.
 QAccessibleInterface* accessibleChart(const QString& /*className*/, QObject* object)
@@ -32,49 +29,35 @@ QAccessibleInterface* accessibleChart(const QString& /*className*/, QObject* obj
     return chart ? new QAccessibleWidget(chart, QAccessible::Chart) : nullptr;
 }
 
-/// `range` no narrower than `fewest`, no wider than `whole`, and with its middle inside `whole`.
-QCPRange withinBounds(const QCPRange& range, const QCPRange& whole, double fewest)
+QString inMillimetres(double position) { return QString::fromStdString(text::format(position, "0.000")); }
+
+/// A mean of several readings has parts.
+QString brightnessText(double brightness)
 {
-    const double size = std::clamp(range.size(), std::min(fewest, whole.size()), whole.size());
-    const double middle = std::clamp(range.center(), whole.lower, whole.upper);
-    return {middle - size / 2, middle + size / 2};
+    return std::isnan(brightness) ? TChart::tr("damaged")
+                                  : QString::fromStdString(text::general(std::round(brightness * 10) / 10));
 }
 
-/// `range` times `factor` around a place that stays where it is, until the whole or `fewest` is reached.
-QCPRange zoomed(const QCPRange& range, double factor, double around, const QCPRange& whole, double fewest)
+/// The label that is a word, the axis' name; null when there is none.
+const AxisLabel* nameIn(const std::vector<AxisLabel>& labels)
 {
-    if (range.size() * factor >= whole.size()) return whole;
-    const double limited = std::max(factor, fewest / range.size());
-    return {around + (range.lower - around) * limited, around + (range.upper - around) * limited};
+    const auto found = std::find_if(labels.begin(), labels.end(),
+                                    [](const AxisLabel& label) { return !text::isNumber(label.text); });
+    return found == labels.end() ? nullptr : &*found;
 }
 
-/// The smallest rectangle with both points in it, whichever way one lies from the other.
-QRect spanning(const QPoint& one, const QPoint& other)
+/// Names the axis beside it while its own label is out of sight.
+void nameAxis(QCPAxis& axis, const std::vector<AxisLabel>& labels)
 {
-    return {QPoint(std::min(one.x(), other.x()), std::min(one.y(), other.y())),
-            QPoint(std::max(one.x(), other.x()), std::max(one.y(), other.y()))};
-}
-
-QString readoutText(int pixel, double position, double brightness)
-{
-    return TChart::tr("Pixel %1: %2 mm, %3")
-        .arg(QString::number(pixel), QString::fromStdString(text::format(position, "0.000")),
-             QString::number(brightness));
+    const auto* name = nameIn(labels);
+    const bool out = name && !axis.range().contains(name->at);
+    axis.setLabel(out ? QString::fromStdString(name->text) : QString());
 }
 
 } // namespace
 
-Gesture gestureOf(const QPoint& drag)
-{
-    const auto side = [](int pixels) { return std::abs(pixels) < kLevelPixels ? 0 : pixels > 0 ? 1 : -1; };
-    const int across = side(drag.x());
-    const int down = side(drag.y());
-    if (across * down < 0 || (across == 0 && down == 0)) return Gesture::Nothing;
-    return across + down > 0 ? Gesture::Extend : Gesture::Whole;
-}
-
 TChart::TChart(QWidget* parent)
-    : Chart(parent), title_(new QCPTextElement(this)),
+    : ZoomChart(parent), title_(new QCPTextElement(this)),
       positionTicker_(QSharedPointer<LabelTicker>::create(true, kPositionSteps)),
       brightnessTicker_(QSharedPointer<LabelTicker>::create(false, kBrightnessSteps))
 {
@@ -82,10 +65,12 @@ TChart::TChart(QWidget* parent)
         QAccessible::installFactory(accessibleChart);
         return true;
     }();
-    setFocusPolicy(Qt::StrongFocus);
-    setMouseTracking(true);
-    setCursor(Qt::CrossCursor);
-    setAccessibleDescription(tr("Plus and minus zoom, arrows move, Home shows the whole."));
+    setFewest(kFewestMm, kFewestLevels);
+    setAccessibleDescription(tr("Plus and minus zoom, with Control the brightness. Arrows move, Home shows "
+                                "the whole, Backspace what was "
+                                "shown before. Control and the arrows step from pixel to pixel, the space "
+                                "bar leaves a second cursor behind. L "
+                                "hides the legend."));
     plotLayout()->insertRow(0);
     plotLayout()->addElement(0, 0, title_);
     setUpAxes();
@@ -136,7 +121,8 @@ void TChart::removeAllSeries()
 {
     legend->clearItems();
     clearGraphs();
-    pointed_ = -1;
+    pointed_ = {};
+    second_ = -1;
     replot();
 }
 
@@ -160,189 +146,149 @@ void TChart::setBrightnessLabels(std::vector<AxisLabel> labels)
     brightnessTicker_->setLabels(std::move(labels));
 }
 
-void TChart::setWhole(const QCPRange& positions, const QCPRange& brightness)
+void TChart::partShown()
 {
-    wholePositions_ = positions;
-    wholeBrightness_ = brightness;
-    showWhole();
-}
-
-void TChart::showWhole() { showPart(wholePositions_, wholeBrightness_); }
-
-void TChart::showPart(QCPRange positions, QCPRange brightness)
-{
-    xAxis->setRange(withinBounds(positions, wholePositions_, kFewestMm));
-    yAxis->setRange(withinBounds(brightness, wholeBrightness_, kFewestLevels));
-    replot(rpQueuedReplot);
-}
-
-void TChart::paintEvent(QPaintEvent* event)
-{
-    Chart::paintEvent(event);
-    QPainter painter(this);
-    painter.setClipRect(axisRect()->rect());
-    const auto curve = colours().of(chart::Role::First);
-    if (dragging_ == Qt::LeftButton) {
-        auto band = curve;
-        band.setAlpha(kBandAlpha);
-        painter.setPen(curve);
-        painter.setBrush(band);
-        painter.drawRect(spanning(pressedAt_, mouseAt_));
-    } else if (pointed_ >= 0 && graphCount() > 0 && pointed_ < graph(0)->dataCount()) {
-        const auto datum = graph(0)->data()->at(pointed_);
-        const QPointF spot(xAxis->coordToPixel(datum->key), yAxis->coordToPixel(datum->value));
-        painter.setPen(QPen(colours().ink, 1, Qt::DotLine));
-        painter.drawLine(QPointF(spot.x(), axisRect()->top()), QPointF(spot.x(), axisRect()->bottom()));
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(curve);
-        painter.setBrush(colours().paper);
-        painter.drawEllipse(spot, 3.5, 3.5);
-    }
-}
-
-void TChart::mousePressEvent(QMouseEvent* event)
-{
-    if (dragging_ != Qt::NoButton) return;
-    if (event->button() != Qt::LeftButton && event->button() != Qt::RightButton) return;
-    dragging_ = event->button();
-    pressedAt_ = mouseAt_ = event->pos();
-    pressedPositions_ = xAxis->range();
-    pressedBrightness_ = yAxis->range();
-    setCursor(dragging_ == Qt::RightButton ? Qt::ClosedHandCursor : Qt::CrossCursor);
-    event->accept();
-}
-
-void TChart::mouseMoveEvent(QMouseEvent* event)
-{
-    mouseAt_ = event->pos();
-    if (dragging_ == Qt::RightButton) moveBy(mouseAt_ - pressedAt_);
-    point(mouseAt_);
-    update();
-}
-
-void TChart::mouseReleaseEvent(QMouseEvent* event)
-{
-    if (event->button() != dragging_) return;
-    const auto button = std::exchange(dragging_, Qt::NoButton);
-    setCursor(Qt::CrossCursor);
-    if (button == Qt::LeftButton) {
-        const auto gesture = gestureOf(event->pos() - pressedAt_);
-        if (gesture == Gesture::Extend) extendTo(spanning(pressedAt_, event->pos()));
-        if (gesture == Gesture::Whole) showWhole();
-    }
-    update();
-}
-
-// The second press of a quick pair of drags arrives as a double click.
-void TChart::mouseDoubleClickEvent(QMouseEvent* event) { mousePressEvent(event); }
-
-void TChart::extendTo(const QRect& area)
-{
-    const auto seen = area.intersected(axisRect()->rect());
-    if (seen.isEmpty()) return;
-    auto positions = xAxis->range();
-    auto brightness = yAxis->range();
-    if (area.width() > kLevelPixels)
-        positions = {xAxis->pixelToCoord(seen.left()), xAxis->pixelToCoord(seen.right())};
-    if (area.height() > kLevelPixels)
-        brightness = {yAxis->pixelToCoord(seen.bottom()), yAxis->pixelToCoord(seen.top())};
-    showPart(positions, brightness);
-}
-
-void TChart::moveBy(const QPoint& pixels)
-{
-    const double across = pressedPositions_.size() * pixels.x() / std::max(axisRect()->width(), 1);
-    const double up = pressedBrightness_.size() * pixels.y() / std::max(axisRect()->height(), 1);
-    showPart({pressedPositions_.lower - across, pressedPositions_.upper - across},
-             {pressedBrightness_.lower + up, pressedBrightness_.upper + up});
-}
-
-void TChart::moveByPart(double ofWidth, double ofHeight)
-{
-    const auto positions = xAxis->range();
-    const auto brightness = yAxis->range();
-    const double across = positions.size() * ofWidth;
-    const double up = brightness.size() * ofHeight;
-    showPart({positions.lower + across, positions.upper + across},
-             {brightness.lower + up, brightness.upper + up});
-}
-
-void TChart::zoomPositions(double factor, double around)
-{
-    showPart(zoomed(xAxis->range(), factor, around, wholePositions_, kFewestMm), yAxis->range());
-}
-
-void TChart::zoomBrightness(double factor, double around)
-{
-    showPart(xAxis->range(), zoomed(yAxis->range(), factor, around, wholeBrightness_, kFewestLevels));
-}
-
-void TChart::wheelEvent(QWheelEvent* event)
-{
-    const auto turn = event->angleDelta();
-    const double notches = (turn.y() != 0 ? turn.y() : turn.x()) / kWheelNotch;
-    const double factor = std::pow(kZoomStep, -notches);
-    const auto at = event->position();
-    if (event->modifiers().testFlag(Qt::ShiftModifier)) {
-        zoomBrightness(factor, yAxis->pixelToCoord(at.y()));
-    } else {
-        zoomPositions(factor, xAxis->pixelToCoord(at.x()));
-    }
-    event->accept();
+    nameAxis(*xAxis, positionLabels());
+    nameAxis(*yAxis, brightnessLabels());
 }
 
 void TChart::leaveEvent(QEvent* event)
 {
-    Chart::leaveEvent(event);
-    pointed_ = -1;
-    Q_EMIT pointedAt(QString());
-    update();
+    ZoomChart::leaveEvent(event);
+    setCursorTo({});
 }
 
 void TChart::keyPressEvent(QKeyEvent* event)
 {
-    switch (event->key()) {
-    case Qt::Key_Plus:
-        return zoomPositions(1 / kZoomStep, keyboardCentre());
-    case Qt::Key_Minus:
-        return zoomPositions(kZoomStep, keyboardCentre());
-    case Qt::Key_Left:
-        return moveByPart(-kMoveStep, 0);
-    case Qt::Key_Right:
-        return moveByPart(kMoveStep, 0);
-    case Qt::Key_Up:
-        return moveByPart(0, kMoveStep);
-    case Qt::Key_Down:
-        return moveByPart(0, -kMoveStep);
-    case Qt::Key_Home:
-        return showWhole();
-    default:
-        Chart::keyPressEvent(event);
-    }
+    const bool control = event->modifiers().testFlag(Qt::ControlModifier);
+    if (control && event->key() == Qt::Key_Left) return step(-1);
+    if (control && event->key() == Qt::Key_Right) return step(1);
+    if (event->key() == Qt::Key_Space) return keepSecond();
+    ZoomChart::keyPressEvent(event);
 }
 
-/// What the keys zoom around: the pixel that the mouse points at, else the middle.
+/// The pixel that the cursor stands on, else the middle.
 double TChart::keyboardCentre() const
 {
-    return pointed_ >= 0 ? (graph(0)->data()->constBegin() + pointed_)->key : xAxis->range().center();
+    return pointed_.out >= 0 ? pixelAt(pointed_.out).key : xAxis->range().center();
 }
 
-// The pixel whose position is nearest to the mouse.
-void TChart::point(const QPoint& at)
+void TChart::pointedTo(const QPoint& at)
 {
-    pointed_ = -1;
-    if (graphCount() > 0 && graph(0)->dataCount() > 0 && axisRect()->rect().contains(at)) {
-        const auto series = graph(0)->data();
-        const double position = xAxis->pixelToCoord(at.x());
-        const auto begin = series->constBegin();
-        auto found = series->findEnd(position, false);
-        if (found == series->constEnd()) --found;
-        if (found != begin && position - std::prev(found)->key < found->key - position) --found;
-        pointed_ = static_cast<int>(found - begin);
-        Q_EMIT pointedAt(readoutText(pointed_ + 1, found->key, found->value));
-    } else {
-        Q_EMIT pointedAt(QString());
+    setCursorTo(pixelCount() > 0 && axisRect()->rect().contains(at) ? columnAt(at.x()) : Column());
+}
+
+void TChart::clickedAt(const QPoint& at)
+{
+    pointedTo(at);
+    keepSecond();
+}
+
+int TChart::nearestTo(double position) const
+{
+    const auto series = graph(0)->data();
+    auto found = series->findEnd(position, false);
+    if (found == series->constEnd()) --found;
+    if (found != series->constBegin() && position - std::prev(found)->key < found->key - position) --found;
+    return static_cast<int>(found - series->constBegin());
+}
+
+// Many pixels can share a column of the screen. The one that is farthest from what is usual around it stands out: a dip or
+// a peak of one pixel is found.
+TChart::Column TChart::columnAt(int x) const
+{
+    const auto edge = [this](double at) { return xAxis->pixelToCoord(at); };
+    Column column{nearestTo(edge(x - 0.5)), nearestTo(edge(x + 0.5)), nearestTo(edge(x))};
+    if (column.first < column.last && pixelAt(column.first).key < edge(x - 0.5)) ++column.first;
+    if (column.first < column.last && pixelAt(column.last).key >= edge(x + 0.5)) --column.last;
+    if (column.first >= column.last) return {column.out, column.out, column.out};
+    std::vector<double> around;
+    const int last = nearestTo(edge(x + kAround));
+    for (int i = nearestTo(edge(x - kAround)); i <= last; ++i) {
+        const double value = pixelAt(i).value;
+        if (!std::isnan(value)) around.push_back(value);
     }
+    if (around.empty()) return column;
+    const auto middle = around.begin() + static_cast<std::ptrdiff_t>(around.size() / 2);
+    std::nth_element(around.begin(), middle, around.end());
+    double farthest = -1;
+    for (int i = column.first; i <= column.last; ++i) {
+        const double away = std::fabs(pixelAt(i).value - *middle);
+        if (away <= farthest || std::isnan(away)) continue;
+        farthest = away;
+        column.out = i;
+    }
+    return column;
+}
+
+void TChart::setCursorTo(const Column& column)
+{
+    pointed_ = column;
+    Q_EMIT pointedAt(cursorText());
+    update();
+}
+
+void TChart::pointTo(int pixel)
+{
+    const int index = pixel - 1;
+    if (index < 0 || index >= pixelCount()) return;
+    const double position = pixelAt(index).key;
+    const auto seen = xAxis->range();
+    if (!seen.contains(position))
+        showPart({position - seen.size() / 2, position + seen.size() / 2}, yAxis->range());
+    setCursorTo({index, index, index});
+}
+
+void TChart::step(int pixels)
+{
+    if (pixelCount() == 0) return;
+    const int from = pointed_.out >= 0 ? pointed_.out + pixels : nearestTo(xAxis->range().center());
+    pointTo(std::clamp(from, 0, pixelCount() - 1) + 1);
+}
+
+void TChart::keepSecond()
+{
+    if (pointed_.out < 0) return;
+    second_ = second_ == pointed_.out ? -1 : pointed_.out;
+    setCursorTo(pointed_);
+}
+
+QString TChart::cursorText() const
+{
+    if (pointed_.out < 0) return {};
+    const auto pixel = pixelAt(pointed_.out);
+    auto said =
+        tr("Pixel %1: %2 mm, %3")
+            .arg(QString::number(pointed_.out + 1), inMillimetres(pixel.key), brightnessText(pixel.value));
+    if (pointed_.first < pointed_.last)
+        said += tr(" (the extreme of pixels %1 to %2)").arg(pointed_.first + 1).arg(pointed_.last + 1);
+    said += moreAbout(pointed_.out + 1);
+    if (second_ < 0 || second_ >= pixelCount() || second_ == pointed_.out) return said;
+    const auto other = pixelAt(second_);
+    return said + tr("; from pixel %1: %2 mm, %3")
+                      .arg(QString::number(second_ + 1), inMillimetres(pixel.key - other.key),
+                           brightnessText(pixel.value - other.value));
+}
+
+void TChart::paintMarks(QPainter& painter)
+{
+    paintCursor(painter, second_, Qt::SolidLine);
+    paintCursor(painter, pointed_.out, Qt::DotLine);
+}
+
+void TChart::paintCursor(QPainter& painter, int index, Qt::PenStyle style) const
+{
+    if (index < 0 || index >= pixelCount()) return;
+    const auto pixel = pixelAt(index);
+    const double x = xAxis->coordToPixel(pixel.key);
+    painter.setPen(QPen(colours().ink, 1, style));
+    painter.drawLine(QPointF(x, axisRect()->top()), QPointF(x, axisRect()->bottom()));
+    if (std::isnan(pixel.value)) return;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(colours().of(chart::Role::First));
+    painter.setBrush(colours().paper);
+    painter.drawEllipse(QPointF(x, yAxis->coordToPixel(pixel.value)), 3.5, 3.5);
+    painter.setRenderHint(QPainter::Antialiasing, false);
 }
 
 } // namespace quorvel::grayscale

@@ -1,25 +1,18 @@
 #pragma once
 
-#include "chart/chart.h"
+#include "chart/zoomchart.h"
 #include "grayscale/labelticker.h"
-
-#include <QPoint>
 
 namespace quorvel::grayscale {
 
-/// What a finished drag with the left button asks for.
-enum class Gesture { Nothing, Extend, Whole };
-/// Dragging right and down zooms into the area; left and up shows the whole. A level or upright drag counts by the one
-/// direction that it has; a click and a drag to one of the two other corners do nothing.
-/// @param drag  from the press to the release, in pixels.
-Gesture gestureOf(const QPoint& drag);
-
-/// The chart: line series over millimetres and brightness, with labels of its own on both axes.
+/// The chart: line series over millimetres and brightness, with labels of its own on both axes. A label that is a word
+/// names its axis; while it is out of sight, the name stands beside the axis.
 ///
-/// The left button zooms in and returns to the whole, the right button moves, the wheel zooms along the position axis
-/// (with Shift, along the brightness axis); the keys + - Home and the arrows do the same. Its accessible name is its
-/// title.
-class TChart final : public chart::Chart {
+/// It is looked into as every ZoomChart. Its cursor stands on a pixel of series 0: the mouse shows the one that stands out
+/// most among those under it, Ctrl and the arrows to the left and right step from pixel to pixel. A click or the space bar
+/// leaves a second cursor behind, from which differences count; on the same pixel it takes it away. Its accessible name is
+/// its title.
+class TChart : public chart::ZoomChart {
     Q_OBJECT
 public:
     explicit TChart(QWidget* parent = nullptr);
@@ -28,8 +21,8 @@ public:
     QString title() const { return title_->text(); }
 
     void removeAllSeries();
-    /// Adds a line through the points; series 0 is the one that the mouse reads.
-    /// @param positions  mm, ascending, as many as `values`.
+    /// Adds a line through the points; series 0 is the one that the cursors read.
+    /// @param positions  mm, ascending, as many as `values`. A value that is not a number is a gap.
     /// @param legend     its text in the legend; empty: it has none.
     void addSeries(const QVector<double>& positions, const QVector<double>& values, chart::Role role,
                    const QString& legend);
@@ -39,48 +32,48 @@ public:
     const std::vector<AxisLabel>& positionLabels() const { return positionTicker_->labels(); }
     const std::vector<AxisLabel>& brightnessLabels() const { return brightnessTicker_->labels(); }
 
-    /// Sets what the whole is, and shows it.
-    void setWhole(const QCPRange& positions, const QCPRange& brightness);
-    void showWhole();
-    /// Shows this part; kept within bounds in which something can be seen.
-    void showPart(QCPRange positions, QCPRange brightness);
+    /// Puts the cursor on a pixel, from 1, and moves it into sight; nothing when there is no such pixel.
+    void pointTo(int pixel);
 
 Q_SIGNALS:
-    /// What the mouse points at, such as "Pixel 1824: 24.64 mm, 187"; empty when it is nothing.
+    /// What the cursor stands on, such as "Pixel 1824: 24.640 mm, 187"; empty when it is nothing.
     void pointedAt(const QString& text);
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    double keyboardCentre() const override;
+    void pointedTo(const QPoint& at) override;
+    void clickedAt(const QPoint& at) override;
+    void paintMarks(QPainter& painter) override;
+    void partShown() override;
+    /// What else is known about a pixel, from 1, to be said behind its brightness.
+    virtual QString moreAbout(int /*pixel*/) const { return {}; }
 
 private:
+    /// Neighbouring pixels, by their indices in series 0; `out` is the one that stands out.
+    struct Column {
+        int first = -1;
+        int last = -1;
+        int out = -1;
+    };
     void setUpAxes();
     void setUpLegend();
-    void extendTo(const QRect& area);
-    void moveBy(const QPoint& pixels);
-    void moveByPart(double ofWidth, double ofHeight);
-    void zoomPositions(double factor, double around);
-    void zoomBrightness(double factor, double around);
-    double keyboardCentre() const;
-    void point(const QPoint& at);
+    int pixelCount() const { return graphCount() > 0 ? graph(0)->dataCount() : 0; }
+    QCPGraphData pixelAt(int index) const { return *graph(0)->data()->at(index); }
+    int nearestTo(double position) const;
+    Column columnAt(int x) const;
+    void setCursorTo(const Column& column);
+    void step(int pixels);
+    void keepSecond();
+    QString cursorText() const;
+    void paintCursor(QPainter& painter, int index, Qt::PenStyle style) const;
 
     QCPTextElement* title_;
     QSharedPointer<LabelTicker> positionTicker_;
     QSharedPointer<LabelTicker> brightnessTicker_;
-    QCPRange wholePositions_{0, 1};
-    QCPRange wholeBrightness_{0, 1};
-    Qt::MouseButton dragging_ = Qt::NoButton;
-    QPoint pressedAt_;
-    QPoint mouseAt_;
-    QCPRange pressedPositions_;
-    QCPRange pressedBrightness_;
-    int pointed_ = -1; ///< index into series 0
+    Column pointed_;
+    int second_ = -1; ///< index into series 0
 };
 
 } // namespace quorvel::grayscale

@@ -10,28 +10,6 @@
 namespace quorvel::grayscale {
 namespace {
 
-TEST(GestureOf, OnlyRightDownwardsExtendsAndOnlyLeftUpwardsGoesBack)
-{
-    EXPECT_EQ(gestureOf({50, 40}), Gesture::Extend);
-    EXPECT_EQ(gestureOf({-50, -40}), Gesture::Whole);
-    EXPECT_EQ(gestureOf({50, -40}), Gesture::Nothing);
-    EXPECT_EQ(gestureOf({-50, 40}), Gesture::Nothing);
-}
-
-TEST(GestureOf, ALevelOrUprightDragCountsByItsOneDirection)
-{
-    EXPECT_EQ(gestureOf({50, -3}), Gesture::Extend);
-    EXPECT_EQ(gestureOf({2, 50}), Gesture::Extend);
-    EXPECT_EQ(gestureOf({-50, 3}), Gesture::Whole);
-    EXPECT_EQ(gestureOf({0, -50}), Gesture::Whole);
-}
-
-TEST(GestureOf, AClickAsksForNothing)
-{
-    EXPECT_EQ(gestureOf({0, 0}), Gesture::Nothing);
-    EXPECT_EQ(gestureOf({5, -5}), Gesture::Nothing);
-}
-
 /// A chart of 101 pixels from 0 to 50 mm, as bright as their number.
 class TChartShown : public ::testing::Test {
 protected:
@@ -183,6 +161,73 @@ TEST_F(TChartShown, MouseReadsTheNearestPixel)
     EXPECT_EQ(pointed.last().first().toString(), "Pixel 51: 25.000 mm, 51");
     QTest::mouseMove(&chart_, QPoint(2, 2));
     EXPECT_EQ(pointed.last().first().toString(), "");
+}
+
+/// 20 pixels a column: one of them is dark, one bright.
+TEST_F(TChartShown, MouseFindsThePixelThatStandsOutUnderItsColumn)
+{
+    QVector<double> positions;
+    QVector<double> values(20000, 200);
+    for (int i = 0; i < values.size(); ++i) {
+        positions << i * 0.0025;
+    }
+    values[10'000] = 40;
+    values[15'000] = 250;
+    chart_.removeAllSeries();
+    chart_.addSeries(positions, values, chart::Role::First, QString());
+    const QSignalSpy pointed(&chart_, &TChart::pointedAt);
+    QTest::mouseMove(&chart_, at(25, 10));
+    EXPECT_TRUE(
+        pointed.last().first().toString().startsWith("Pixel 10001: 25.000 mm, 40 (the extreme of pixels "));
+    QTest::mouseMove(&chart_, at(37.5, 10));
+    EXPECT_TRUE(
+        pointed.last().first().toString().startsWith("Pixel 15001: 37.500 mm, 250 (the extreme of pixels "));
+}
+
+TEST_F(TChartShown, ControlAndArrowsStepFromPixelToPixel)
+{
+    const QSignalSpy pointed(&chart_, &TChart::pointedAt);
+    QTest::keyClick(&chart_, Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 51: 25.000 mm, 51") << "begins in the middle";
+    QTest::keyClick(&chart_, Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 52: 25.500 mm, 52");
+    chart_.showPart({26, 30}, {0, 300});
+    QTest::keyClick(&chart_, Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 51: 25.000 mm, 51");
+    EXPECT_TRUE(chart_.xAxis->range().contains(25)) << "it is moved into sight";
+    chart_.pointTo(101);
+    QTest::keyClick(&chart_, Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 101: 50.000 mm, 101") << "the last one";
+    chart_.removeAllSeries();
+    QTest::keyClick(&chart_, Qt::Key_Right, Qt::ControlModifier);
+}
+
+TEST_F(TChartShown, SpaceLeavesASecondCursorFromWhichDifferencesCount)
+{
+    const QSignalSpy pointed(&chart_, &TChart::pointedAt);
+    chart_.pointTo(51);
+    QTest::keyClick(&chart_, Qt::Key_Space);
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 51: 25.000 mm, 51");
+    chart_.pointTo(48);
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 48: 23.500 mm, 48; from pixel 51: -1.500 mm, -3");
+    QTest::mouseClick(&chart_, Qt::LeftButton, Qt::NoModifier, at(10, 100));
+    chart_.pointTo(22);
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 22: 10.500 mm, 22; from pixel 21: 0.500 mm, 1");
+    chart_.pointTo(21);
+    QTest::keyClick(&chart_, Qt::Key_Space);
+    chart_.pointTo(22);
+    EXPECT_EQ(pointed.last().first().toString(), "Pixel 22: 10.500 mm, 22") << "taken away";
+}
+
+TEST_F(TChartShown, AnAxisIsNamedBesideItWhileItsLabelIsOutOfSight)
+{
+    EXPECT_EQ(chart_.yAxis->label(), "");
+    chart_.showPart({10, 20}, {100, 200});
+    EXPECT_EQ(chart_.xAxis->label(), "(mm)");
+    EXPECT_EQ(chart_.yAxis->label(), "GrayScale");
+    chart_.setWhole({0, 52}, {0, 300});
+    EXPECT_EQ(chart_.xAxis->label(), "");
+    EXPECT_EQ(chart_.yAxis->label(), "");
 }
 
 TEST_F(TChartShown, MouseReadsNothingWhenThereIsNothing)
