@@ -18,16 +18,16 @@ constexpr double kShadowEdge = 0.045; // mm; the lamp is not a point
 constexpr double kStrayLight = 0.09;  // of the lamp's light reaches into the shadow
 
 struct Dust {
-    double pixel, width, depth;
+    double pixel = 0, width = 1, depth = 0;
 };
 
 /// One sensor's constant features, drawn once from its seed.
 class Profile {
 public:
-    Profile(std::uint64_t seed, std::uint64_t sensor, int pixels)
+    Profile(std::uint64_t seed, std::uint64_t sensor, int pixels, bool dusty)
         : seed_(seed), stream_(1000 + sensor), pixels_(pixels)
     {
-        for (std::uint64_t i = 0; i < dust_.size(); ++i)
+        for (std::uint64_t i = 0; dusty && i < dust_.size(); ++i)
             dust_[i] = {trait(10 + i) * pixels, 2 + 9 * trait(30 + i), 0.04 + 0.16 * trait(50 + i)};
     }
 
@@ -62,13 +62,25 @@ double passing(double distance, double diameter)
     return kStrayLight + (1 - kStrayLight) / (1 + std::exp(inside / kShadowEdge));
 }
 
+/// What the dust that was put before the sensor lets through.
+double besideDust(const std::vector<DustSpot>& dust, Sensor which, double millimetres)
+{
+    double clear = 1;
+    for (const auto& spot : dust) {
+        const double distance = 2 * (millimetres - spot.place) / spot.width;
+        if (spot.sensor == which)
+            clear *= 1 - spot.depth * std::exp(-std::numbers::ln2 * distance * distance);
+    }
+    return clear;
+}
+
 } // namespace
 
 std::vector<std::uint8_t> grayscale(const Readout& readout, Sensor which, double now)
 {
     const auto sensor = static_cast<std::size_t>(which);
     const auto& model = readout.type->sensors[sensor];
-    const Profile profile(readout.wire.seed(), sensor, model.pixels);
+    const Profile profile(readout.wire.seed(), sensor, model.pixels, readout.ownDust);
     const double place = readout.places(now)[sensor];
     const double diameter = readout.diameterTenthsMm / 10.0;
     const int seam = model.range > 50 ? decimal(readout.stitching).value_or(0) : 0;
@@ -79,7 +91,8 @@ std::vector<std::uint8_t> grayscale(const Readout& readout, Sensor which, double
         double level = kDarkLevel;
         if (pixel > kDarkAtStart && pixel <= model.pixels - kDarkAtEnd) {
             const double millimetres = (pixel - model.zeroPixel) * model.pitch + model.zero;
-            level = profile.light(pixel) * passing(millimetres - place, diameter);
+            level = profile.light(pixel) * passing(millimetres - place, diameter) *
+                    besideDust(readout.dust, which, millimetres);
             if (seam > 0 && std::abs(pixel - seam) <= 2) level *= 0.6;
         }
         level += 1.1 * bell(readout.wire.seed() ^ moment, 2000 + sensor, static_cast<std::uint64_t>(pixel));

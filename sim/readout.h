@@ -33,6 +33,14 @@ struct AutoReading {
     [[nodiscard]] std::optional<CivilSeconds> after(CivilSeconds time) const;
 };
 
+/// Dust on the glass before a sensor, put there by hand.
+struct DustSpot {
+    Sensor sensor = Sensor::X;
+    double place = 0; ///< mm along the sensor
+    double depth = 0; ///< of the light, 0 to 1, that its middle takes
+    double width = 0; ///< mm, where half of that is taken
+};
+
 /// Everything one readout knows. The commands (commands.h) are the only way a client changes it; the control
 /// channel may set it directly. Times `now` are seconds since the start of the bus.
 class Readout {
@@ -88,6 +96,8 @@ public:
     std::array<std::optional<double>, 4> pinned; ///< places that were set by hand, mm
     int readingLength = 29;                      ///< 29 or 27 characters in an answer to a reading
     std::map<std::string, std::string, std::less<>> fixedReplies; ///< by command digits, set by a test
+    std::vector<DustSpot> dust;
+    bool ownDust = true; ///< the specks that every sensor has from its seed; gone when it was cleaned
     Wire wire;
 
 private:

@@ -152,6 +152,26 @@ bool setReadingLength(Readout& readout, const Key& /*key*/, std::string_view val
     return true;
 }
 
+/// "SENSOR MM DEPTH WIDTH" or "clean".
+bool setDust(Readout& readout, const Key& /*key*/, std::string_view value, double /*now*/)
+{
+    constexpr double kWidest = 10; // mm
+    if (value == "clean") {
+        readout.dust.clear();
+        readout.ownDust = false;
+        return true;
+    }
+    constexpr std::array<std::string_view, 4> kSensors{"x", "y", "z1", "z2"};
+    const auto sensor = std::find(kSensors.begin(), kSensors.end(), nextWord(value));
+    const auto place = plainNumber(nextWord(value));
+    const auto percent = plainNumber(nextWord(value));
+    const auto width = plainNumber(nextWord(value));
+    if (sensor == kSensors.end() || !place || !percent || !width || !nextWord(value).empty()) return false;
+    if (*percent < 0 || *percent > 100 || *width <= 0 || *width > kWidest) return false;
+    readout.dust.push_back({static_cast<Sensor>(sensor - kSensors.begin()), *place, *percent / 100, *width});
+    return true;
+}
+
 constexpr std::string_view kPlaceForm = "millimetres, or free";
 constexpr std::string_view kOffsetForm = "8 characters";
 constexpr std::string_view kOnOffForm = "on or off";
@@ -181,6 +201,8 @@ constexpr Key kKeys[] = {
     {"noisy", "SLOT[,FIELD], a slot that was written and date, x, y, z1 or z2", 0, setNoisy},
     {"stitching", "4 characters", 0, setStitching},
     {"readinglength", "27 or 29", 0, setReadingLength},
+    {"dust", "x, y, z1 or z2 with place and width in mm and percent between them (x 37.3 27 0.2), or clean",
+     0, setDust},
 };
 
 std::string keyNames()

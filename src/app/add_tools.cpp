@@ -1,6 +1,7 @@
 #include "app/openers.h"
 #include "app/program.h"
 #include "autoread/storedreadings.h"
+#include "grayscale/pixels.h"
 #include "line/diagnosiswindow.h"
 #include "line/finderwindow.h"
 #include "line/healthwindow.h"
@@ -74,6 +75,16 @@ void showSettings(Program& program)
     window->raise();
 }
 
+/// It stays as it is when it is closed, with its reference.
+void showPixels(Program& program)
+{
+    auto* window = program.form1.findChild<Pixels*>("Pixels");
+    if (!window) window = new Pixels(program.workplace, &program.form1);
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
 /// Tests at once: in the window that `parent` has, or in a new one. Beside a modal window only what belongs to it can
 /// be used.
 void showDiagnosis(Program& program, QWidget* parent, const QString& address)
@@ -118,6 +129,7 @@ void addTools(Program& program)
     program.form1.addTool(QStringLiteral("&Journal"), [&program] { showJournal(program); });
     program.form1.addTool(QStringLiteral("Stored R&eadings"), [&program] { showStoredReadings(program); });
     program.form1.addTool(QStringLiteral("S&ite"), [&program] { showSite(program); });
+    program.form1.addTool(QStringLiteral("Pi&xels"), [&program] { showPixels(program); });
     program.form1.addTool(QStringLiteral("&Settings ..."), [&program] { showSettings(program); });
     auto* readOnly = program.form1.addTool(QStringLiteral("&Read Only"), [] {});
     readOnly->setCheckable(true);

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+class QPrinter;
 class QWidget;
 
 namespace quorvel {
@@ -36,6 +37,8 @@ public:
     virtual QString chooseFile(QWidget* parent, const FileChoice& choice) = 0;
     /// One line of text. @return empty when cancelled.
     virtual QString askText(QWidget* parent, const QString& caption, const QString& label) = 0;
+    /// Lets a printer be chosen, and the page set up. @return false when cancelled; always where there is no dialog for it.
+    virtual bool choosePrinter(QWidget* /*parent*/, QPrinter& /*printer*/) { return false; }
 };
 
 inline constexpr auto kPortNotOpened = "CommPort not Opened";

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QMessageBox>
+#include <QPrintDialog>
 
 namespace quorvel {
 
@@ -91,6 +92,12 @@ QString QtMessages::askText(QWidget* parent, const QString& caption, const QStri
 {
     const link::Gate::Box open(gate_);
     return QInputDialog::getText(parent, caption, label).trimmed();
+}
+
+bool QtMessages::choosePrinter(QWidget* parent, QPrinter& printer)
+{
+    const link::Gate::Box open(gate_);
+    return QPrintDialog(&printer, parent).exec() == QDialog::Accepted;
 }
 
 } // namespace quorvel

@@ -16,6 +16,7 @@ public:
     void showResult(QWidget* parent, const QString& firstLine, const QString& secondLine) override;
     QString chooseFile(QWidget* parent, const FileChoice& choice) override;
     QString askText(QWidget* parent, const QString& caption, const QString& label) override;
+    bool choosePrinter(QWidget* parent, QPrinter& printer) override;
 
 private:
     link::Gate& gate_;

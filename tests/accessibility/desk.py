@@ -21,7 +21,8 @@ MENU_OPENS = 0.5  # seconds
 MENU_TRIES = 2
 # The letters of the menu "Tools" by the captions of the windows that they open.
 TOOLS = {"Traffic": "t", "Line Health": "h", "Journal": "j", "Stored Readings": "e", "Settings": "s",
-         "Why no answer?": "w", "Find Readouts One by One": "f", "Site": "i"}
+         "Why no answer?": "w", "Find Readouts One by One": "f", "Site": "i",
+         "Pixels": "x"}
 READ_ONLY = "r"
 
 

@@ -137,6 +137,7 @@ const Tool kTools[] = {
     {"Line Health", "quorvel::line::HealthWindow", "Line Health"},
     {"Journal", "quorvel::line::JournalWindow", "Journal"},
     {"Stored Readings", "quorvel::StoredReadings", "Stored Readings"},
+    {"Pixels", "quorvel::Pixels", "Pixels"},
     {"Settings ...", "quorvel::SettingsCompare", "Settings"},
 };
 

@@ -1,5 +1,6 @@
 #include "sim/grayscale.h"
 
+#include "sim/settings.h"
 #include "sim/text.h"
 #include "tests/sim/test_bus.h"
 
@@ -96,6 +97,35 @@ TEST(Shadow, IsAsWideAsTheWireIsSet)
     EXPECT_NEAR(static_cast<double>(darkPixels()) * 0.007, 1.5, 0.15);
     readout.diameterTenthsMm = 30;
     EXPECT_NEAR(static_cast<double>(darkPixels()) * 0.007, 3.0, 0.15);
+}
+
+TEST(Dust, IsWhereItWasPutAndCleanedAway)
+{
+    TestBus test;
+    auto& readout = *test.bus.find(5);
+    readout.pinned[0] = 10;
+    EXPECT_EQ(applySetting(readout, "dust clean", 0), "");
+    const auto clean = grayscale(readout, Sensor::X, 1);
+    EXPECT_EQ(applySetting(readout, "dust x 37.3 27 0.2", 0), "");
+    const auto dusty = grayscale(readout, Sensor::X, 1);
+    const auto part = [&](double mm) {
+        const auto pixel = static_cast<std::size_t>(std::lround(mm / 0.007)) + 255;
+        return static_cast<double>(dusty[pixel]) / clean[pixel];
+    };
+    EXPECT_NEAR(part(37.3), 0.73, 0.01);
+    EXPECT_NEAR(part(37.4), 1 - 0.27 / 2, 0.01);
+    EXPECT_EQ(part(38), 1);
+    EXPECT_EQ(applySetting(readout, "dust clean", 0), "");
+    EXPECT_EQ(grayscale(readout, Sensor::X, 1), clean);
+}
+
+TEST(Dust, OfAnotherFormIsRefused)
+{
+    TestBus test;
+    for (const auto* value : {"", "x", "x 1 2", "q 1 2 3", "x 1 101 1", "x 1 -1 1", "x 1 5 0", "x 1 5 11",
+                              "x 1 5 1 9", "x nan 5 1", "x 1e5 5 1"})
+        EXPECT_NE(applySetting(*test.bus.find(5), std::string("dust ") + value, 0), "") << value;
+    EXPECT_TRUE(test.bus.find(5)->dust.empty());
 }
 
 TEST(Seam, ShowsAtTheStitchingLocation)

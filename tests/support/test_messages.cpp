@@ -1,5 +1,7 @@
 #include "support/test_messages.h"
 
+#include <QPrinter>
+
 namespace quorvel::test {
 
 namespace {
@@ -40,5 +42,11 @@ QString TestMessages::chooseFile(QWidget*, const FileChoice& choice)
 }
 
 QString TestMessages::askText(QWidget*, const QString&, const QString&) { return takeFirst(texts); }
+
+bool TestMessages::choosePrinter(QWidget*, QPrinter& printer)
+{
+    printer.setOutputFileName(takeFirst(files));
+    return !printer.outputFileName().isEmpty();
+}
 
 } // namespace quorvel::test

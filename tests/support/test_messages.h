@@ -17,6 +17,8 @@ public:
     void showResult(QWidget* parent, const QString& firstLine, const QString& secondLine) override;
     QString chooseFile(QWidget* parent, const FileChoice& choice) override;
     QString askText(QWidget* parent, const QString& caption, const QString& label) override;
+    /// Prints into the next of `files`.
+    bool choosePrinter(QWidget* parent, QPrinter& printer) override;
 
     /// The text shown last: a message, a question, or both lines of the result box joined by a line feed.
     QString last() const { return shown.isEmpty() ? QString() : shown.last(); }
