@@ -131,6 +131,7 @@ void addTools(Program& program)
     program.form1.addTool(QStringLiteral("S&ite"), [&program] { showSite(program); });
     program.form1.addTool(QStringLiteral("Pi&xels"), [&program] { showPixels(program); });
     program.form1.addTool(QStringLiteral("&Settings ..."), [&program] { showSettings(program); });
+    addCalibrationTool(program);
     auto* readOnly = program.form1.addTool(QStringLiteral("&Read Only"), [] {});
     readOnly->setCheckable(true);
     readOnly->setObjectName(QStringLiteral("ReadOnly"));

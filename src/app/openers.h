@@ -11,5 +11,7 @@ void openGrayscale(Program& program);
 void openSettings(Program& program);
 void addTools(Program& program);
 void showSite(Program& program);
+/// "Calibration Record", in the factory edition.
+void addCalibrationTool(Program& program);
 
 } // namespace quorvel

@@ -1,9 +1,11 @@
 #include "calibration/fitchart.h"
 
 #include "chart/chart.h"
+#include "chart/export.h"
 #include "link/bytes.h"
 #include "text/number.h"
 
+#include <QLabel>
 #include <QVBoxLayout>
 
 namespace quorvel::calibration {
@@ -31,11 +33,17 @@ void showAll(QCPAxis* axis)
 
 FitChart::FitChart(QWidget* parent)
     : QWidget(parent), plot_(new chart::Chart(this)), above_(new QCPAxisRect(plot_)),
-      below_(new QCPAxisRect(plot_))
+      below_(new QCPAxisRect(plot_)), numbers_(new QLabel(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(plot_);
+    layout->addWidget(plot_, 1);
+    layout->addWidget(numbers_);
+    numbers_->setObjectName(QStringLiteral("Numbers"));
+    numbers_->setTextFormat(Qt::PlainText);
+    numbers_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    numbers_->setWordWrap(true);
+    numbers_->hide();
     addAxes();
     setAccessibleName(tr("Chart of the fit"));
 }
@@ -55,9 +63,9 @@ void FitChart::addAxes()
             axis->grid()->setLayer(QStringLiteral("grid"));
         }
     }
-    upward(above_)->setLabel(tr("Reading"));
-    upward(below_)->setLabel(tr("Residual"));
-    across(below_)->setLabel(QStringLiteral("Rule_Data"));
+    upward(above_)->setLabel(tr("Reading in mm"));
+    upward(below_)->setLabel(tr("Residual in mm"));
+    across(below_)->setLabel(tr("Rule_Data in mm"));
     plot_->legend = new QCPLegend;
     above_->insetLayout()->addElement(plot_->legend, Qt::AlignTop | Qt::AlignLeft);
     plot_->legend->setLayer(QStringLiteral("legend"));
@@ -73,6 +81,8 @@ void FitChart::clear()
     plot_->clearPlottables();
     plot_->clearItems();
     setAccessibleDescription(QString());
+    numbers_->clear();
+    numbers_->hide();
     plot_->replot();
 }
 
@@ -145,7 +155,25 @@ void FitChart::add(const FittedReading& fitted)
     showAll(upward(below_));
     setAccessibleDescription(accessibleDescription() + fitted.name + QStringLiteral(": ") +
                              link::shown(fitText(fitted.fit)) + QStringLiteral("\n"));
+    addNumbers(fitted);
     plot_->replot();
+}
+
+void FitChart::addNumbers(const FittedReading& fitted)
+{
+    const auto line = tr("%1: %2, Nonlinear Error: %3 mm, Max Error: %4 mm, at point %5")
+                          .arg(fitted.name, link::shown(lineText(fitted.fit)),
+                               link::shown(text::format(fitted.fit.nonlinearError, "0.0000")),
+                               link::shown(text::format(fitted.fit.maxError, "0.0000")))
+                          .arg(fitted.fit.worst);
+    numbers_->setText(numbers_->text().isEmpty() ? line : numbers_->text() + u'\n' + line);
+    numbers_->show();
+}
+
+QImage FitChart::picture(const QSize& size)
+{
+    plot_->resize(size);
+    return chart::picture(*plot_);
 }
 
 } // namespace quorvel::calibration

@@ -168,7 +168,9 @@ void addVerdict(RunJudged& run, const RecordData& record)
 
 QString signedMm(double mm)
 {
-    return (mm < 0 ? QString() : QStringLiteral("+")) + link::shown(text::format(mm, "0.0000"));
+    const auto digits = plainMm(mm);
+    if (digits == QLatin1String("0.0000")) return digits;
+    return (mm < 0 ? u'-' : u'+') + digits;
 }
 
 QString plainMm(double mm) { return link::shown(text::format(std::fabs(mm), "0.0000")); }

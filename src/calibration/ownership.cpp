@@ -74,6 +74,16 @@ Ownership ownershipOf(const RecordData& record, const Records& table, const Dire
     return ownership;
 }
 
+QString spanText(const QDateTime& first, const QDateTime& last)
+{
+    static const auto kWhole = QStringLiteral("yyyy-MM-dd HH:mm");
+    const auto begin = first.toString(kWhole);
+    const auto end = last.toString(kWhole);
+    if (begin == end) return begin;
+    return begin + QStringLiteral(" to ") +
+           (first.date() == last.date() ? last.toString(QStringLiteral("HH:mm")) : end);
+}
+
 QString ownershipText(const Ownership& ownership)
 {
     if (ownership.points.empty()) return {};
@@ -82,12 +92,8 @@ QString ownershipText(const Ownership& ownership)
         readouts << (ownership.points.size() > 1 ? QStringLiteral("%1 (%2 points)").arg(address).arg(count)
                                                  : QString::number(address));
     }
-    const auto day = ownership.first.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
-    const bool sameDay = ownership.first.date() == ownership.last.date();
-    const auto end =
-        ownership.last.toString(sameDay ? QStringLiteral("HH:mm") : QStringLiteral("yyyy-MM-dd HH:mm"));
-    auto words =
-        QStringLiteral("Points: readout %1, %2 to %3.").arg(readouts.join(QStringLiteral(" and ")), day, end);
+    auto words = QStringLiteral("readout %1, %2.")
+                     .arg(readouts.join(QStringLiteral(" and ")), spanText(ownership.first, ownership.last));
     if (ownership.unknown > 0)
         words +=
             QStringLiteral(" Of %1 more it is not known where they were measured.").arg(ownership.unknown);

@@ -37,7 +37,10 @@ enum class Held {
 Held heldAt(const RunPoint& point, const Records& table, int row, const DirectionRow& direction);
 
 Ownership ownershipOf(const RecordData& record, const Records& table, const DirectionRow& direction);
-/// "Points: readout 5, 2024-05-17 09:30 to 09:41." Empty when nothing is known of any.
+/// "2024-05-17 09:30 to 09:41", or one moment when both are the same to the minute.
+QString spanText(const QDateTime& first, const QDateTime& last);
+
+/// "readout 5, 2024-05-17 09:30 to 09:41." Empty when nothing is known of any.
 QString ownershipText(const Ownership& ownership);
 /// What stands against sending the points to a readout; empty for nothing.
 QString whyNotTheirs(const Ownership& ownership, int address);

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <set>
 
 namespace quorvel::calibration {
 
@@ -278,6 +280,20 @@ void RunPoint::put(Pass pass)
     } else {
         *found = std::move(pass);
     }
+}
+
+void RecordData::settleAddress()
+{
+    std::set<int> all;
+    for (const auto& run : runs) {
+        for (const auto& point : run) {
+            for (const auto& pass : point.passes) {
+                for (const auto& take : pass.takes)
+                    all.insert(take.address);
+            }
+        }
+    }
+    if (all.size() == 1) address = *all.begin();
 }
 
 files::Result<RecordData> readRecord(const QByteArray& json, const DirectionRow& direction)

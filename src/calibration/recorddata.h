@@ -90,7 +90,7 @@ struct DownloadNote {
 };
 
 struct RecordData {
-    int address = 0; ///< of the readout that the record is about; 0: not entered
+    int address = 0; ///< of the readout that the record is about; 0: not known
     QString serial, gauge, person, remark;
     std::optional<double> tolerance; ///< mm, above 0
     double steadyWithin = 0.005;     ///< mm, above 0: readings are steady when the last ones spread less
@@ -100,6 +100,9 @@ struct RecordData {
     std::vector<DownloadNote>
         downloads;      ///< oldest first; longer than the record, it tells what a readout corrects by
     QJsonObject origin; ///< as it was read; keys that are unknown here are written again
+
+    /// When all takes are of one readout, the record is about that one.
+    void settleAddress();
 
     Run& run(RunKind kind) { return runs[static_cast<std::size_t>(kind)]; }
     const Run& run(RunKind kind) const { return runs[static_cast<std::size_t>(kind)]; }

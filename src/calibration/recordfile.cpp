@@ -63,6 +63,19 @@ files::Status RecordFile::change(const std::function<void(RecordData&)>& change,
     return {};
 }
 
+files::Status noteMeasured(RecordFile& file, int point, Take take)
+{
+    if (point < 0 || point >= kPoints) return {};
+    const auto now = take.at.toSecsSinceEpoch();
+    return file.change(
+        [&](RecordData& data) {
+            data.run(RunKind::Measured)[static_cast<std::size_t>(point)] = {
+                {Pass{std::nullopt, false, {std::move(take)}}}};
+            data.settleAddress();
+        },
+        now);
+}
+
 files::Result<std::filesystem::path> keepDatedCopy(const std::filesystem::path& file, std::time_t now)
 {
     if (!files::isThere(file)) return std::filesystem::path();

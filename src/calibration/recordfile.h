@@ -36,6 +36,10 @@ private:
     std::string trouble_;
 };
 
+/// Notes in the record what the measured run got from elsewhere than the record's own window: one reading of a point, in
+/// the place of what was taken there before.
+files::Status noteMeasured(RecordFile& file, int point, Take take);
+
 /// Keeps a copy of a file under the day of `now`, unless a copy of that day is the same.
 /// @return its name; empty when there is no file. Fails when the copy cannot be written.
 files::Result<std::filesystem::path> keepDatedCopy(const std::filesystem::path& file,

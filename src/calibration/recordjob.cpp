@@ -12,19 +12,7 @@
 
 namespace quorvel::calibration {
 
-RecordJob::RecordJob(link::Module1& module1, const std::filesystem::path& folder,
-                     const DirectionRow& direction)
-    : module1_(module1), direction_(direction), table_(folder / direction.file),
-      file_(folder / direction.file, direction)
-{}
-
 std::time_t RecordJob::now() const { return module1_.clock().now().toSecsSinceEpoch(); }
-
-jet::Status RecordJob::load()
-{
-    file_.load();
-    return table_.load();
-}
 
 jet::Status RecordJob::change(const std::function<void(RecordData&)>& change)
 {
@@ -94,8 +82,8 @@ jet::Status RecordJob::take(const TakeOrder& order, const std::function<bool()>&
         if (auto written = writePoint(order.point, point); !written) return written;
     }
     return change([&](RecordData& data) {
-        if (data.address == 0) data.address = order.address;
         data.run(order.kind)[static_cast<std::size_t>(order.point)] = std::move(point);
+        data.settleAddress();
     });
 }
 

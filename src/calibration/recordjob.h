@@ -1,9 +1,6 @@
 #pragma once
 
-#include "calibration/judgement.h"
-#include "calibration/ownership.h"
-#include "calibration/recordfile.h"
-#include "calibration/tablefile.h"
+#include "calibration/recordview.h"
 #include "jet/result.h"
 #include "link/module1.h"
 
@@ -39,27 +36,11 @@ struct Sent {
     bool agreed = false; ///< all were repeated well
 };
 
-class RecordJob {
+class RecordJob : public RecordView {
 public:
-    RecordJob(link::Module1& module1, const std::filesystem::path& folder, const DirectionRow& direction);
-
-    const DirectionRow& direction() const { return direction_; }
-    const std::filesystem::path& workingFile() const { return table_.path(); }
-
-    /// Reads both files. A missing one is empty. Fails when the working file is there and cannot be read; what there is of
-    /// the record is read all the same.
-    jet::Status load();
-
-    const RecordData& record() const { return file_.data(); }
-    const std::filesystem::path& recordFile() const { return file_.path(); }
-    /// Why the record beside the working file cannot be used; empty when it can.
-    const std::string& recordTrouble() const { return file_.trouble(); }
-    /// The points of the working file, as they were when it was read or written last.
-    const Records& table() const { return table_; }
-    RunJudged judge(RunKind kind) const { return judgeRun(record(), kind, table(), direction_); }
-    Ownership ownership() const { return ownershipOf(record(), table(), direction_); }
-    /// What stands against sending the points to this readout; empty for nothing.
-    QString whyNotTheirs(int address) const { return calibration::whyNotTheirs(ownership(), address); }
+    RecordJob(link::Module1& module1, const std::filesystem::path& folder, const DirectionRow& direction)
+        : RecordView(folder, direction), module1_(module1)
+    {}
 
     /// Changes the record beside the working file.
     jet::Status change(const std::function<void(RecordData&)>& change);
@@ -95,9 +76,6 @@ private:
               const std::function<void(int)>& sent, Sent& result);
 
     link::Module1& module1_;
-    const DirectionRow& direction_;
-    TableFile table_;
-    RecordFile file_;
 };
 
 } // namespace quorvel::calibration

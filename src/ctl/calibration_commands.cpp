@@ -1,6 +1,7 @@
 #include "calibration/database.h"
 #include "calibration/datacontrol.h"
 #include "calibration/fit.h"
+#include "ctl/calibration_record_command.h"
 #include "ctl/command_line.h"
 #include "ctl/commands.h"
 #include "ctl/exchanges.h"
@@ -22,14 +23,6 @@ namespace {
 using namespace calibration;
 using namespace protocol;
 using link::shown;
-
-/// What `calibrate` works on.
-struct CalibrateOptions {
-    std::string direction;
-    std::string folder;
-    int point = 0;
-    std::string dial;
-};
 
 QString words(const std::string& text) { return QString::fromStdString(text); }
 
@@ -62,6 +55,7 @@ public:
     void download();
 
 private:
+    WorkingFile file() const { return {data_.DatabaseName(), direction_}; }
     bool open();
     bool store(int row);
     void answerRow(int row) const;
@@ -128,6 +122,7 @@ bool Calibrating::store(int row)
         return false;
     }
     Records::Changes changes;
+    std::vector<double> readings;
     if (!options_.dial.empty()) changes[std::string(kDialName)] = text::Val(options_.dial);
     for (const auto& reading : direction_.readings) {
         const auto measured = measuredBy(reading.sensor, reply);
@@ -138,10 +133,11 @@ bool Calibrating::store(int row)
                               .arg(shown(measured), shown(reading.name)));
             return false;
         }
-        changes[std::string(reading.name)] = text::Val(measured);
+        changes[std::string(reading.name)] = readings.emplace_back(text::Val(measured));
     }
     const auto written = data_.write(row, changes);
     if (!written) console_.fail(Failure::File, words(written.error()));
+    if (written) noteReadings(console_, file(), row, readings);
     return static_cast<bool>(written);
 }
 
@@ -193,6 +189,7 @@ void Calibrating::download(const ReadingColumn& reading, const Points& points)
 {
     const auto exchange =
         console_.module1().transact(tableDownload(reading.sensor, console_.bench().addressDigits(), points));
+    noteDownload(console_, file(), reading, exchange);
     if (!console_.module1().port().PortOpen()) return;
     const auto& row = tableOf(reading.sensor);
     const int awaited = echoLength(reading.sensor);
@@ -223,7 +220,7 @@ void Calibrating::download()
         if (!table) return;
         tables.push_back(*table);
     }
-    if (!console_.openPort(Access::Writes)) return;
+    if (!mayDownload(console_, file(), data_) || !console_.openPort(Access::Writes)) return;
     for (std::size_t i = 0; i < tables.size() && console_.module1().port().PortOpen(); ++i) {
         download(direction_.readings[i], tables[i]);
     }
@@ -257,8 +254,10 @@ void addCalibrate(CLI::App& app, Console& console)
     measuring->add_option("--point", options->point, "Number of the point, from 0")->required();
     measuring->add_option("--dial", options->dial, "Dial-gauge reading of the point, in mm");
     add("fit", "Fit a line through the points", "calibrate X fit", &Calibrating::fit);
-    add("download", "Send the points to the readout", "--address 5 calibrate X download",
-        static_cast<void (Calibrating::*)()>(&Calibrating::download));
+    addYes(*add("download", "Send the points to the readout", "--address 5 calibrate X download",
+                static_cast<void (Calibrating::*)()>(&Calibrating::download)),
+           console);
+    addRecordCommand(*calibrate, console, options);
     calibrate->callback([run, calibrate] {
         if (calibrate->get_subcommands().empty()) run(&Calibrating::show);
     });

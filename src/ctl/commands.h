@@ -35,7 +35,8 @@ void searchBus(Console& console);
 
 void addWatchCommand(CLI::App& app, Console& console); ///< watch
 
-/// The one option whose command draws.
+/// The option whose command draws, and the command that always does.
 inline constexpr auto kChartOption = "--chart";
+inline constexpr auto kRecordCommand = "record";
 
 } // namespace quorvel::ctl

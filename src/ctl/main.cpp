@@ -55,7 +55,8 @@ Exit status:
 std::unique_ptr<QCoreApplication> makeApplication(int& argc, char* argv[])
 {
     const bool draws = std::any_of(argv, argv + argc, [](const char* argument) {
-        return std::string_view(argument).starts_with(kChartOption);
+        return std::string_view(argument).starts_with(kChartOption) ||
+               std::string_view(argument) == kRecordCommand;
     });
     if (!draws) return std::make_unique<QCoreApplication>(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");

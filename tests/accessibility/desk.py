@@ -22,7 +22,7 @@ MENU_TRIES = 2
 # The letters of the menu "Tools" by the captions of the windows that they open.
 TOOLS = {"Traffic": "t", "Line Health": "h", "Journal": "j", "Stored Readings": "e", "Settings": "s",
          "Why no answer?": "w", "Find Readouts One by One": "f", "Site": "i",
-         "Pixels": "x"}
+         "Pixels": "x", "Calibration Record": "c"}
 READ_ONLY = "r"
 
 

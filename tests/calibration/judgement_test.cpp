@@ -228,14 +228,14 @@ TEST_F(Judging, KnowsWhoseTheReadingsAre)
     EXPECT_EQ(owners().unknown, 1);
     EXPECT_EQ(whyNotTheirs(owners(), 12), "") << "nothing is known";
     takeAll(RunKind::Measured, [](int i) { return 2 * i; });
-    EXPECT_EQ(ownershipText(owners()), "Points: readout 5, 2024-05-17 09:00 to 09:00.");
+    EXPECT_EQ(ownershipText(owners()), "readout 5, 2024-05-17 09:00.");
     EXPECT_EQ(whyNotTheirs(owners(), 5), "");
     EXPECT_EQ(whyNotTheirs(owners(), 12),
               "The points were measured at readout 5, the address is 12: they are not this readout's.");
     take(RunKind::Measured, 10, 10, 20, 7, kNine.addDays(1));
     EXPECT_TRUE(table.write(9, {{"X_Data", 1.0}}));
     EXPECT_EQ(ownershipText(owners()),
-              "Points: readout 5 (9 points) and 7 (1 points), 2024-05-17 09:00 to 2024-05-18 "
+              "readout 5 (9 points) and 7 (1 points), 2024-05-17 09:00 to 2024-05-18 "
               "09:00. Of 1 more it is not known where they were measured.");
     EXPECT_NE(whyNotTheirs(owners(), 5), "");
 }
