@@ -52,11 +52,16 @@ CalibrationRecord::CalibrationRecord(const Workplace& workplace, QWidget* parent
     dial_.installEventFilter(this);
     connect(&dial_, &QLineEdit::returnPressed, this, &CalibrationRecord::Dial_Return);
     connect(&direction_, &QComboBox::currentIndexChanged, this, &CalibrationRecord::openDirection);
-    connect(&address_, &QLineEdit::textChanged, this, &CalibrationRecord::refreshControls);
+    connect(&address_, &QLineEdit::textChanged, this, [this] {
+        latest_.clear();
+        live_.clear();
+        refreshControls();
+    });
     for (auto* field : {&serial_, &gauge_, &person_, &remark_, &tolerance_, &steady_})
         connect(field, &QLineEdit::editingFinished, this, &CalibrationRecord::keepDetails);
     connect(&zeroIsFree_, &QCheckBox::toggled, this, &CalibrationRecord::keepDetails);
-    connect(&runs_, &QButtonGroup::idClicked, this, [this] {
+    connect(&runs_, &QButtonGroup::idToggled, this, [this](int /*run*/, bool chosen) {
+        if (!chosen) return;
         table_.setCurrentCell(down_.isChecked() ? kPoints - 1 : 0, 0);
         clearStatus();
         showAll();
@@ -329,7 +334,7 @@ void CalibrationRecord::showLive(double first)
     const bool steady = enough && high - low < job_->record().steadyWithin;
     live_.setText(link::shown(text::format(first, "0.000")) + QStringLiteral(" mm  ") +
                   (steady   ? tr("steady")
-                   : enough ? tr("moves by %1").arg(plainMm(high - low))
+                   : enough ? tr("moves by %1 mm").arg(plainMm(high - low))
                             : QStringLiteral("...")));
     live_.setAccessibleName(tr("Live value %1").arg(live_.text()));
 }

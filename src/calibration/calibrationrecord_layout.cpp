@@ -19,6 +19,7 @@ constexpr int kNarrow = 90;
 constexpr int kMostRepeats = 50;
 constexpr int kJudgementLines = 6;
 constexpr int kLiveWidth = 230;
+constexpr int kTableWidth = 520;
 constexpr double kLiveSize = 1.6; // of the other texts
 constexpr QSize kWindowSize(1180, 820);
 
@@ -104,6 +105,7 @@ QWidget* CalibrationRecord::makeMiddle()
     middle->setStretchFactor(0, 1);
     middle->setStretchFactor(1, 1);
     middle->setChildrenCollapsible(false);
+    middle->setSizes({kTableWidth, kWindowSize.width() - kTableWidth});
     return middle;
 }
 

@@ -78,7 +78,7 @@ QString Celebration1::tooLong() const
 
 QString Celebration1::warning() const
 {
-    QStringList texts{BusWindow::warning(), tooLong()};
+    QStringList texts{BusWindow::warning(), tooLong(), ofAnotherReadout()};
     texts.removeAll(QString());
     return texts.join(u' ');
 }
@@ -90,8 +90,7 @@ QString Celebration1::standing() const
         return tr("The points can be looked at, not changed: %1")
             .arg(QString::fromStdString(Data1.readOnlyBecause()));
     }
-    const auto file = tr("File: %1").arg(QString::fromStdString(files::inWords(CalibrationDatabasePath)));
-    if (Data1.olderKeptAs().empty()) return CalibrationDatabasePath.empty() ? QString() : file;
+    if (Data1.olderKeptAs().empty()) return CalibrationDatabasePath.empty() ? QString() : fileAndPoints();
     return tr("The file was written anew, because its older format can only be read. The older file is kept "
               "as %1.")
         .arg(QString::fromStdString(files::inWords(Data1.olderKeptAs())));
@@ -110,6 +109,8 @@ void Celebration1::Form_Load()
                              ? jet::Status()
                              : CreateCalibrationDatabase(CalibrationDatabasePath);
     Data1.setDatabaseName(CalibrationDatabasePath);
+    record_ = std::make_unique<RecordFile>(CalibrationDatabasePath, *direction_);
+    record_->load();
     bind();
     if (!created && !unreadableBecause_.empty()) {
         unreadableBecause_ = created.error();
@@ -172,6 +173,7 @@ void Celebration1::DBGrid1_ButtonClick()
 void Celebration1::takeMeasurement(const QModelIndex& first, const std::string& reply)
 {
     auto cell = first;
+    std::vector<double> readings;
     for (const auto& reading : direction_->readings) {
         if (!cell.isValid()) return tellNoColumn(reading);
         const auto measured = protocol::measuredBy(reading.sensor, reply);
@@ -181,9 +183,11 @@ void Celebration1::takeMeasurement(const QModelIndex& first, const std::string& 
         } else {
             ui_->DBGrid1->setCurrentIndex(cell);
             if (!model_.setData(cell, link::shown(measured))) return;
+            readings.push_back(text::Val(measured));
         }
         cell = cell.siblingAtColumn(cell.column() + 1);
     }
+    noteReadings(first.row(), readings);
 }
 
 void Celebration1::Command1_Click()
@@ -199,10 +203,11 @@ void Celebration1::Command1_Click()
     // All that was begun is sent, also while the window waits to close: a readout must not be left with one new table
     // and one old.
     QStringList troubles;
+    if (!tables.empty()) troubles << keepCopy();
     for (std::size_t i = 0; i < tables.size() && module1_.port().PortOpen(); ++i) {
-        const auto trouble = download(direction_->readings[i], tables[i]);
-        if (!trouble.isEmpty()) troubles << trouble;
+        troubles << download(direction_->readings[i], tables[i]);
     }
+    troubles.removeAll(QString());
     if (module1_.port().PortOpen() && !troubles.isEmpty()) tell(troubles.join(u'\n'));
 }
 
@@ -239,6 +244,7 @@ QString Celebration1::download(const ReadingColumn& reading, const Points& point
             tell(tr("Waiting up to 10 s for the echo of %1 ...").arg(column));
     });
     ui_->Progress->hide();
+    noteDownload(reading, exchange);
     return module1_.port().PortOpen() ? judgeEcho(reading, exchange) : QString();
 }
 
@@ -296,6 +302,7 @@ void Celebration1::Command3_Click()
     if (chosen.isEmpty()) return;
     Data1.Close();
     const auto loaded = loadWorkingFile(pathOf(chosen), CalibrationDatabasePath, *direction_);
+    record_->load();
     if (loaded) {
         Data1.setDatabaseName(CalibrationDatabasePath);
         ui_->FitChart->clear();

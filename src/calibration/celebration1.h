@@ -3,9 +3,11 @@
 #include "calibration/calibrationmodel.h"
 #include "calibration/datacontrol.h"
 #include "calibration/direction.h"
+#include "calibration/recordfile.h"
 #include "main/buswindow.h"
 
 #include <memory>
+#include <vector>
 
 namespace Ui {
 class Celebration1;
@@ -61,6 +63,12 @@ private:
     using BusWindow::tell;
     void tell(const std::string& words) { tell(QString::fromStdString(words)); }
     QString tooLong() const;
+    QString fileAndPoints() const;
+    QString ofAnotherReadout() const;
+    void noteReadings(int row, const std::vector<double>& readings);
+    void noteDownload(const ReadingColumn& reading, const link::Exchange& exchange);
+    QString keepCopy() const;
+    int address() const;
     void tellNoColumn(const ReadingColumn& reading);
 
     std::unique_ptr<Ui::Celebration1> ui_;
@@ -68,6 +76,8 @@ private:
     std::filesystem::path CalibrationDatabasePath;
     DataControl Data1;
     CalibrationModel model_;
+    /// Told of what happens here; nothing here waits for it.
+    std::unique_ptr<RecordFile> record_;
     std::string unreadableBecause_; ///< empty when the points are shown
 };
 

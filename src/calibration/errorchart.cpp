@@ -106,6 +106,7 @@ void ErrorChart::show(const std::vector<RunJudged>& runs, const std::optional<do
 QImage ErrorChart::picture(const QSize& size)
 {
     plot_->resize(size);
+    plot_->replot(); // parts of one width find it in the second pass
     return chart::picture(*plot_);
 }
 

@@ -173,6 +173,7 @@ void FitChart::addNumbers(const FittedReading& fitted)
 QImage FitChart::picture(const QSize& size)
 {
     plot_->resize(size);
+    plot_->replot(); // parts of one width find it in the second pass
     return chart::picture(*plot_);
 }
 

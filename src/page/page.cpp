@@ -34,7 +34,7 @@ constexpr auto kStyle = "h1 { font-size: 16pt; margin-top: 0px; margin-bottom: 2
                         "h2 { font-size: 11pt; margin-top: 8px; margin-bottom: 3px; }"
                         "p { margin-top: 2px; margin-bottom: 3px; }"
                         "table.grid { border-collapse: collapse; }"
-                        ".grid td, .grid th { border: 1px solid #9aa4ae; padding: 1px 5px; }"
+                        ".grid td, .grid th { border: 1px solid #9aa4ae; padding: 1px 4px; }"
                         ".grid th { background-color: #eef1f4; }"
                         "td, th { text-align: left; vertical-align: top; }"
                         "td.number, th.number { text-align: right; }"
@@ -196,6 +196,7 @@ QImage picture(const Page& page, int dotsPerInch)
     image.setDotsPerMeterY(dotsPerMetre);
     image.fill(Qt::white);
     QPainter painter(&image);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.translate(margin, margin);
     document.draw(painter, {{0, 0}, size});
     painter.end();

@@ -1,0 +1,219 @@
+#include "calibration/calibrationrecord.h"
+#include "calibration/celebration1.h"
+#include "support/bench_on_the_bus.h"
+
+#include <QAbstractButton>
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+namespace quorvel::test {
+namespace {
+
+using namespace calibration;
+
+/// The window before readouts 5 and 12, of which the wire of 5 stands where it is put.
+class CalibrationRecordWindow : public BenchOnTheBus {
+protected:
+    CalibrationRecordWindow()
+    {
+        bench.edition = "FACTORY";
+        window = std::make_unique<CalibrationRecord>(workplace);
+        window->show();
+    }
+
+    QLineEdit& field(const char* name) { return *child<QLineEdit>(*window, name); }
+    QPushButton& button(const char* name) { return *child<QPushButton>(*window, name); }
+    QTableWidget& table() { return *child<QTableWidget>(*window, "Points"); }
+    QString cell(int row, int column) { return table().item(row, column)->text(); }
+    QString status() { return child<QLabel>(*window, "Status")->text(); }
+    QString judgement() { return child<QPlainTextEdit>(*window, "Judgement")->toPlainText(); }
+    void choose(const char* run) { child<QAbstractButton>(*window, run)->click(); }
+    void put(double place) { bus.command(QStringLiteral("set 5 x %1").arg(place)); }
+
+    void typeAndReturn(const QString& text)
+    {
+        QTest::keyClicks(&field("Dial"), text);
+        QTest::keyClick(&field("Dial"), Qt::Key_Return);
+    }
+    void takeAll()
+    {
+        for (int i = 0; i < 11; ++i) {
+            put(10 + 0.5 * i);
+            typeAndReturn(QString::number(0.25 * i));
+        }
+    }
+    QString inFolder(const QString& name) const { return folder.filePath(name); }
+
+    std::unique_ptr<CalibrationRecord> window;
+};
+
+TEST_F(CalibrationRecordWindow, OpeningMakesNoFile)
+{
+    EXPECT_EQ(window->windowTitle(), "Calibration Record");
+    EXPECT_TRUE(QDir(folder.path()).isEmpty());
+    EXPECT_TRUE(status().contains("Move the wire to point 0, type the dial reading, press Return."))
+        << qPrintable(status());
+    EXPECT_EQ(judgement(), "As found: not taken.\nMeasured: not taken.\nAs left: not taken.");
+}
+
+TEST_F(CalibrationRecordWindow, GoesFromMeasuredToLeftAndSavesItsPage)
+{
+    child<QSpinBox>(*window, "Repeats")->setValue(3);
+    takeAll();
+    EXPECT_EQ(cell(4, 1), "1");
+    EXPECT_EQ(cell(4, 2), "12.000");
+    EXPECT_EQ(cell(4, 3), "3");
+    EXPECT_EQ(cell(4, 6), "0.0000");
+    EXPECT_TRUE(child<QLabel>(*window, "Numbers")->text().startsWith("X_Data: Y=2.0000*X+(10.000)"));
+    EXPECT_TRUE(status().contains("Next: \"Download ...\".")) << qPrintable(status());
+    bus.frames();
+
+    messages.answers = {true};
+    button("Download").click();
+    EXPECT_TRUE(lastMessage().startsWith("Send the measured points to readout 5?"));
+    ASSERT_EQ(bus.frames().size(), 1);
+    EXPECT_TRUE(status().startsWith("Readout 5 took the table of X_Data and repeated it"))
+        << qPrintable(status());
+
+    choose("left");
+    takeAll();
+    field("Tolerance").setText("0.01");
+    QTest::keyClick(&field("Tolerance"), Qt::Key_Tab);
+    messages.files = {inFolder("r.pdf")};
+    button("SaveRecord").click();
+    EXPECT_EQ(status(), "Saved as " + inFolder("r.pdf") + ".");
+    EXPECT_TRUE(judgement().contains("As left: pass: worst error 0.0000 mm")) << qPrintable(judgement());
+    QFile page(inFolder("r.pdf"));
+    ASSERT_TRUE(page.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(page.readAll().startsWith("%PDF-"));
+}
+
+TEST_F(CalibrationRecordWindow, PointsOfAnotherReadoutAreSentOnlyAfterAQuestion)
+{
+    takeAll();
+    field("Address").setText("12");
+    EXPECT_TRUE(status().startsWith("The points were measured at readout 5, the address is 12"))
+        << qPrintable(status());
+    bus.frames();
+    button("Download").click();
+    EXPECT_EQ(lastMessage(),
+              "The points were measured at readout 5, the address is 12: they are not this readout's.\nSend "
+              "them to readout 12 all the same?");
+    EXPECT_TRUE(bus.frames().isEmpty());
+    messages.answers = {true};
+    button("Download").click();
+    EXPECT_EQ(bus.frames().size(), 1);
+}
+
+TEST_F(CalibrationRecordWindow, SwitchingOffAsksWithItsReason)
+{
+    button("SwitchOff").click();
+    EXPECT_TRUE(lastMessage().startsWith("A readout that has a table corrects what it reads."))
+        << qPrintable(lastMessage());
+    EXPECT_TRUE(bus.frames().isEmpty());
+    messages.answers = {true};
+    button("SwitchOff").click();
+    ASSERT_EQ(bus.frames().size(), 1);
+    EXPECT_TRUE(status().contains("table of zeros")) << qPrintable(status());
+}
+
+TEST_F(CalibrationRecordWindow, ArrowsChooseThePointAndGoingDownTurnsTheOrder)
+{
+    QTest::keyClick(&field("Dial"), Qt::Key_Down);
+    QTest::keyClick(&field("Dial"), Qt::Key_Down);
+    EXPECT_EQ(table().currentRow(), 2);
+    QTest::keyClick(&field("Dial"), Qt::Key_Up);
+    EXPECT_EQ(table().currentRow(), 1);
+    child<QCheckBox>(*window, "Down")->click();
+    EXPECT_EQ(table().currentRow(), 10);
+    put(15);
+    typeAndReturn("2.5");
+    EXPECT_EQ(table().currentRow(), 9);
+    EXPECT_EQ(cell(10, 2), "15.000");
+}
+
+TEST_F(CalibrationRecordWindow, WhatIsTypedWhileTheReadoutAnswersIsTakenNext)
+{
+    put(10);
+    bool typed = false;
+    const auto type = [&] {
+        if (std::exchange(typed, true)) return;
+        typeAndReturn("0.25");
+    };
+    QTimer::singleShot(20, window.get(), type);
+    typeAndReturn("0");
+    EXPECT_TRUE(typed) << "while the first was measured";
+    EXPECT_EQ(cell(0, 1), "0");
+    EXPECT_EQ(cell(1, 1), "0.25");
+    EXPECT_EQ(table().currentRow(), 2);
+}
+
+TEST_F(CalibrationRecordWindow, WhatIsNoNumberOrNotAnsweredStaysToBeTypedAgain)
+{
+    typeAndReturn("abc");
+    EXPECT_TRUE(status().startsWith("\"abc\" is not a dial reading")) << qPrintable(status());
+    field("Dial").clear();
+    bus.fault("silent@2101:1");
+    typeAndReturn("0.5");
+    EXPECT_TRUE(status().startsWith("Point 0: Nothing was measured: the readout did not answer."))
+        << qPrintable(status());
+    EXPECT_EQ(table().currentRow(), 0);
+    EXPECT_EQ(field("Dial").text(), "0.5");
+    QTest::keyClick(&field("Dial"), Qt::Key_Return);
+    EXPECT_EQ(cell(0, 1), "0.5");
+}
+
+TEST_F(CalibrationRecordWindow, LiveValueBecomesSteady)
+{
+    put(10);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    child<QCheckBox>(*window, "LiveOn")->click();
+    auto& value = *child<QLabel>(*window, "Live");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return value.text() == "10.000 mm  steady"; }, 20000))
+        << qPrintable(value.text());
+    put(10.5);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return value.text() == "10.500 mm  moves by 0.5000 mm"; }, 20000));
+}
+
+TEST_F(CalibrationRecordWindow, DetailsAreKeptAndWrongOnesAreNot)
+{
+    field("Person").setText("张伟");
+    field("Tolerance").setText("0.02");
+    field("Tolerance").setFocus();
+    QTest::keyClick(&field("Tolerance"), Qt::Key_Return);
+    field("Tolerance").setText("wide");
+    QTest::keyClick(&field("Tolerance"), Qt::Key_Return);
+    EXPECT_TRUE(status().startsWith("Permitted error and \"Steady within\" are numbers above 0"))
+        << qPrintable(status());
+    window = std::make_unique<CalibrationRecord>(workplace);
+    EXPECT_EQ(field("Person").text(), "张伟");
+    EXPECT_EQ(field("Tolerance").text(), "0.02");
+}
+
+TEST_F(CalibrationRecordWindow, NewTableEmptiesThePointsAfterAQuestion)
+{
+    takeAll();
+    button("NewTable").click();
+    EXPECT_EQ(cell(0, 2), "10.000");
+    messages.answers = {true};
+    button("NewTable").click();
+    EXPECT_EQ(cell(0, 2), "");
+    EXPECT_TRUE(status().startsWith("A new table was begun. The earlier one is kept as "))
+        << qPrintable(status());
+}
+
+TEST_F(CalibrationRecordWindow, LeavesTheFileFreeForTheCalibrationWindow)
+{
+    takeAll();
+    bench.CalibrationDirection = "X";
+    Celebration1 other(workplace);
+    auto* model = child<QTableView>(other, "DBGrid1")->model();
+    EXPECT_EQ(model->index(4, 2).data().toString(), "12");
+    EXPECT_TRUE(model->setData(model->index(4, 2), "12.5"));
+    EXPECT_FALSE(child<QLabel>(other, "Status")->text().contains("not changed"));
+}
+
+} // namespace
+} // namespace quorvel::test
