@@ -64,8 +64,8 @@ void addRecordCommand(CLI::App& calibrate, Console& console, const std::shared_p
 void noteReadings(Console& console, const WorkingFile& file, int point, const std::vector<double>& readings)
 {
     RecordFile record(file.path, file.direction);
-    remark(console, noteMeasured(record, point,
-                                 {console.module1().clock().now(), console.address(), readings}));
+    remark(console,
+           noteMeasured(record, point, {console.module1().clock().now(), console.address(), readings}));
 }
 
 bool mayDownload(Console& console, const WorkingFile& file, const Records& points)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "calibration/records.h"
 #include "calibration/direction.h"
+#include "calibration/records.h"
 #include "link/transaction.h"
 
 #include <filesystem>
@@ -27,7 +27,8 @@ struct CalibrateOptions {
 };
 
 /// Adds `calibrate record FILE`.
-void addRecordCommand(CLI::App& calibrate, Console& console, const std::shared_ptr<CalibrateOptions>& options);
+void addRecordCommand(CLI::App& calibrate, Console& console,
+                      const std::shared_ptr<CalibrateOptions>& options);
 
 /// A calibration file that a command works on.
 struct WorkingFile {

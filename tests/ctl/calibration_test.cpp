@@ -3,7 +3,9 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -221,6 +223,51 @@ TEST_F(QuorvelctlCalibration, IsNoPartOfTheUserEdition)
         EXPECT_FALSE(runProgram("quorvelctl", {"--help"}).out.contains(command)) << command;
         EXPECT_TRUE(runProgram("quorvelctl-factory", {"--help"}).out.contains(command)) << command;
     }
+}
+
+TEST_F(QuorvelctlCalibration, RecordIsWrittenAsItsEndingSays)
+{
+    EXPECT_EQ(calibrate("X", {"record", file("r.pdf")}).status, 1) << "there is nothing to record";
+    measureAll("X", "5", {"x"});
+    ASSERT_EQ(calibrate("X", {"download"}).status, 0);
+    for (const auto& [name, begin] : {std::pair("r.pdf", "%PDF-"), std::pair("r.html", "<!DOCTYPE html>"),
+                                      std::pair("r.png", "\x89PNG"), std::pair("r.json", "{")}) {
+        const auto written = calibrate("X", {"record", file(name)});
+        EXPECT_EQ(written.status, 0) << qPrintable(written.err);
+        EXPECT_EQ(written.out, file(name) + "\n");
+        QFile record(file(name));
+        ASSERT_TRUE(record.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(record.readAll().startsWith(begin)) << name;
+    }
+    EXPECT_EQ(calibrate("X", {"record", file("r.json")}).status, 6) << "it exists";
+    EXPECT_EQ(calibrate("X", {"record", file("r.json"), "--force"}).status, 0);
+    EXPECT_EQ(calibrate("X", {"record", file("r.doc")}).status, 2);
+
+    QFile archive(file("r.json"));
+    ASSERT_TRUE(archive.open(QIODevice::ReadOnly));
+    const auto json = QJsonDocument::fromJson(archive.readAll()).object();
+    EXPECT_EQ(json["readout"].toObject()["address"].toInt(), 5);
+    EXPECT_EQ(json["downloads"].toArray()[0].toObject()["verdict"].toString(), "agrees");
+    EXPECT_EQ(json["judgement"]
+                  .toObject()["measured"]
+                  .toObject()["columns"]
+                  .toArray()[0]
+                  .toObject()["line"]
+                  .toObject()["slope"]
+                  .toDouble(),
+              2);
+}
+
+TEST_F(QuorvelctlCalibration, PointsOfAnotherReadoutAreSentOnlyWithAYes)
+{
+    measureAll("X", "5", {"x"});
+    bus.frames();
+    const auto refused = calibrate("X", {"download"}, "33");
+    EXPECT_EQ(refused.status, 6);
+    EXPECT_TRUE(refused.err.contains("The points were measured at readout 5, the address is 33"))
+        << qPrintable(refused.err);
+    EXPECT_TRUE(bus.frames().isEmpty());
+    EXPECT_EQ(calibrate("X", {"download", "--yes"}, "33").status, 0);
 }
 
 } // namespace
