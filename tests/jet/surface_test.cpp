@@ -87,6 +87,22 @@ TEST(TextCoding, CompressedTextSwitchesWidth)
     EXPECT_EQ(decodeAnsi(ansi("\x80"), 1252), "€");
 }
 
+TEST(TextCoding, CharactersOfTwoUnitsComeBack)
+{
+    const auto stored = encodeText("a𝛥𠀀");
+    ASSERT_TRUE(stored);
+    EXPECT_EQ(*stored, (ByteVector{'a', 0, 0x35, 0xD8, 0xE5, 0xDE, 0x40, 0xD8, 0x00, 0xDC}));
+    EXPECT_EQ(decodeText(*stored), "a𝛥𠀀");
+}
+
+TEST(Dates, AreRoundedToTheMillisecondAlsoOverMidnight)
+{
+    EXPECT_EQ(Date{45352.5 + 0.25 / 86400}.iso(), "2024-03-01T12:00:00.250");
+    EXPECT_EQ(Date{45352 - 1e-9}.iso(), "2024-03-01T00:00:00");
+    EXPECT_EQ(Date{-0.9999999999}.iso(), "1899-12-31T00:00:00");
+    EXPECT_EQ(Date{2958465.9999999999}.iso(), "") << "there is no year 10000";
+}
+
 TEST(Dates, DaysBefore1900CountTheirTimeForward)
 {
     EXPECT_EQ(Date{-1.25}.iso(), "1899-12-29T06:00:00");
