@@ -130,6 +130,7 @@ Status Store::readCatalog()
     if (id < 0 || name < 0 || type < 0 || flags < 0) return unlisted;
     const auto rows = table.rows();
     if (!rows) return rows.failure();
+    catalogComplete_ = table.complete(rows->size());
     std::vector<Value> values;
     for (const std::uint32_t row : *rows) {
         if (auto read = table.read(row, values, wanted); !read) return read;
@@ -191,6 +192,7 @@ Result<Store::OpenTable*> Store::table(std::string_view name)
     const auto entry = std::find_if(catalog_.begin(), catalog_.end(),
                                     [name](const CatalogEntry& row) { return sameName(row.name, name); });
     if (entry == catalog_.end()) {
+        if (!catalogComplete_) return named(catalogComplete_.error());
         return named("has no table \"" + std::string(name) + "\". Choose another file or table.");
     }
     if (const auto known = open_.find(entry->page); known != open_.end()) return &known->second;

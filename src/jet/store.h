@@ -73,6 +73,7 @@ private:
     std::string readOnlyBecause_;
     bool closed_ = false;
     std::vector<CatalogEntry> catalog_;
+    Status catalogComplete_; ///< why a table may be missing in it
     std::map<std::uint32_t, OpenTable> open_;
 
     // While a new database is in the making.

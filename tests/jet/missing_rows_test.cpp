@@ -4,6 +4,7 @@
 namespace quorvel::jet::testing {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -89,6 +90,25 @@ TEST_F(MissingRows, AreNotBlankOnesWhereTheLastSectorOfAPageIsZero)
         }
         EXPECT_EQ(unread, 26) << "of 19 bytes each, and one that begins before";
     }
+}
+
+TEST_F(MissingRows, OfTheListOfTablesAreToldWhenATableIsNotFound)
+{
+    for (std::size_t at = 0; at < bytes().size(); at += kPageSize) {
+        if (get8(bytes(), at) != 1 || get32(bytes(), at + 4) != 2) continue;
+        const auto slots = std::size_t{get16(bytes(), at + kJet4.slotCount)};
+        for (auto slot = slots - 2; slot < slots; ++slot) {
+            const auto entry = at + kJet4.slotTable + 2 * slot;
+            put16(bytes(), entry, get16(bytes(), entry) | 0xC000);
+        }
+    }
+    MemoryFiles files(disk);
+    auto opened = OpenDatabase(kPath, {.access = Access::ReadOnly, .files = &files});
+    ASSERT_TRUE(opened) << opened.error();
+    const auto rows = opened->OpenRecordset("data");
+    ASSERT_FALSE(rows);
+    EXPECT_THAT(rows.error(), AllOf(StartsWith("t.mdb is damaged: 2 of the "),
+                                    HasSubstr(" rows of a table are missing. Use ")));
 }
 
 TEST_F(MissingRows, IsNotWhatAKilledDeletionLeaves)
