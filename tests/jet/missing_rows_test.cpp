@@ -1,4 +1,5 @@
 #include "jet/fixture.h"
+#include "jet/layout.h"
 
 /// Tables of which rows are lost: what is left must not pass for the whole.
 namespace quorvel::jet::testing {
