@@ -238,8 +238,7 @@ void addCalibrate(CLI::App& app, Console& console)
     calibrate->add_option("--folder", options->folder,
                           "Folder of the calibration files (default: the program's)");
     const auto run = [&console, options](void (Calibrating::*work)()) {
-        if (options->direction.empty())
-            return console.fail(Failure::Usage, QStringLiteral("Name the direction: X, Y or Z."));
+        if (options->direction.empty()) return console.fail(Failure::Usage, kWhichDirection);
         (Calibrating(console, *options).*work)();
     };
     const auto add = [&](const char* name, const char* about, const char* example,
@@ -293,7 +292,6 @@ void stitch(Console& console, const std::optional<std::string>& typed)
 
 void addCalibrationCommands(CLI::App& app, Console& console)
 {
-    if (console.bench().isUserEdition()) return;
     addCalibrate(app, console);
     const auto location = std::make_shared<std::optional<std::string>>();
     auto* stitching = addCommand(app, "stitching", "Print or set the Y-direction stitching location",

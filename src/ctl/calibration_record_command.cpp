@@ -27,6 +27,7 @@ void writeRecord(Console& console, const CalibrateOptions& options, const std::s
 {
     if (options.direction.empty())
         return console.fail(Failure::Usage, QStringLiteral("Name the direction: X, Y or Z."));
+    if (options.direction.empty()) return console.fail(Failure::Usage, kWhichDirection);
     const auto name = QString::fromLocal8Bit(file.c_str());
     const auto path = QFileInfo(name).filesystemFilePath();
     if (!isRecordName(path)) {

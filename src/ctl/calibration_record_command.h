@@ -26,6 +26,11 @@ struct CalibrateOptions {
     std::string dial;
 };
 
+inline constexpr auto kWhichDirection = "Name the direction: X, Y or Z.";
+
+/// The command that draws.
+inline constexpr auto kRecordCommand = "record";
+
 /// Adds `calibrate record FILE`.
 void addRecordCommand(CLI::App& calibrate, Console& console,
                       const std::shared_ptr<CalibrateOptions>& options);

@@ -1,13 +1,16 @@
-#include "chart/export.h"
 #include "ctl/command_line.h"
 #include "ctl/commands.h"
-#include "grayscale/drawthart.h"
+#include "files/name.h"
 #include "grayscale/pixelfile.h"
 #include "grayscale/verdict.h"
+#include "link/bytes.h"
+#include "link/program_folder.h"
 #include "protocol/answer.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QProcess>
+#include <QStandardPaths>
 
 #include <memory>
 namespace quorvel::ctl {
@@ -17,7 +20,7 @@ namespace {
 using namespace grayscale;
 using namespace protocol;
 
-constexpr QSize kChartSize(1200, 600);
+constexpr int kDrawnWithin = 60'000; // ms
 
 struct GrayscaleOptions {
     std::string direction;
@@ -91,13 +94,27 @@ void answerPixels(Console& console, const GrayscaleRow& row, const PixelArray& a
                           {"figures", toJson(figures)}});
 }
 
+/// The program that draws, beside this one; empty when it is not installed.
+QString drawer()
+{
+    const auto folder = QString::fromStdString(files::inWords(link::executableFolder()));
+    return QStandardPaths::findExecutable(QStringLiteral("quorvelctl-draw"), {folder});
+}
+
+/// @return empty on success, otherwise the reason in words.
 QString saveChartOf(Console& console, const GrayscaleRow& row, const PixelArray& array, const QString& file)
 {
-    TChart chart;
-    chart.resize(kChartSize);
-    drawThart(chart, array, nameOf(row.sensor), console.bench().instrumentType);
-    chart.setTitle(QString::fromStdString(chartTitle(nameOf(row.sensor))));
-    return chart::save(chart, file, QFileInfo(file).suffix());
+    QProcess process;
+    process.start(drawer(),
+                  {link::shown(nameOf(row.sensor)), console.typeName(), QFileInfo(file).absoluteFilePath()});
+    for (const int value : array.pixels()) {
+        process.write(QByteArray::number(value) + '\n');
+    }
+    process.closeWriteChannel();
+    if (!process.waitForFinished(kDrawnWithin) || process.exitStatus() != QProcess::NormalExit)
+        return QStringLiteral("%1 was not drawn: %2.").arg(file, process.errorString());
+    return process.exitCode() == 0 ? QString()
+                                   : QString::fromLocal8Bit(process.readAllStandardError()).trimmed();
 }
 
 /// Says what became of a file.
@@ -116,6 +133,10 @@ void readGrayscale(Console& console, const GrayscaleOptions& options)
     PixelArray array;
     std::vector<int> damaged;
     if (!console.checkReadout() || !mayWrite(console, options)) return;
+    if (!options.chart.empty() && drawer().isEmpty())
+        return console.fail(Failure::Failed,
+                            QStringLiteral("Charts are drawn by the program quorvelctl-draw of the "
+                                           "package quorvel. Install it, or take --data."));
     if (!console.openPort(Access::Reads) || !fetchPixels(console, row, array, damaged)) return;
     const auto data = fileName(options.data);
     const auto chart = fileName(options.chart);
@@ -139,7 +160,7 @@ void addGrayscaleCommands(CLI::App& app, Console& console)
         ->check(CLI::IsMember({"X", "Y", "Z1", "Z2"}));
     command->add_option("--data", options->data, "Save the pixels: .mdb or .csv")
         ->check(endsIn({".mdb", ".csv"}, ".mdb or .csv"));
-    command->add_option(kChartOption, options->chart, "Save the chart: .jpg or .png")
+    command->add_option("--chart", options->chart, "Save the chart: .jpg or .png")
         ->check(endsIn({".jpg", ".jpeg", ".png"}, ".jpg or .png"));
     addForce(*command, console);
     command->callback([&console, options] { readGrayscale(console, *options); });

@@ -3,13 +3,10 @@
 #include "ctl/validators.h"
 #include "link/interrupt.h"
 
-#include <QApplication>
-
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <csignal>
-#include <memory>
 #include <string_view>
 
 namespace quorvel::ctl {
@@ -51,21 +48,9 @@ Exit status:
   5  an answer that is short, garbled or not of its form
   6  refused: a confirmation is missing, a file exists, only reading is allowed, or it is not safe)";
 
-/// Charts are drawn as the windows draw them, although nothing is shown; all else needs no interface at all.
-std::unique_ptr<QCoreApplication> makeApplication(int& argc, char* argv[])
-{
-    const bool draws = std::any_of(argv, argv + argc, [](const char* argument) {
-        return std::string_view(argument).starts_with(kChartOption) ||
-               std::string_view(argument) == kRecordCommand;
-    });
-    if (!draws) return std::make_unique<QCoreApplication>(argc, argv);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    return std::make_unique<QApplication>(argc, argv);
-}
-
 } // namespace
 
-int runCommandLine(Console& console, int argc, const char* const argv[])
+int runCommandLine(Console& console, int argc, const char* const argv[], const AddCommands& more)
 {
     CLI::App app("Talks to CCD plumb-line readouts on a serial bus.",
                  console.bench().isUserEdition() ? "quorvelctl" : "quorvelctl-factory");
@@ -82,10 +67,10 @@ int runCommandLine(Console& console, int argc, const char* const argv[])
     addStoredCommands(app, console);
     addMdbCommand(app, console);
     addRawCommand(app, console);
-    addCalibrationCommands(app, console);
     addSettingsCommands(app, console);
     addSettingCommands(app, console);
     addGrayscaleCommands(app, console);
+    if (more) more(app, console);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -100,15 +85,14 @@ int runCommandLine(Console& console, int argc, const char* const argv[])
     return static_cast<int>(console.status());
 }
 
-int runControl(int argc, char* argv[], const char* edition)
+int runControl(int argc, char* argv[], const char* edition, const AddCommands& more)
 {
-    const auto application = makeApplication(argc, argv);
     Console console(QString::fromLatin1(edition));
     link::noteInterrupts();
 #ifdef SIGPIPE
     std::signal(SIGPIPE, SIG_IGN); // a reader that went away is told like a full disk
 #endif
-    const int status = runCommandLine(console, argc, argv);
+    const int status = runCommandLine(console, argc, argv, more);
     // as shells count: 130 for Ctrl+C
     return link::interruptSignal() != 0 ? kSignalled + link::interruptSignal() : status;
 }

@@ -208,6 +208,8 @@ void checkTogether(const WatchOptions& options)
         throw CLI::ValidationError("--daily needs --output, and a format other than prometheus");
 }
 
+constexpr auto kSiteVariable = "QUORVEL_SITE";
+
 } // namespace
 
 void addWatchCommand(CLI::App& app, Console& console)
@@ -215,7 +217,7 @@ void addWatchCommand(CLI::App& app, Console& console)
     auto* watching = addCommand(app, "watch", "Read one readout, or a whole site, again and again",
                                 "watch --site dam.quorvel-site.json --every 1m");
     const auto options = std::make_shared<WatchOptions>();
-    watching->add_option("--site", options->site, "Site file; SIGHUP reads it anew");
+    watching->add_option("--site", options->site, "Site file; SIGHUP reads it anew")->envname(kSiteVariable);
     watching->add_option("--readout", options->readouts, "A readout and its type, such as 12:C; repeatable")
         ->check(readoutOption())
         ->allow_extra_args(false);
@@ -233,6 +235,9 @@ void addWatchCommand(CLI::App& app, Console& console)
     watching->add_flag("--daily", options->daily, "A new file each day, with its date in the name");
     watching->add_flag("--wait", options->wait, "Wait for a port that cannot be opened at the start");
     watching->callback([&console, options] {
+        // what the environment says gives way to what the command line says
+        if (!options->readouts.empty() && qgetenv(kSiteVariable) == options->site.c_str())
+            options->site.clear();
         checkTogether(*options);
         Watching(console, *options).run();
     });

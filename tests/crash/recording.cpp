@@ -92,7 +92,8 @@ Recording::Recording(const fs::path& folder, const std::function<void()>& work)
     read(log);
 }
 
-Recording::Recording(const fs::path& folder, const QString& program, const QStringList& arguments)
+Recording::Recording(const fs::path& folder, const QString& program, const QStringList& arguments,
+                     const QString& input)
 {
     take(folder);
     const auto log = logs_.filePath("log");
@@ -104,7 +105,7 @@ Recording::Recording(const fs::path& folder, const QString& program, const QStri
     // the recorder comes before the sanitizer's library, which only looks at calls
     environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0:detect_leaks=0");
     process.setProcessEnvironment(environment);
-    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardInputFile(input.isEmpty() ? QProcess::nullDevice() : input);
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(programPath(program), arguments);
     EXPECT_TRUE(process.waitForFinished(kPatience)) << qPrintable(process.errorString());

@@ -49,7 +49,8 @@ public:
     Recording(const std::filesystem::path& folder, const std::function<void()>& work);
 
     /// Records a program of the build.
-    Recording(const std::filesystem::path& folder, const QString& program, const QStringList& arguments);
+    Recording(const std::filesystem::path& folder, const QString& program, const QStringList& arguments,
+              const QString& input = {});
 
     const Files& before() const { return before_; }
     const Files& after() const { return after_; }

@@ -77,10 +77,31 @@ INSTANTIATE_TEST_SUITE_P(
     Quorvelctl, CrashedCommand,
     ::testing::Values(Command{"Settings", "s.json", {"settings", "save"}, "--force"},
                       Command{"PixelsAsDatabase", "x.mdb", {"grayscale", "X", "--data"}, "--force"},
-                      Command{"PixelsAsText", "x.csv", {"grayscale", "X", "--data"}, "--force"},
-                      Command{"Jpeg", "x.jpg", {"grayscale", "X", "--chart"}, "--force"},
-                      Command{"Png", "x.png", {"grayscale", "X", "--chart"}, "--force"}),
+                      Command{"PixelsAsText", "x.csv", {"grayscale", "X", "--data"}, "--force"}),
     [](const auto& command) { return std::string(command.param.name); });
+
+/// The program that draws for `quorvelctl`, which says that the file is saved when this one has ended.
+class CrashedDrawing : public ::testing::TestWithParam<const char*> {
+protected:
+    void look(bool replaces)
+    {
+        put(pixels.filePath("x"), "12\n200\n30\n");
+        const auto file = folder.filePath(GetParam());
+        if (replaces) put(file, kOld);
+        const Recording recording(folder.path().toStdString(), "quorvelctl-draw", {"X", "A", file},
+                                  pixels.filePath("x"));
+        expectOldOrNew(recording, GetParam(), GetParam());
+    }
+
+    QTemporaryDir pixels;
+    QTemporaryDir folder;
+};
+
+TEST_P(CrashedDrawing, LeavesAWholeFileOrNone) { look(false); }
+TEST_P(CrashedDrawing, LeavesTheOldFileOrTheNewOne) { look(true); }
+
+INSTANTIATE_TEST_SUITE_P(Quorvelctl, CrashedDrawing, ::testing::Values("x.jpg", "x.png"),
+                         [](const auto& file) { return std::string(file.param).substr(2); });
 
 class CrashedGrayScaleChart : public GrayScaleChartOnTheBus,
                               public ::testing::WithParamInterface<const char*> {

@@ -71,7 +71,8 @@ protected:
         Console console(QStringLiteral("FACTORY"), [] { return std::vector<link::PortInfo>(); });
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        const int status = runCommandLine(console, static_cast<int>(arguments.size()), arguments.data());
+        const int status = runCommandLine(console, static_cast<int>(arguments.size()), arguments.data(),
+                                          addCalibrationCommands);
         testing::internal::GetCapturedStdout();
         said = testing::internal::GetCapturedStderr();
         return status;

@@ -29,7 +29,8 @@ Ended runWith(const link::PortList::Enumerator& ports, const std::vector<const c
     std::vector<const char*> all{"quorvelctl-factory"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     testing::internal::CaptureStderr();
-    const int status = runCommandLine(console, static_cast<int>(all.size()), all.data());
+    const int status =
+        runCommandLine(console, static_cast<int>(all.size()), all.data(), addCalibrationCommands);
     return {status, testing::internal::GetCapturedStderr()};
 }
 

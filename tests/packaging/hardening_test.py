@@ -8,7 +8,7 @@ import tempfile
 import unittest
 
 COMPILER, BINARIES = sys.argv[1:3]
-PROGRAMS = ("quorvel", "quorvel-factory", "quorvelctl", "quorvelctl-factory", "quorvel-sim")
+PROGRAMS = ("quorvel", "quorvel-factory", "quorvelctl", "quorvelctl-factory", "quorvelctl-draw", "quorvel-sim")
 DEFENCES = {
     "position-independent": r"FLAGS_1.*\bPIE\b",
     "addresses bound at start": r"FLAGS_1.*\bNOW\b",

@@ -2,13 +2,15 @@
 
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
 
-CONFIG, CPACK, VERSION = sys.argv[1:4]
+CONFIG, CPACK, VERSION, REVISION = sys.argv[1:5]
+PACKAGED = f"{VERSION}-{REVISION}"
 PATIENCE = 20.0  # seconds
 
 
@@ -37,9 +39,10 @@ class Packages(unittest.TestCase):
             cls.roots[name] = pathlib.Path(folder.name, name)
             output_of("dpkg-deb", "--extract", path, cls.roots[name])
 
-    def test_there_is_one_for_operators_and_one_for_the_maker(self):
-        self.assertEqual(set(self.files), {"quorvel", "quorvel-factory"})
-        for name, programs in (("quorvel", {"quorvel", "quorvelctl", "quorvel-sim"}),
+    def test_there_is_one_for_gateways_one_for_operators_and_one_for_the_maker(self):
+        self.assertEqual(set(self.files), {"quorvelctl", "quorvel", "quorvel-factory"})
+        for name, programs in (("quorvelctl", {"quorvelctl"}),
+                               ("quorvel", {"quorvel", "quorvelctl-draw", "quorvel-sim"}),
                                ("quorvel-factory", {"quorvel-factory", "quorvelctl-factory"})):
             links = list((self.roots[name] / "usr/bin").iterdir())
             self.assertEqual({link.name for link in links}, programs)
@@ -49,10 +52,31 @@ class Packages(unittest.TestCase):
     def test_they_name_what_they_need(self):
         def field(name, key):
             return output_of("dpkg-deb", "--field", self.files[name], key).strip()
-        self.assertEqual(field("quorvel", "Version"), VERSION)
+        self.assertEqual({field(name, "Version") for name in self.files}, {PACKAGED})
         for library in ("libqt6widgets6", "libqt6serialport6", "libqcustomplot"):
             self.assertIn(library, field("quorvel", "Depends"))
-        self.assertIn(f"quorvel (= {VERSION})", field("quorvel-factory", "Depends"))
+        self.assertIn(f"quorvel (= {PACKAGED})", field("quorvel-factory", "Depends"))
+        self.assertIn(f"quorvelctl (= {PACKAGED})", field("quorvel", "Depends"))
+        for relation in ("Breaks", "Replaces"):
+            self.assertEqual(field("quorvelctl", relation), "quorvel (<< 4.11-2)")
+
+    def test_the_command_line_needs_no_windows_and_no_display(self):
+        depends = output_of("dpkg-deb", "--field", self.files["quorvelctl"], "Depends")
+        self.assertIn("libqt6core6", depends)
+        libraries = output_of("ldd", self.roots["quorvelctl"] / "usr/lib/quorvel/quorvelctl")
+        self.assertIn("libQt6Core", libraries)
+        for part in ("widgets", "gui", "qcustomplot", "libx11", "libxcb", "wayland", "libgl1", "libgl.so", "fontconfig"):
+            self.assertNotIn(part, depends.lower())
+            self.assertNotIn(part, libraries.lower())
+        # the check can fail
+        self.assertIn("libqt6widgets", output_of("ldd", self.roots["quorvel"] / "usr/lib/quorvel/quorvel").lower())
+
+    def test_without_the_package_that_draws_a_chart_is_refused_in_words(self):
+        tool = self.roots["quorvelctl"] / "usr/bin/quorvelctl"
+        ended = subprocess.run([tool, "--port", "/dev/ttyNowhere", "--address", "5", "grayscale", "X", "--chart",
+                                "/tmp/quorvel-none.png"], text=True, capture_output=True, check=False)
+        self.assertEqual(ended.returncode, 1)
+        self.assertIn("quorvelctl-draw of the package quorvel", ended.stderr)
 
     def test_the_desktop_entry_names_a_program_and_an_icon(self):
         usr = self.roots["quorvel"] / "usr"
@@ -75,7 +99,7 @@ class Packages(unittest.TestCase):
     def test_an_upgrade_replaces_the_programs_and_leaves_the_users_files(self):
         with tempfile.TemporaryDirectory() as folder:
             root, user = pathlib.Path(folder, "root"), pathlib.Path(folder, "user")
-            older = [self.older(name, pathlib.Path(folder)) for name in self.files]
+            older = [self.older(name, pathlib.Path(folder)) for name in ("quorvel", "quorvel-factory")]
             self.install(root, older)
             home = root / "usr/lib/quorvel"
             self.assertTrue((home / "of-the-older-quorvel").exists())
@@ -94,15 +118,19 @@ class Packages(unittest.TestCase):
             self.assertIn(VERSION, output_of(root / "usr/bin/quorvelctl", "--version", env=environment))
             self.assertEqual(output_of("dpkg-query", f"--admindir={root}/var/lib/dpkg", "--show",
                                        "--showformat=${Package} ${Version} ${db:Status-Status}\n").splitlines(),
-                             [f"{name} {VERSION} installed" for name in sorted(self.files)])
+                             [f"{name} {PACKAGED} installed" for name in sorted(self.files)])
 
     def older(self, name, folder):
-        """The package as an older version, with a file that the present one lacks."""
+        """The package as an older version, with a file that the present one lacks. That with the windows had the command
+        line in it."""
         tree = folder / ("tree-" + name)
         output_of("dpkg-deb", "--raw-extract", self.files[name], tree)
         control = tree / "DEBIAN/control"
-        control.write_text(control.read_text().replace(VERSION, "0.1"))
+        control.write_text(control.read_text().replace(PACKAGED, "0.1"))
         (tree / "usr/lib/quorvel" / ("of-the-older-" + name)).write_text("")
+        if name == "quorvel":
+            for file in ("lib/quorvel/quorvelctl", "lib/quorvel/installed", "bin/quorvelctl"):
+                shutil.copy2(self.roots["quorvelctl"] / "usr" / file, tree / "usr" / file, follow_symlinks=False)
         made = folder / (name + "_0.1.deb")
         output_of("dpkg-deb", "--root-owner-group", "--build", tree, made)
         return made
@@ -113,12 +141,12 @@ class Packages(unittest.TestCase):
             (root / "var/lib/dpkg" / part).mkdir(parents=True, exist_ok=True)
         for file in ("status", "available"):
             (root / "var/lib/dpkg" / file).touch()
-        output_of("dpkg", f"--root={root}", f"--log={root}/log", "--force-depends", "--force-not-root", "--install",
+        output_of("dpkg", f"--root={root}", f"--log={root}/log", "--auto-deconfigure", "--force-depends", "--force-not-root", "--install",
                   *packages)
 
     def test_the_programs_run(self):
         usr = self.roots["quorvel"] / "usr"
-        self.assertIn(VERSION, output_of(usr / "bin/quorvelctl", "--version"))
+        self.assertIn(VERSION, output_of(self.roots["quorvelctl"] / "usr/bin/quorvelctl", "--version"))
         self.assertTrue((usr / "lib/quorvel/readme.txt").read_text().strip())
         with tempfile.TemporaryDirectory() as folder, \
                 subprocess.Popen([usr / "bin/quorvel", "--demo", "--folder", folder]) as program:
