@@ -196,6 +196,25 @@ def grayscale():
     program.close()
 
 
+def pixels():
+    program = start("quorvel", "A", "5")
+    for setting in ("x 21.4", "dust clean", "dust x 37.3 27 0.2", "dust x 12.1 45 0.6"):
+        program.tell_bus("set 5 " + setting)
+    window = program.tool("Pixels")
+
+    def read(words):
+        press(one_in(window, BUTTON, "Read"))
+        until(lambda: [node for node in descendants(window) if words in node.get_name()], words, patience=60)
+
+    read("1 of 1 readings")
+    take(window, "pixels-before")
+    press(one_in(window, BUTTON, "Keep as Reference"))
+    program.tell_bus("set 5 dust clean")
+    read("Clean: ")
+    take(window, "pixels-after")
+    program.close()
+
+
 def calibration():
     program = start("quorvel-factory", "C", "33")
     window = program.open("X Direction", "X向标定")
@@ -217,6 +236,6 @@ def calibration():
 SCENES = {"main-window": main_window, "traffic": traffic, "line-health": line_health, "journal": journal,
           "diagnosis": diagnosis, "finder": finder,
           "offset-setting": offset_setting, "settings": settings, "automatic-readings": automatic_readings,
-          "stored-readings": stored_readings, "grayscale": grayscale, "calibration": calibration}
+          "stored-readings": stored_readings, "grayscale": grayscale, "pixels": pixels, "calibration": calibration}
 for scene in WANTED or SCENES:
     SCENES[scene]()

@@ -40,6 +40,13 @@ QRect spanning(const QPoint& one, const QPoint& other)
             QPoint(std::max(one.x(), other.x()), std::max(one.y(), other.y()))};
 }
 
+/// But for rounding.
+bool same(const QCPRange& one, const QCPRange& other)
+{
+    const double little = 1e-9 * one.size();
+    return std::fabs(one.lower - other.lower) < little && std::fabs(one.upper - other.upper) < little;
+}
+
 } // namespace
 
 Gesture gestureOf(const QPoint& drag)
@@ -73,6 +80,11 @@ void ZoomChart::setFewest(double across, double upward)
 
 void ZoomChart::showWhole() { showPart(whole_.across, whole_.upward); }
 
+bool ZoomChart::isWhole() const
+{
+    return same(xAxis->range(), whole_.across) && same(yAxis->range(), whole_.upward);
+}
+
 void ZoomChart::showPart(QCPRange across, QCPRange upward)
 {
     xAxis->setRange(withinBounds(across, whole_.across, fewestAcross_));
@@ -93,7 +105,7 @@ bool ZoomChart::stepBack()
     while (!before_.empty()) {
         const auto step = before_.back();
         before_.pop_back();
-        if (step.across == now.across && step.upward == now.upward) continue;
+        if (same(step.across, now.across) && same(step.upward, now.upward)) continue;
         showPart(step.across, step.upward);
         return true;
     }

@@ -32,6 +32,8 @@ public:
     /// How little is shown at the least, in the units of the axes.
     void setFewest(double across, double upward);
     void showWhole();
+    /// True when nothing is zoomed or moved.
+    bool isWhole() const;
     /// Shows this part; kept within bounds in which something can be seen.
     void showPart(QCPRange across, QCPRange upward);
     /// Shows what was shown before the last change. @return false when there was nothing before.

@@ -73,7 +73,8 @@ QVector<double> PixelChart::places(std::size_t count) const
 void PixelChart::draw(const PixelReading& reading, const PixelReading* reference,
                       const ProfileFigures& figures)
 {
-    const bool same = drawn_ && reading.direction == reading_.direction && reading.type == reading_.type;
+    const bool keepsPart =
+        !isWhole() && reading.direction == reading_.direction && reading.type == reading_.type;
     const auto across = xAxis->range();
     const auto upward = yAxis->range();
     removeAllSeries();
@@ -89,8 +90,7 @@ void PixelChart::draw(const PixelReading& reading, const PixelReading* reference
     addMarks(figures);
     addEnds();
     drawAxes(*this, reading.direction.toStdString(), reading.type);
-    if (same) showPart(across, upward);
-    drawn_ = true;
+    if (keepsPart) showPart(across, upward);
 }
 
 void PixelChart::addBand()

@@ -13,7 +13,7 @@ class PixelChart final : public TChart {
 public:
     explicit PixelChart(QWidget* parent = nullptr);
 
-    /// Draws this and nothing else. What is shown of the sensor stays, if the direction and the type are the same.
+    /// Draws this and nothing else. A part that is looked into stays, if direction and type are the same.
     /// @param reading    nothing is drawn of one without readings.
     /// @param reference  null: none.
     void draw(const PixelReading& reading, const PixelReading* reference, const ProfileFigures& figures);
@@ -37,7 +37,6 @@ private:
     PixelReading reading_;
     std::vector<double> reference_; ///< as bright was the pixel; empty: not known
     std::vector<double> differences_;
-    bool drawn_ = false;
 };
 
 /// The pixel nearest to a place, from 1 to `count`.

@@ -64,7 +64,7 @@ class PixelsWindow(unittest.TestCase):
 
     def test_before_and_after_cleaning(self):
         self.press("Read")
-        self.said("Dust at 37.3 mm, 27 % deep.")
+        self.said("Dust at 37.3 mm, 2")
         self.press("Keep as Reference")
         self.program.tell_bus("set 33 dust clean")
         self.press("Read")
