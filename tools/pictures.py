@@ -1,6 +1,7 @@
 """Takes the pictures of the manual: pictures.py BINARIES FOLDER [PICTURE...]. Run it by tools/pictures."""
 
 import datetime
+import json
 import os
 import pathlib
 import subprocess
@@ -9,8 +10,8 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests/accessibility"))
-from desk import (ESCAPE_KEY, SPACE_KEY, Atspi, Program, click, descendants, one_in, press, row, strike,  # noqa: E402
-                  type_into, type_keys, until)
+from desk import (ESCAPE_KEY, SPACE_KEY, Atspi, Program, click, descendants, has_state, one_in, press, row,  # noqa: E402
+                  strike, type_into, type_keys, until)
 
 BINARIES, FOLDER, *WANTED = sys.argv[1:]
 PROGRAM_FOLDER = "/tmp/dam"  # some windows show it
@@ -233,8 +234,46 @@ def calibration():
     program.close()
 
 
+def site():
+    """Six plumb lines, one of them silent at last, one beyond its limit."""
+    addresses = {5: ("A", "Block 5, crest"), 12: ("B", "Block 7, crest"), 13: ("C", "Block 7, foot"),
+                 21: ("A", "Block 9, crest"), 33: ("C", "Block 9, foot"), 40: ("D", "Abutment")}
+    bus = ["--fast", "--seed", "1"]
+    for address, (letter, _) in addresses.items():
+        bus += ["--readout", f"{address}:{letter}"]
+    program = start("quorvel", "A", "", bus)
+    readouts = [{"address": address, "type": letter, "name": name, "reference": "Zero of 2024-05-17",
+                 "limitsMm": {"x": {"low": 10, "high": 28}}} for address, (letter, name) in addresses.items()]
+    file = os.path.join(program.folder.name, "dam.quorvel-site.json")
+    with open(file, "w", encoding="utf-8") as out:
+        json.dump({"name": "North dam", "note": "Gallery 2, key at the gate", "readouts": readouts}, out)
+    window = program.tool("Site")
+    press(one_in(window, BUTTON, "Open ..."))
+    program.choose_file("Open Site", file)
+    window = program.window("Site: dam.quorvel-site.json")
+    program.tell_bus("set 21 x 28.4")
+
+    def sweep(expected):
+        press(one_in(window, BUTTON, "Sweep"))
+        until(lambda: [node for node in descendants(window) if f"{expected} of 6 readouts" in node.get_name()], "a sweep")
+        until(lambda: has_state(one_in(window, BUTTON, "Sweep"), Atspi.StateType.ENABLED), "its end")
+        time.sleep(REPAINT)
+
+    for number in range(12):
+        sweep(6)
+        if number == 0:
+            press(one_in(window, BUTTON, "Mark Zero"))
+    program.tell_bus("fault silent@33/2101")
+    sweep(5)
+    one_in(window, Atspi.Role.CHART, "Trend").grab_focus()
+    for keys in ["Left"] * 3 + ["shift+Left"] * 8:
+        subprocess.run(["xdotool", "key", keys], check=True)
+    take(window, "site")
+    program.close()
+
+
 SCENES = {"main-window": main_window, "traffic": traffic, "line-health": line_health, "journal": journal,
-          "diagnosis": diagnosis, "finder": finder,
+          "diagnosis": diagnosis, "finder": finder, "site": site,
           "offset-setting": offset_setting, "settings": settings, "automatic-readings": automatic_readings,
           "stored-readings": stored_readings, "grayscale": grayscale, "pixels": pixels, "calibration": calibration}
 for scene in WANTED or SCENES:

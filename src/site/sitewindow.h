@@ -5,6 +5,7 @@
 #include "site/schedule.h"
 #include "site/sitemodel.h"
 #include "site/trendpanel.h"
+#include "site/visit.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
@@ -14,6 +15,7 @@
 #include <QTableView>
 #include <QTimer>
 
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -69,6 +71,18 @@ private:
     bool mayLoseChanges(const QString& question);
     void Remove_Click();
 
+    // sitewindow_report.cpp
+    /// What the person said about a visit, and where its report goes.
+    struct VisitNotes {
+        QString path, person, remark;
+        QDateTime since;
+        bool asks = false;
+    };
+    void Report_Click();
+    void askForReport();
+    void saveReport(const VisitNotes& notes);
+    Visit visitOf(const VisitNotes& notes) const;
+
     // sitewindow_sweeps.cpp
     void Sweep_Click();
     void Stop_Click();
@@ -110,12 +124,13 @@ private:
     bool stopAsked_ = false;
     std::unique_ptr<ReadingLog> log_;
     QString logFailure_;
+    std::map<int, std::vector<SettingTold>> settings_; ///< of the latest report, by address
 
     QLineEdit siteName_, port_, note_;
     QTableView table_;
     TrendPanel trendPanel_{trend_, messages_};
     QPushButton new_, fromSearch_, open_, save_, saveAs_, add_, remove_;
-    QPushButton sweep_, stop_, zero_, clocks_;
+    QPushButton sweep_, stop_, zero_, clocks_, report_;
     QCheckBox every_, toFile_, daily_;
     QSpinBox seconds_;
     QProgressBar progress_;

@@ -105,6 +105,8 @@ void SiteWindow::addFileRow(QBoxLayout& rows)
     addButton(*row, saveAs_, tr("Save &As ..."), "SiteSaveAs",
               [this] { besides([this] { SaveAs_Click(); }); });
     row->addStretch(1);
+    addButton(*row, report_, tr("S&ite Report ..."), "SiteReport",
+              [this] { besides([this] { Report_Click(); }); });
     rows.addLayout(row);
 }
 

@@ -82,7 +82,7 @@ void SiteWindow::refreshControls()
     every_.setEnabled(!active);
     seconds_.setEnabled(!active && every_.isChecked());
     const bool some = model_.rowCount() > 0;
-    for (auto* button : {&remove_, &zero_, &clocks_})
+    for (auto* button : {&remove_, &zero_, &clocks_, &report_})
         button->setEnabled(some);
     daily_.setEnabled(!log_);
     refreshStatus();

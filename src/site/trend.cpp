@@ -77,9 +77,10 @@ void Trend::take(const Reading& reading)
         if (received) point.decimals = std::max(point.decimals, decimalsOf(*received));
     }
     const auto share = std::min(kMostOfOne, kMostPoints / std::max(kFewReadouts, readouts_.size()));
-    if (points.size() >= share)
-        points.erase(points.begin(), points.begin() + static_cast<std::ptrdiff_t>(points.size() - share +
-                                                                                  share / kDroppedPart));
+    if (points.size() >= share) {
+        const auto dropped = points.size() - share + share / kDroppedPart;
+        points.erase(points.begin(), points.begin() + static_cast<std::ptrdiff_t>(dropped));
+    }
     points.push_back(point);
 }
 

@@ -54,7 +54,7 @@ class SiteWindow(unittest.TestCase):
         self.open_site()
         box, text = Atspi.Role.CHECK_BOX, Atspi.Role.TEXT
         names = [("New", BUTTON), ("New from Search", BUTTON), ("Open ...", BUTTON), ("Save", BUTTON),
-                 ("Save As ...", BUTTON), ("Name", text), ("Port", text), ("Note", text), ("Add Readout", BUTTON),
+                 ("Save As ...", BUTTON), ("Site Report ...", BUTTON), ("Name", text), ("Port", text), ("Note", text), ("Add Readout", BUTTON),
                  ("Remove Readout", BUTTON), ("Readouts", Atspi.Role.TABLE), ("Sweep", BUTTON),
                  ("Repeat sweeps", box), ("Seconds from sweep to sweep", Atspi.Role.SPIN_BUTTON), ("Stop", BUTTON),
                  ("Mark Zero", BUTTON), ("Ask Clocks", BUTTON), ("Log to File ...", box),
@@ -75,6 +75,21 @@ class SiteWindow(unittest.TestCase):
         self.assertIn("X above 1", first)
         self.assertIn("complete", first)
         self.assertIn("silent", second)
+
+    def test_report_is_saved_in_three_clicks(self):
+        self.open_site()
+        self.press("Site Report ...")
+        dialog = self.program.window("Site Report")
+        for role, name in [(Atspi.Role.TEXT, "Person"), (Atspi.Role.TEXT, "Remark"), (BUTTON, "Cancel"),
+                           (Atspi.Role.CHECK_BOX, "ask readings, clocks and settings of all readouts first")]:
+            self.assertTrue(has_state(one_in(dialog, role, name), Atspi.StateType.FOCUSABLE), name)
+        press(one_in(dialog, BUTTON, "Save ..."))
+        self.program.choose_file("Save Site Report", self.path("visit.html"), "Save")
+        self.shown("The report is saved as")
+        with open(self.path("visit.html"), encoding="utf-8") as page:
+            text = page.read()
+        for words in ("Site report: North dam", "Block 7", "Reference feature", "Nothing, according to the journal"):
+            self.assertIn(words, text)
 
     def test_site_is_made_of_the_last_search(self):
         press(self.program.one(BUTTON, "Search CCD"))

@@ -117,9 +117,15 @@ protected:
     TestMessages messages;
     Workplace workplace{bench, readout.module1, gate, messages};
     std::vector<int> found;
+    std::vector<site::ChangeMade> changes;
+    QDateTime asked; ///< since when changes were asked for
     std::map<int, site::LineState> lines;
     site::Surroundings surroundings{[this] { return found; }, [this](int address) { return lines[address]; },
-                                    [](const QDateTime&) { return std::vector<site::ChangeMade>(); }, "anna"};
+                                    [this](const QDateTime& since) {
+                                        asked = since;
+                                        return changes;
+                                    },
+                                    "anna"};
     QWidget parent;
     site::SiteWindow form{workplace, surroundings, &parent};
     SiteControls controls{form};
