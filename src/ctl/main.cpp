@@ -63,6 +63,7 @@ int runCommandLine(Console& console, int argc, const char* const argv[], const A
     addLineCommands(app, console);
     addBusCommands(app, console);
     addWatchCommand(app, console);
+    addSiteCommand(app, console);
     addAutoreadCommands(app, console);
     addStoredCommands(app, console);
     addMdbCommand(app, console);

@@ -239,6 +239,8 @@ void addWatchCommand(CLI::App& app, Console& console)
         if (!options->readouts.empty() && qgetenv(kSiteVariable) == options->site.c_str())
             options->site.clear();
         checkTogether(*options);
+        const bool named = options->isService() || !console.options.address.empty();
+        if (!named) options->site = qEnvironmentVariable("QUORVEL_SITE").toLocal8Bit().toStdString();
         Watching(console, *options).run();
     });
 }
