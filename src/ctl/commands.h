@@ -34,7 +34,7 @@ void addSettingsCommands(CLI::App& app, Console& console);  ///< settings, setti
 void addSettingCommands(CLI::App& app, Console& console);   ///< offset, reference, feature, invert, swap ...
 void addMdbCommand(CLI::App& app, Console& console);        ///< mdb
 void addRawCommand(CLI::App& app, Console& console);        ///< raw
-void addSiteCommand(CLI::App& app, Console& console); ///< site create
+void addSiteCommand(CLI::App& app, Console& console);       ///< site create
 void addWatchCommand(CLI::App& app, Console& console);      ///< watch
 
 /// What `search` does, and `address` without a new one: prints the addresses that answer.
