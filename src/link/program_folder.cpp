@@ -21,7 +21,8 @@ bool isThere(const std::filesystem::path& path)
 
 std::filesystem::path programFolder(const std::string& wanted, const std::filesystem::path& own)
 {
-    if (!wanted.empty()) return std::filesystem::absolute(wanted);
+    // not by the code page of Windows
+    if (!wanted.empty()) return std::filesystem::absolute(std::u8string(wanted.begin(), wanted.end()));
     if (QFileInfo(own).isWritable() && !isThere(own / kInstalledMark)) return own;
     return usersFolder();
 }

@@ -35,6 +35,7 @@ TEST(ProgramFolder, IsTheOneThatIsNamed)
     EXPECT_EQ(programFolder("/some/folder", "/own"), "/some/folder");
     EXPECT_EQ(programFolder("folder", "/own"), std::filesystem::current_path() / "folder");
     EXPECT_EQ(helpText("/some/folder", "/own"), "/some/folder/readme.txt");
+    EXPECT_TRUE(programFolder("/大坝 1", "/own").u8string() == u8"/大坝 1");
 }
 
 TEST(ProgramFolder, OfAProgramWhereItWasBuiltIsItsOwn)
