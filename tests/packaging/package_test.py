@@ -1,5 +1,6 @@
 """Makes the Debian packages, unpacks them into a folder, and uses what is in it."""
 
+import gzip
 import os
 import pathlib
 import shutil
@@ -77,6 +78,37 @@ class Packages(unittest.TestCase):
                                 "/tmp/quorvel-none.png"], text=True, capture_output=True, check=False)
         self.assertEqual(ended.returncode, 1)
         self.assertIn("quorvelctl-draw of the package quorvel", ended.stderr)
+
+    def test_each_program_has_a_manual_page_without_a_warning(self):
+        for name, root in self.roots.items():
+            for program in (root / "usr/bin").iterdir():
+                with self.subTest(program.name):
+                    page = root / "usr/share/man/man1" / (program.name + ".1.gz")
+                    shown = subprocess.run(["groff", "-man", "-Tutf8", "-ww", "-b"], check=True, capture_output=True,
+                                           input=gzip.decompress(page.read_bytes()))
+                    self.assertEqual(shown.stderr.decode(), "")
+                    self.assertIn(b"OPTIONS", shown.stdout)
+        page = gzip.decompress((self.roots["quorvelctl"] / "usr/share/man/man1/quorvelctl.1.gz").read_bytes()).decode()
+        for part in (".SS offset DIRECTION [VALUE]", ".SH EXIT STATUS", "QUORVEL_PORT", "offset X 1.5"):
+            self.assertIn(part, page)
+
+    def completed(self, program, *words):
+        """What bash proposes for the last word."""
+        root = next(root for root in self.roots.values() if (root / "usr/bin" / program).exists())
+        file = root / "usr/share/bash-completion/completions" / program
+        typed = " ".join(f"'{word}'" for word in (program, *words))
+        return set(output_of("bash", "-c", f"source {file}; COMP_WORDS=({typed}); COMP_CWORD={len(words)}; "
+                             f"_{program.replace('-', '_')}; printf '%s\\n' \"${{COMPREPLY[@]}}\"").split())
+
+    def test_bash_completes_commands_options_and_values(self):
+        self.assertEqual(self.completed("quorvelctl", "off"), {"offset"})
+        self.assertLessEqual({"X", "Y", "Z", "--json"}, self.completed("quorvelctl", "--address", "5", "offset", ""))
+        self.assertEqual(self.completed("quorvelctl", "--type", ""), {"A", "B", "C", "D"})
+        self.assertEqual(self.completed("quorvelctl", "settings", "re"), {"restore"})
+        self.assertEqual(self.completed("quorvelctl", "settings", "restore", "--any"), {"--any-readout"})
+        self.assertEqual(self.completed("quorvelctl", "stitch"), set())
+        self.assertEqual(self.completed("quorvelctl-factory", "stitch"), {"stitching"})
+        self.assertEqual(self.completed("quorvel", "--dem"), {"--demo"})
 
     def test_the_desktop_entry_names_a_program_and_an_icon(self):
         usr = self.roots["quorvel"] / "usr"
