@@ -55,6 +55,14 @@ void PixelAverage::putInto(PixelReading& reading) const
     }
 }
 
+bool isOfAnotherSensor(const PixelReading& one, const PixelReading& other)
+{
+    const bool otherReadout = one.address > 0 && other.address > 0 && one.address != other.address;
+    const bool otherDirection =
+        !one.direction.isEmpty() && !other.direction.isEmpty() && one.direction != other.direction;
+    return otherReadout || otherDirection;
+}
+
 std::vector<double> differenceOf(const PixelReading& now, const PixelReading& then)
 {
     if (now.values.size() != then.values.size()) return {};

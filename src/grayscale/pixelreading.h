@@ -48,6 +48,9 @@ private:
     int readings_ = 0;
 };
 
+/// True when what is known says that they are of different sensors.
+bool isOfAnotherSensor(const PixelReading& one, const PixelReading& other);
+
 /// Now less then, pixel by pixel; not a number where one of them is. Empty when they do not have as many pixels.
 std::vector<double> differenceOf(const PixelReading& now, const PixelReading& then);
 

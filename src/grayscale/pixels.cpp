@@ -209,6 +209,7 @@ void Pixels::Read_Click()
                   .arg(now_.reading.readings)
                   .arg(wanted_)
                   .arg(now_.reading.values.size()));
+    warnOfOtherSensor();
 }
 
 bool Pixels::readOnce(const GrayscaleRow& row, PixelAverage& average, QDateTime& begun)
@@ -219,6 +220,7 @@ bool Pixels::readOnce(const GrayscaleRow& row, PixelAverage& average, QDateTime&
     progressTimer.start(kProgressEvery);
     const auto exchange = perform(grayscaleQuery(row, addressDigits()));
     progressTimer.stop();
+    if (exchange.complete()) clearStatus(); // what was said of the progress
     if (!take(row, exchange, average)) return false;
     begun = exchange.begun;
     return true;
@@ -286,12 +288,21 @@ void Pixels::OpenReference_Click()
     if (path.isEmpty()) return;
     auto loaded = loadReading(path, bench_.instrumentType);
     if (!loaded) return tell(QString::fromStdString(loaded.error()));
-    if (loaded->direction.isEmpty()) loaded->direction = ui_->Direction->currentText();
     const auto count = loaded->values.size();
     setReference(lookAt(*std::move(loaded)));
     tell(tr("%1 pixels of %2 are the reference now.").arg(count).arg(path));
     if (now_.reading.readings > 0 && now_.reading.values.size() != count)
         addStatus(tr("The reading has %1: no difference is drawn.").arg(now_.reading.values.size()));
+    warnOfOtherSensor();
+}
+
+void Pixels::warnOfOtherSensor()
+{
+    if (!reference_ || now_.reading.readings == 0) return;
+    if (!isOfAnotherSensor(reference_->reading, now_.reading)) return;
+    const auto& of = reference_->reading;
+    addStatus(tr("The reference is of another sensor: readout %1, %2 direction.")
+                  .arg(of.address > 0 ? QString::number(of.address) : tr("unknown"), of.direction));
 }
 
 void Pixels::NoReference_Click()

@@ -55,6 +55,7 @@ private:
     void fillDirections();
     static Looked lookAt(grayscale::PixelReading reading);
     void setReference(std::optional<Looked> reference);
+    void warnOfOtherSensor();
     void showAll();
     void showFigures();
     QString titleOf() const;

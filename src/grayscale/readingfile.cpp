@@ -5,8 +5,10 @@
 #include "grayscale/axes.h"
 #include "grayscale/pixelfile.h"
 #include "jet/database.h"
+#include "link/address.h"
 #include "link/bytes.h"
 #include "protocol/direction.h"
+#include "protocol/grayscale.h"
 #include "text/number.h"
 
 #include <QFile>
@@ -152,8 +154,9 @@ void describe(PixelReading& reading, const std::map<QString, QString>& head)
         return found == head.end() ? QString() : found->second;
     };
     if (const auto type = protocol::typeNamed(value("type").toStdString())) reading.type = *type;
-    reading.direction = value("direction");
-    reading.address = text::integerOf(link::bytes(value("address")));
+    if (protocol::findGrayscale(value("direction").toStdString())) reading.direction = value("direction");
+    const int address = text::integerOf(link::bytes(value("address")));
+    reading.address = link::isAddress(address) ? address : 0;
     reading.at = QDateTime::fromString(value("time"), Qt::ISODate);
 }
 

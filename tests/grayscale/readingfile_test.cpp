@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <random>
 
 #include <gmock/gmock.h>
 
@@ -102,6 +103,33 @@ TEST_F(ReadingFile, WhatIsNoReadingIsRefused)
     EXPECT_FALSE(loadReading(file("missing.mdb"), link::TypeA));
     QFile::copy(write("sn,hd\n1,1\n"), file("text.mdb"));
     EXPECT_FALSE(loadReading(file("text.mdb"), link::TypeA));
+}
+
+TEST_F(ReadingFile, WhatTheHeadSaysIsOnlyTakenWhenItCanBe)
+{
+    const auto loaded = loadReading(
+        write("# address: 300\n# type: Q\n# direction: up\n# time: noon\nsn,hd\n1,10\n"), link::TypeB);
+    ASSERT_TRUE(loaded) << loaded.error();
+    EXPECT_EQ(loaded->address, 0);
+    EXPECT_EQ(loaded->type, link::TypeB);
+    EXPECT_EQ(loaded->direction, "");
+    EXPECT_FALSE(loaded->at.isValid());
+}
+
+TEST_F(ReadingFile, OfAnyBytesIsRefusedOrPixels)
+{
+    std::mt19937 random(11);
+    for (int i = 0; i < 300; ++i) {
+        QByteArray text("# type: A\nsn,hd\n1,10\n2,20.5\n3,\n4,255\n");
+        for (int change = 0; change < 3; ++change)
+            text[static_cast<qsizetype>(random() % static_cast<std::size_t>(text.size()))] =
+                static_cast<char>(random() % 256);
+        const auto loaded = loadReading(write(text), link::TypeA);
+        if (!loaded) continue;
+        ASSERT_FALSE(loaded->values.empty());
+        for (const double value : loaded->values)
+            EXPECT_TRUE(std::isnan(value) || (value >= 0 && value <= 255)) << value;
+    }
 }
 
 TEST(PixelAverage, MeansAndSpreadLeaveDamagedPixelsOut)

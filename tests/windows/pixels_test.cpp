@@ -248,6 +248,19 @@ TEST_F(PixelsOnTheBus, AReferenceOfAnotherSensorHasNoDifference)
     EXPECT_TRUE(curve("Reference")) << "the one from before stays";
 }
 
+TEST_F(PixelsOnTheBus, AReferenceOfAnotherDirectionIsSaid)
+{
+    press("Read");
+    press("KeepReference");
+    EXPECT_THAT(status(), HasSubstr("are the reference now"));
+    child<QComboBox>(*window, "Direction")->setCurrentText("Y");
+    press("Read");
+    EXPECT_THAT(status(), HasSubstr("The reference is of another sensor: readout 5, X direction."));
+    press("KeepReference");
+    press("Read");
+    EXPECT_EQ(status(), "1 of 1 readings of 7450 pixels.");
+}
+
 TEST_F(PixelsOnTheBus, PicturesSayWhatTheyAre)
 {
     press("Read");
