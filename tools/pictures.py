@@ -19,6 +19,7 @@ BUTTON = Atspi.Role.PUSH_BUTTON
 BUS = ["--fast", "--seed", "1", "--readout", "5:A", "--readout", "12:B", "--readout", "33:C", "--ring", "5:1000,40,100"]
 DEVIATIONS = (-5, 7, 6, -4, -12, -9, 4, 13, 9, -2, -8)  # of the points of the calibration from its line, micrometres
 REPAINT = 0.5  # seconds
+TAB_KEY = 0xff09
 
 
 def take(window, name):
@@ -272,9 +273,54 @@ def site():
     program.close()
 
 
+def calibration_record():
+    """A readout with a table of last year is found off, measured anew, and left well; the window and its page."""
+    program = start("quorvel-factory", "A", "5")
+    window = program.tool("Calibration Record")
+    table = one_in(window, Atspi.Role.TABLE, "Points")
+    dial = one_in(window, Atspi.Role.TEXT, "Dial reading, mm")
+
+    def take_run(name, off):
+        press(one_in(window, Atspi.Role.RADIO_BUTTON, name))
+        click(Atspi.Table.get_accessible_at(table, 0, 0))
+        for point, deviation in enumerate(DEVIATIONS):
+            program.tell_bus(f"set 5 x {point * 5 + 0.026 + off(point) + deviation / 1000:.3f}")
+            click(dial)
+            type_keys(f"{point * 2.5}\n")
+            until(lambda: Atspi.Table.get_accessible_at(table, point, 1).get_name(), f"point {point}")
+            time.sleep(REPAINT / 2)
+
+    def command(name):
+        press(one_in(window, BUTTON, name))
+        program.answer("Yes")
+        until(lambda: not program.boxes(), "the end of the question")
+        time.sleep(2 * REPAINT)
+
+    take_run("Measured", lambda point: 0)
+    command("Download ...")
+    command("New Table ...")
+    for name, text in (("Serial number", "CL-2019-0042"), ("Gauge", "dial gauge no. 17, certificate 2026-311"),
+                       ("Person", "张伟"), ("Remark", "yearly check; window cleaned"), ("Permitted error, mm", "0.02")):
+        type_into(one_in(window, Atspi.Role.TEXT, name), text)
+        strike(TAB_KEY)
+    take_run("As found", lambda point: 0.012 * point - 0.05)
+    command("Switch Correction Off ...")
+    one_in(window, Atspi.Role.SPIN_BUTTON, "Repeats").set_current_value(3)
+    take_run("Measured", lambda point: 0.012 * point - 0.05)
+    command("Download ...")
+    take_run("As left", lambda point: 0.012 * point - 0.05 + 0.002 * (point % 3))
+    press(one_in(window, Atspi.Role.CHECK_BOX, "Live value"))
+    until(lambda: [node for node in descendants(window) if "steady" in node.get_name()], "a steady value")
+    take(window, "calibration-record")
+    subprocess.run([os.path.join(BINARIES, "quorvelctl-factory"), "calibrate", "X", "--folder", program.folder.name,
+                    "record", os.path.join(FOLDER, "calibration-record-page.png"), "--force"], check=True)
+    program.close()
+
+
 SCENES = {"main-window": main_window, "traffic": traffic, "line-health": line_health, "journal": journal,
           "diagnosis": diagnosis, "finder": finder, "site": site,
           "offset-setting": offset_setting, "settings": settings, "automatic-readings": automatic_readings,
-          "stored-readings": stored_readings, "grayscale": grayscale, "pixels": pixels, "calibration": calibration}
+          "stored-readings": stored_readings, "grayscale": grayscale, "pixels": pixels, "calibration": calibration,
+          "calibration-record": calibration_record}
 for scene in WANTED or SCENES:
     SCENES[scene]()

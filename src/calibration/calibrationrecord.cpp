@@ -3,6 +3,7 @@
 #include "calibration/errorchart.h"
 #include "calibration/fitchart.h"
 #include "calibration/recordpage.h"
+#include "files/name.h"
 #include "link/bytes.h"
 #include "main/inputfilter.h"
 #include "protocol/direction.h"
@@ -127,14 +128,14 @@ void CalibrationRecord::onCommand(QPushButton* button, void (CalibrationRecord::
 {
     connect(button, &QPushButton::clicked, this, [this, command] {
         whenFree([this, command] {
-            busy_ = true;
-            refreshControls();
             const auto ended = qScopeGuard([this, focused = focusWidget()] {
                 busy_ = false;
                 progress_.hide();
                 showAll();
                 if (focused && focused->isEnabled()) focused->setFocus();
             });
+            busy_ = true;
+            refreshControls();
             clearStatus();
             (this->*command)();
         });
@@ -272,9 +273,10 @@ void CalibrationRecord::NewTable_Click()
     if (!kept) return tell(asText(kept.error()));
     showDetails();
     table_.setCurrentCell(down_.isChecked() ? kPoints - 1 : 0, 0);
-    tell(kept->empty() ? tr("A new table was begun.")
-                       : tr("A new table was begun. The earlier one is kept as %1.")
-                             .arg(QString::fromStdWString(kept->wstring())));
+    tell(
+        kept->empty()
+            ? tr("A new table was begun.")
+            : tr("A new table was begun. The earlier one is kept as %1.").arg(asText(files::inWords(*kept))));
 }
 
 void CalibrationRecord::ClearRun_Click()
@@ -295,11 +297,11 @@ void CalibrationRecord::ClearRun_Click()
 void CalibrationRecord::SaveRecord_Click()
 {
     keepDetails();
-    const auto proposed =
-        QStringLiteral("calibration-%1-%2-%3.pdf")
-            .arg(job_->record().address > 0 ? QString::number(job_->record().address)
-                                            : QStringLiteral("readout"),
-                 direction_.currentText(), module1_.clock().now().date().toString(Qt::ISODate));
+    const auto name = QStringLiteral("calibration-%1-%2-%3.pdf")
+                          .arg(job_->record().address > 0 ? QString::number(job_->record().address)
+                                                          : QStringLiteral("readout"),
+                               direction_.currentText(), module1_.clock().now().date().toString(Qt::ISODate));
+    const auto proposed = asText(files::inWords(bench_.programFolder / name.toStdString()));
     const auto chosen =
         messages_.chooseFile(this, {tr("Save Record"), QLatin1String(kRecordFilter), true, proposed});
     if (chosen.isEmpty() || !mayWrite(messages_, this, chosen)) return;

@@ -25,7 +25,7 @@ constexpr double kMarginMm = 14;
 constexpr double kFooterMm = 6; // below the text, within the margin
 constexpr double kBrowserDpi = 96;
 constexpr int kPdfDpi = 1200;
-constexpr int kPictureDpi = 110;
+constexpr int kPictureDpi = 130;
 constexpr double kTextPoints = 9;
 constexpr double kSmallest = 0.8;
 constexpr double kStep = 0.05;
@@ -77,10 +77,18 @@ QString bodyWith(const Page& page, double dpi, const Source& source)
     return body;
 }
 
+QImage smoothed(const Picture& picture, double dpi)
+{
+    const auto width = static_cast<int>(std::lround(picture.widthMm / kMmOfInch * dpi));
+    if (width < 1 || width >= picture.image.width()) return picture.image;
+    return picture.image.scaledToWidth(width, Qt::SmoothTransformation);
+}
+
 /// The page as Qt sets it, measured for a device.
 class Document {
 public:
-    Document(const Page& page, QPaintDevice& device)
+    /// @param smoothDpi  of a device that would thin out larger pictures; 0: it takes them as they are.
+    Document(const Page& page, QPaintDevice& device, double smoothDpi = 0)
     {
         document_.documentLayout()->setPaintDevice(&device);
         document_.setDocumentMargin(0);
@@ -92,7 +100,8 @@ public:
         document_.setDefaultFont(font);
         document_.setDefaultStyleSheet(QLatin1String(kStyle));
         for (const auto& picture : page.pictures)
-            document_.addResource(QTextDocument::ImageResource, QUrl(picture.name), picture.image);
+            document_.addResource(QTextDocument::ImageResource, QUrl(picture.name),
+                                  smoothed(picture, smoothDpi));
         // what Qt takes a pixel for
         const auto* screen = QGuiApplication::primaryScreen();
         const double dpi = screen ? screen->logicalDotsPerInchY() : kBrowserDpi;
@@ -186,7 +195,7 @@ QImage picture(const Page& page, int dotsPerInch)
     QImage probe(1, 1, QImage::Format_RGB32);
     probe.setDotsPerMeterX(dotsPerMetre);
     probe.setDotsPerMeterY(dotsPerMetre);
-    Document document(page, probe);
+    Document document(page, probe, dotsPerInch);
     const double width = pixels(kPageWidthMm - 2 * kMarginMm);
     const QSizeF size(width, document.height(width));
     const double margin = pixels(kMarginMm);

@@ -16,7 +16,7 @@ PATIENCE = 20.0  # seconds
 RETURN_KEY = 0xff0d
 ESCAPE_KEY = 0xff1b
 SPACE_KEY = 0x20
-CONTROL_KEYCODE = 37  # of the keyboard of the virtual screen
+CONTROL_KEYCODE, ALT_KEYCODE = 37, 64  # of the keyboard of the virtual screen
 MENU_OPENS = 0.5  # seconds
 MENU_TRIES = 2
 # The letters of the menu "Tools" by the captions of the windows that they open.
@@ -241,11 +241,25 @@ def strike(key):
     Atspi.generate_keyboard_event(key, None, Atspi.KeySynthType.SYM)
 
 
-def strike_with_control(letter):
-    """Strikes a letter while the control key is held down."""
-    Atspi.generate_keyboard_event(CONTROL_KEYCODE, None, Atspi.KeySynthType.PRESS)
+def strike_with(keycode, letter):
+    """Strikes a letter while a key is held down."""
+    Atspi.generate_keyboard_event(keycode, None, Atspi.KeySynthType.PRESS)
     Atspi.generate_keyboard_event(ord(letter), None, Atspi.KeySynthType.SYM)
-    Atspi.generate_keyboard_event(CONTROL_KEYCODE, None, Atspi.KeySynthType.RELEASE)
+    Atspi.generate_keyboard_event(keycode, None, Atspi.KeySynthType.RELEASE)
+
+
+def strike_with_control(letter):
+    strike_with(CONTROL_KEYCODE, letter)
+
+
+def strike_with_alt(letter):
+    strike_with(ALT_KEYCODE, letter)
+
+
+def point_at(node):
+    """Moves the mouse to the middle of a node: keys go to the window below it."""
+    place = node.get_extents(Atspi.CoordType.SCREEN)
+    Atspi.generate_mouse_event(place.x + place.width // 2, place.y + place.height // 2, "abs")
 
 
 def select(combo, entry):

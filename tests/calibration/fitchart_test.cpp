@@ -1,7 +1,10 @@
+#include "calibration/errorchart.h"
 #include "calibration/fitchart.h"
 
 #include "chart/plot.h"
 #include "support/bench_on_the_bus.h"
+
+#include <QLabel>
 
 namespace quorvel::calibration {
 namespace {
@@ -107,6 +110,55 @@ TEST_F(Chart, IsEmptiedOfEverything)
     EXPECT_EQ(chart.accessibleDescription(), "");
     chart.add(fitted("X_Data", 1, 7));
     EXPECT_EQ(legend().size(), 2);
+}
+
+TEST_F(Chart, KeepsTheNumbersBelowInMm)
+{
+    auto& numbers = *test::child<QLabel>(chart, "Numbers");
+    EXPECT_TRUE(numbers.isHidden());
+    chart.add(fitted("Z1_Data", 1, 7));
+    chart.add(fitted("Z2_Data", -20, 2));
+    EXPECT_FALSE(numbers.isHidden());
+    EXPECT_EQ(numbers.text(),
+              "Z1_Data: Y=1.0091*X+(1.000), Nonlinear Error: 0.1477 mm, Max Error: 0.4364 mm, at point 7\n"
+              "Z2_Data: Y=0.9864*X+(-19.886), Nonlinear Error: 0.1438 mm, Max Error: 0.4136 mm, at point 2");
+    for (auto* rect : plot().axisRects()) {
+        for (auto* axis : {rect->axis(QCPAxis::atLeft), rect->axis(QCPAxis::atBottom)})
+            EXPECT_TRUE(axis->label().isEmpty() || axis->label().endsWith(" in mm"))
+                << qPrintable(axis->label());
+    }
+    chart.clear();
+    EXPECT_TRUE(numbers.isHidden());
+    EXPECT_EQ(numbers.text(), "");
+}
+
+TEST(ChartOfErrors, ShowsRunsThatHaveErrorsBetweenTheLimits)
+{
+    RunJudged found;
+    found.columns.resize(1);
+    for (std::size_t i = 0; i < kPoints; ++i) {
+        found.columns[0].points[i].dial = static_cast<double>(i);
+        found.columns[0].points[i].error = i == 4 ? -0.03 : 0.01;
+    }
+    found.columns[0].worst = 4;
+    RunJudged left;
+    left.kind = RunKind::Left;
+    left.columns.resize(1);
+    ErrorChart chart;
+    chart.show({found, left}, 0.02);
+    EXPECT_EQ(chart.count(), 1) << "nothing was taken as left";
+    auto& plot = *test::child<QCustomPlot>(chart, QString());
+    ASSERT_EQ(plot.graphCount(), 3) << "errors and two limits";
+    EXPECT_EQ(plot.graph(0)->name(), "As found");
+    EXPECT_EQ(plot.graph(0)->dataCount(), 11);
+    EXPECT_EQ(plot.graph(0)->dataMainValue(4), -0.03);
+    EXPECT_EQ(plot.graph(1)->dataMainValue(0), 0.02);
+    EXPECT_EQ(plot.graph(2)->dataMainValue(0), -0.02);
+    EXPECT_TRUE(plot.yAxis->range().contains(-0.03));
+    EXPECT_FALSE(chart.picture({400, 300}).isNull());
+    chart.show({}, 0.02);
+    EXPECT_EQ(chart.count(), 0);
+    EXPECT_EQ(plot.graphCount(), 0);
 }
 
 } // namespace
