@@ -17,7 +17,8 @@ Failure linesNotWritten(const fs::path& path, const std::error_code& error)
             ". Make room, or choose another folder or name."};
 }
 
-/// Whether the end of the last line is missing. Pipes and devices are not looked at: opening them may wait.
+} // namespace
+
 bool isCutOff(const fs::path& path)
 {
     std::error_code error;
@@ -27,8 +28,6 @@ bool isCutOff(const fs::path& path)
     const int last = file.get();
     return file.good() && last != '\n';
 }
-
-} // namespace
 
 Status LineFile::open(const fs::path& path)
 {

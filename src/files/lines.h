@@ -8,6 +8,10 @@
 
 namespace quorvel::files {
 
+/// Whether the end of the last line of a file is missing, as after a crash. Pipes and devices are not looked at: opening
+/// them may wait.
+bool isCutOff(const std::filesystem::path& path);
+
 /// A file to which whole lines are appended; several programs may do so at once.
 class LineFile {
 public:

@@ -17,6 +17,7 @@ TOOL = BINARIES / "quorvelctl-factory"
 COMMANDS = (
     ("ports", "ports"), ("search", "search"), ("search", "search --each 4-6"), ("diagnose", "diagnose"),
     ("read", "read"), ("read", "read --address 12 --type C"),
+    ("site-create", "site create FOLDER/dam.quorvel-site.json --yes"),
     ("watch", "watch --format ndjson --count 1 --every 1s"),
     ("site", "site create FOLDER/a.quorvel-site.json --yes"),
     ("offset", "offset X 1.5"), ("offset", "offset Y"), ("reference", "reference X"), ("reference", "reference Y 1"),

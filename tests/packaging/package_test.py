@@ -110,6 +110,12 @@ class Packages(unittest.TestCase):
         self.assertEqual(self.completed("quorvelctl-factory", "stitch"), {"stitching"})
         self.assertEqual(self.completed("quorvel", "--dem"), {"--demo"})
 
+    def test_the_service_is_there_and_not_enabled(self):
+        system = self.roots["quorvelctl"] / "usr/lib/systemd/system"
+        self.assertEqual([path.name for path in system.iterdir()], ["quorvel-watch@.service"])
+        self.assertIn("ExecStart=/usr/bin/quorvelctl ", (system / "quorvel-watch@.service").read_text())
+        self.assertTrue(os.path.lexists(self.roots["quorvelctl"] / "usr/bin/quorvelctl"))
+
     def test_the_desktop_entry_names_a_program_and_an_icon(self):
         usr = self.roots["quorvel"] / "usr"
         entry = dict(line.split("=", 1) for line in
