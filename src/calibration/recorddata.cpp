@@ -132,9 +132,9 @@ DownloadNote readDownload(Reader& reader, const QJsonObject& in)
 {
     DownloadNote note{reader.time(in, "at"),
                       reader.address(in, "address"),
-                      reader.text(in, "column").toStdString(),
+                      link::bytes(reader.text(in, "column")),
                       reader.flag(in, "zeros"),
-                      reader.text(in, "frame").toStdString(),
+                      link::bytes(reader.text(in, "frame")),
                       Verdict::Incomplete,
                       reader.number(in, "largestDifference")};
     const auto verdict = reader.text(in, "verdict");
