@@ -32,6 +32,11 @@ site::LineState lineOf(const line::Health& health, int address)
     return {readout.exchanges(), readout.endedAs(protocol::Verdict::Complete), readout.answerMs.mean()};
 }
 
+QString whoOf(const QString& user, const QString& program)
+{
+    return user.isEmpty() ? program : user + QStringLiteral(", ") + program;
+}
+
 files::Result<std::vector<site::ChangeMade>> changesSince(const Program& program, const QDateTime& since)
 {
     if (!program.journal) return files::Failure{"This run of the program keeps no journal."};
@@ -44,7 +49,7 @@ files::Result<std::vector<site::ChangeMade>> changesSince(const Program& program
         if (!time.isValid() || time < since) continue;
         changes.push_back({text("time"), line[QLatin1String("address")].toInt(), text("meaning"), text("old"),
                            text("outcome"), line[QLatin1String("confirmed")].toBool(),
-                           text("user") + QStringLiteral(", ") + text("program")});
+                           whoOf(text("user"), text("program"))});
     }
     return changes;
 }

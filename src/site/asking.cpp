@@ -15,6 +15,7 @@ namespace quorvel::site {
 namespace {
 
 constexpr double kMsInS = 1000;
+constexpr double kHalfSecond = 0.5; // what a clock of whole seconds is behind on average
 
 } // namespace
 
@@ -27,7 +28,7 @@ ClockTold askClock(link::Module1& module1, int address)
     if (!told) return {QStringLiteral("no date and time"), std::nullopt};
     // It tells the second in which the question reached it.
     const auto asked = exchange.begun.addMSecs(std::llround(exchange.lastOut.value_or(0) * kMsInS));
-    const auto seconds = std::round(static_cast<double>(asked.msecsTo(*told)) / kMsInS);
+    const auto seconds = std::round(static_cast<double>(asked.msecsTo(*told)) / kMsInS + kHalfSecond);
     if (seconds == 0) return {QStringLiteral("right"), 0.0};
     const auto size = link::shown(text::duration(std::abs(seconds)));
     return {(seconds < 0 ? u'-' : u'+') + size, seconds};

@@ -295,7 +295,7 @@ QString SiteModel::hint(int row, int column) const
 
 QString SiteModel::spoken(int row, int column) const
 {
-    const auto words = text(row, column);
+    auto words = text(row, column);
     if (words.isEmpty() || !sensorOfValue(column) || !held(row).failed) return words;
     return tr("%1, old").arg(words);
 }

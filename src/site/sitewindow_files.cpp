@@ -63,9 +63,10 @@ void SiteWindow::New_Click()
 void SiteWindow::NewFromSearch_Click()
 {
     const auto found = surroundings_.found ? surroundings_.found() : std::vector<int>();
-    if (found.empty())
+    if (found.empty()) {
         return tell(
             tr("The last search found nothing. Press \"Search CCD\" in the main window, then this again."));
+    }
     if (!module1_.port().PortOpen()) return say(kPortNotOpened);
     if (!mayLoseChanges(tr(kLoseAndGoOn))) return;
     setRunning(true);

@@ -234,9 +234,10 @@ void TrendPanel::saveCsv()
             reading.address = curve.address;
             reading.time = momentOf(point->time);
             for (const auto sensor : kSensors) {
-                if (!std::isnan(point->of(sensor)))
+                if (!std::isnan(point->of(sensor))) {
                     reading.received.at(placeOf(sensor)) =
                         fixed(point->of(sensor), point->decimals).toStdString();
+                }
             }
             const bool some = std::any_of(reading.received.begin(), reading.received.end(),
                                           [](const auto& value) { return value.has_value(); });

@@ -31,6 +31,13 @@ QString notKnown(const QString& why = {})
 /// A text, or that it is not known.
 QString known(const QString& text) { return text.isEmpty() ? notKnown() : escaped(text); }
 
+/// Words that stay in one line, up to a comma.
+QString unbroken(QString html)
+{
+    html.replace(u' ', QLatin1String("&nbsp;"));
+    return html.replace(QLatin1String(",&nbsp;"), QLatin1String(", "));
+}
+
 QString cell(const QString& html, const char* kind = "")
 {
     return QStringLiteral("<td class=\"%1\">%2</td>").arg(QLatin1String(kind), html);
@@ -77,11 +84,12 @@ QString valueOf(const Visited& visited, protocol::Sensor sensor)
     return received ? escaped(shown(*received)) : notKnown();
 }
 
-QString receivedAt(const Visited& visited)
+QString receivedAt(const Visited& visited, const QDate& day)
 {
     const auto& held = visited.held;
-    auto words =
-        held.time.isValid() ? escaped(held.time.toString(QStringLiteral("MM-dd HH:mm:ss"))) : notKnown();
+    const bool today = held.time.date() == day;
+    const auto form = today ? QStringLiteral("HH:mm:ss") : QStringLiteral("yyyy-MM-dd HH:mm:ss");
+    auto words = held.time.isValid() ? escaped(held.time.toString(form)) : notKnown();
     if (held.failed)
         words += QStringLiteral("<br><span class=\"bad\">last: %1</span>").arg(escaped(held.outcome));
     return words;
@@ -103,23 +111,12 @@ QString readings(const Visit& visit)
                 cell(escaped(readout.name)) + cell(shown(protocol::nameOf(readout.type)));
         for (const auto sensor : sensors)
             rows += cell(valueOf(visited, sensor), "number");
-        rows += cell(receivedAt(visited)) + cell(known(visited.limits), visited.passes ? "bad" : "") +
-                cell(known(visited.held.clock)) + cell(known(visited.line)) + QStringLiteral("</tr>");
+        rows += cell(receivedAt(visited, visit.at.date())) +
+                cell(unbroken(known(visited.limits)), visited.passes ? "bad" : "") +
+                cell(unbroken(known(visited.held.clock))) + cell(unbroken(known(visited.line))) +
+                QStringLiteral("</tr>");
     }
     return heading(QStringLiteral("Readings")) + grid(rows);
-}
-
-QString references(const Visit& visit)
-{
-    QStringList notes;
-    for (const auto& visited : visit.readouts) {
-        if (!visited.readout.reference.isEmpty())
-            notes << QStringLiteral("%1: %2")
-                         .arg(visited.readout.address)
-                         .arg(escaped(visited.readout.reference));
-    }
-    return notes.isEmpty() ? QString()
-                           : QStringLiteral("<p>References: %1.</p>").arg(notes.join(QStringLiteral("; ")));
 }
 
 /// The readouts by what they told for one setting, in the order in which they come.
@@ -135,6 +132,27 @@ QString wordsOf(const Groups& groups)
     return words.join(QStringLiteral("; "));
 }
 
+/// Adds a readout to those with this value.
+void addTo(Groups& groups, const QString& value, int address)
+{
+    auto group = std::find_if(groups.begin(), groups.end(),
+                              [&value](const auto& entry) { return entry.first == value; });
+    if (group == groups.end()) group = groups.insert(groups.end(), {value, {}});
+    group->second << QString::number(address);
+}
+
+QString references(const Visit& visit)
+{
+    Groups groups;
+    bool some = false;
+    for (const auto& visited : visit.readouts) {
+        const auto& note = visited.readout.reference;
+        some = some || !note.isEmpty();
+        addTo(groups, note.isEmpty() ? QStringLiteral("none") : escaped(note), visited.readout.address);
+    }
+    return some ? QStringLiteral("<p>References: %1.</p>").arg(wordsOf(groups)) : QString();
+}
+
 QString settingsTable(const Visit& visit)
 {
     std::vector<std::pair<QString, Groups>> titles;
@@ -144,11 +162,7 @@ QString settingsTable(const Visit& visit)
                                       [&setting](const auto& entry) { return entry.first == setting.title; });
             if (title == titles.end()) title = titles.insert(titles.end(), {setting.title, {}});
             const auto value = setting.value.isEmpty() ? notKnown(setting.why) : escaped(setting.value);
-            auto& groups = title->second;
-            auto group = std::find_if(groups.begin(), groups.end(),
-                                      [&value](const auto& entry) { return entry.first == value; });
-            if (group == groups.end()) group = groups.insert(groups.end(), {value, {}});
-            group->second << QString::number(visited.readout.address);
+            addTo(title->second, value, visited.readout.address);
         }
     }
     auto html = heading(QStringLiteral("Settings"));
