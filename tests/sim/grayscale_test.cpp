@@ -4,6 +4,8 @@
 #include "sim/text.h"
 #include "tests/sim/test_bus.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 #include <numeric>
 
