@@ -236,11 +236,9 @@ void addWatchCommand(CLI::App& app, Console& console)
     watching->add_flag("--wait", options->wait, "Wait for a port that cannot be opened at the start");
     watching->callback([&console, options] {
         // what the environment says gives way to what the command line says
-        if (!options->readouts.empty() && qgetenv(kSiteVariable) == options->site.c_str())
-            options->site.clear();
+        const bool named = !options->readouts.empty() || !console.options.address.empty();
+        if (named && qgetenv(kSiteVariable) == options->site.c_str()) options->site.clear();
         checkTogether(*options);
-        const bool named = options->isService() || !console.options.address.empty();
-        if (!named) options->site = qEnvironmentVariable("QUORVEL_SITE").toLocal8Bit().toStdString();
         Watching(console, *options).run();
     });
 }
