@@ -169,17 +169,19 @@ QString settingsTable(const Visit& visit)
     if (titles.empty())
         return html + QStringLiteral("<p>%1: the readouts were not asked.</p>").arg(notKnown());
     auto rows = headings({"Setting", "Readouts and what they told"});
-    for (const auto& [title, groups] : titles)
+    for (const auto& [title, groups] : titles) {
         rows +=
             QStringLiteral("<tr>") + cell(escaped(title)) + cell(wordsOf(groups)) + QStringLiteral("</tr>");
+    }
     html += grid(rows);
     QStringList unasked;
     for (const auto& visited : visit.readouts) {
         if (visited.settings.empty()) unasked << QString::number(visited.readout.address);
     }
-    if (!unasked.isEmpty())
+    if (!unasked.isEmpty()) {
         html += QStringLiteral("<p>Not asked, so %1: %2.</p>")
                     .arg(notKnown(), unasked.join(QStringLiteral(", ")));
+    }
     return html;
 }
 
