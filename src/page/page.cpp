@@ -99,9 +99,10 @@ public:
         font.setPointSizeF(kTextPoints);
         document_.setDefaultFont(font);
         document_.setDefaultStyleSheet(QLatin1String(kStyle));
-        for (const auto& picture : page.pictures)
+        for (const auto& picture : page.pictures) {
             document_.addResource(QTextDocument::ImageResource, QUrl(picture.name),
                                   smoothed(picture, smoothDpi));
+        }
         // what Qt takes a pixel for
         const auto* screen = QGuiApplication::primaryScreen();
         const double dpi = screen ? screen->logicalDotsPerInchY() : kBrowserDpi;
