@@ -176,9 +176,10 @@ void CalibrationRecord::keepDetails()
 void CalibrationRecord::Dial_Return()
 {
     const auto typed = numberIn(dial_);
-    if (!typed)
+    if (!typed) {
         return tell(
             tr("\"%1\" is not a dial reading: type a number with a decimal point.").arg(dial_.text()));
+    }
     if (address() == 0) return tell(tr("Nothing was measured: type the address of one readout, 1 to 249."));
     if (!module1_.port().PortOpen())
         return tell(tr("Nothing was measured: the port is closed. Open it in the main window."));
