@@ -71,9 +71,10 @@ void CalibrationRecord::showAll()
 void CalibrationRecord::showTable(const RunJudged& run)
 {
     QStringList captions{tr("Point"), tr("Dial")};
-    for (const auto& column : run.columns)
+    for (const auto& column : run.columns) {
         captions << link::shown(column.column) << tr("Takes") << tr("Spread") << tr("Hysteresis")
                  << (run.kind == RunKind::Measured ? tr("Residual") : tr("Error"));
+    }
     const int row = point();
     const QSignalBlocker quiet(table_);
     table_.setColumnCount(static_cast<int>(captions.size()));

@@ -84,9 +84,10 @@ QString tooLong(const ColumnJudged& column)
 {
     for (std::size_t i = 0; i < column.points.size(); ++i) {
         for (const auto& value : {column.points[i].dial, column.points[i].reading}) {
-            if (value && !protocol::fitsCalibrationField(*value))
+            if (value && !protocol::fitsCalibrationField(*value)) {
                 return QStringLiteral("point %1 has a value of 1000 or more, which no download can carry")
                     .arg(i);
+            }
         }
     }
     return {};
@@ -117,14 +118,16 @@ QString wrongCorrection(const RunJudged& run, const ColumnJudged& column, const 
         });
     };
     if (run.kind == RunKind::Measured) {
-        if (taken(true))
+        if (taken(true)) {
             return QStringLiteral(
                 "readings came back corrected by the table that the readout had; switch the "
                 "correction off and measure again");
-        if (!taken(false) && looksCorrected(column))
+        }
+        if (!taken(false) && looksCorrected(column)) {
             return QStringLiteral(
                 "all readings agree with the dial readings: the readout seems to have a table "
                 "already; switch the correction off and measure again");
+        }
     }
     if (run.kind == RunKind::Found && taken(false))
         return QStringLiteral("the correction was switched off when this was taken");

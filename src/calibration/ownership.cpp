@@ -94,9 +94,10 @@ QString ownershipText(const Ownership& ownership)
     }
     auto words = QStringLiteral("readout %1, %2.")
                      .arg(readouts.join(QStringLiteral(" and ")), spanText(ownership.first, ownership.last));
-    if (ownership.unknown > 0)
+    if (ownership.unknown > 0) {
         words +=
             QStringLiteral(" Of %1 more it is not known where they were measured.").arg(ownership.unknown);
+    }
     return words;
 }
 

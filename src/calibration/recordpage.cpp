@@ -138,9 +138,10 @@ QString verdictsOf(const RecordView& view, const std::array<RunJudged, std::size
                              escaped(link::shown(fitText(*column.fit))
                                          .replace(QLatin1String("\r\n"), QLatin1String(", "))));
         }
-        for (const auto& hint : run.hints)
+        for (const auto& hint : run.hints) {
             html +=
                 QStringLiteral("<p class=\"small\">%1: %2</p>").arg(QLatin1String(row.name), escaped(hint));
+        }
     }
     return html;
 }
