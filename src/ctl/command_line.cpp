@@ -3,6 +3,8 @@
 #include "link/bytes.h"
 #include "text/number.h"
 
+#include <QFileInfo>
+
 namespace quorvel::ctl {
 
 CLI::App* addCommand(CLI::App& parent, const std::string& name, const std::string& help,
@@ -23,6 +25,11 @@ void addYes(CLI::App& command, Console& console)
 void addForce(CLI::App& command, Console& console)
 {
     command.add_flag("--force", console.options.force, "Overwrite a file that exists");
+}
+
+std::filesystem::path pathOf(const std::string& file)
+{
+    return QFileInfo(QString::fromLocal8Bit(file.c_str())).filesystemFilePath();
 }
 
 void insertLength(QJsonObject& answer, const QString& name, const std::optional<std::string>& text)

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,9 @@ CLI::App* addCommand(CLI::App& parent, const std::string& name, const std::strin
 void addYes(CLI::App& command, Console& console);
 /// --force, for a command that writes a file (Console::mayMake).
 void addForce(CLI::App& command, Console& console);
+
+/// The path of a file that was named on the command line, whatever its letters.
+std::filesystem::path pathOf(const std::string& file);
 
 /// A length as received, in an answer: NAMEMm, a number, and NAMEText beside it; the number is null when the text is not
 /// one, both are without a text.

@@ -155,9 +155,9 @@ void Console::tell(const QString& words) const
     if (!options.quiet) say(words);
 }
 
-bool Console::agrees(const QString& question) const
+bool Console::agrees(const QString& question, Access ifYes) const
 {
-    if (options.yes || options.readOnly) return true;
+    if (options.yes || (options.readOnly && ifYes == Access::Writes)) return true;
     say(question + QStringLiteral(" [y/N]"));
     std::string answer;
     std::getline(std::cin, answer);

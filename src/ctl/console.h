@@ -81,8 +81,9 @@ public:
 
     /// A remark for the user, on stderr; not with --quiet.
     void tell(const QString& words) const;
-    /// Asks the user, unless --yes was given, or --read-only, which refuses what follows. Nobody who could answer is a no.
-    bool agrees(const QString& question) const;
+    /// Asks the user, unless --yes was given, or --read-only refuses what follows. Nobody who could answer is a no.
+    /// @param ifYes  what follows does to readouts.
+    bool agrees(const QString& question, Access ifYes = Access::Writes) const;
     /// Whether a file may be made under this name: there is none yet, or --force was given.
     /// @return false when not, which was reported; the command ends.
     bool mayMake(const QString& path);

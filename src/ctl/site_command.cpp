@@ -67,9 +67,10 @@ void createSite(Console& console, const NewSite& task)
         return console.fail(console.failureOfLine().value_or(Failure::Silent), protocol::kNothingFound);
     site->name = QString::fromLocal8Bit(task.name.c_str());
     if (!console.agrees(
-            QStringLiteral("Write %1 with these %2 readouts?").arg(file).arg(site->readouts.size())))
+            QStringLiteral("Write %1 with these %2 readouts?").arg(file).arg(site->readouts.size()),
+            Access::Reads))
         return console.fail(Failure::NeedsYes, QStringLiteral("No file was written. Add --yes to do it."));
-    const auto written = site::saveSite(task.file, *site);
+    const auto written = site::saveSite(pathOf(task.file), *site);
     if (!written) return console.fail(Failure::File, QString::fromStdString(written.error()));
     console.tell(
         QStringLiteral("%1 is written. Add names and limits, and correct types that are B or D.").arg(file));

@@ -4,8 +4,6 @@
 #include "files/name.h"
 #include "protocol/ring.h"
 
-#include <QFileInfo>
-
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -25,11 +23,6 @@ struct DownloadOptions {
 };
 
 QString sentence(const std::string& text) { return QString::fromStdString(text); }
-
-std::filesystem::path pathOf(const std::string& file)
-{
-    return QFileInfo(QString::fromLocal8Bit(file.c_str())).filesystemFilePath();
-}
 
 std::vector<std::filesystem::path> pathsOf(const std::vector<std::string>& names)
 {
@@ -106,8 +99,9 @@ void continueDownload(Console& console, const DownloadOptions& options, Visit& v
     if (!plan) return console.fail(console.failureOfLine().value_or(Failure::File), sentence(plan.error()));
     if (plan->isPossible()) console.tell(sentence(plan->words));
     if (plan->needsConsent() && plan->isPossible() &&
-        !console.agrees(QStringLiteral("Continue %1 all the same?")
-                            .arg(sentence(files::inWords(pathOf(options.file)))))) {
+        !console.agrees(
+            QStringLiteral("Continue %1 all the same?").arg(sentence(files::inWords(pathOf(options.file)))),
+            Access::Reads)) {
         return console.fail(Failure::Unsafe,
                             QStringLiteral("Nothing was fetched. Add --yes to continue all the same."));
     }

@@ -84,7 +84,7 @@ CLI::Validator readoutOption()
 std::optional<site::Site> siteOf(Console& console, const WatchOptions& options)
 {
     if (!options.site.empty()) {
-        auto site = site::loadSite(options.site);
+        auto site = site::loadSite(pathOf(options.site));
         if (site) return std::move(*site);
         console.fail(Failure::File, QString::fromStdString(site.error()));
         return std::nullopt;
@@ -158,7 +158,7 @@ private:
 
     void sweep(site::Site site, site::PortKeeper& keeper)
     {
-        site::WatchOutput::Target target{format(), options_.output, options_.daily,
+        site::WatchOutput::Target target{format(), pathOf(options_.output), options_.daily,
                                          [this](const QByteArray& lines) { console_.print(lines); }, nullptr};
         const bool brief = !options_.isService() && options_.format.empty() && options_.output.empty();
         if (brief && target.format == site::WatchFormat::Text) {
@@ -180,7 +180,7 @@ private:
     std::optional<site::Site> reload(site::PortKeeper& keeper)
     {
         if (!link::takeReloadRequest()) return std::nullopt;
-        auto site = site::loadSite(options_.site);
+        auto site = site::loadSite(pathOf(options_.site));
         if (!site) {
             console_.tell(QString::fromStdString(site.error()));
             console_.tell(

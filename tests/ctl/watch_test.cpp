@@ -161,6 +161,7 @@ TEST_F(QuorvelctlWatch, SiteCreateWritesWhatTheBusTells)
     const auto file = folder.filePath("new.quorvel-site.json");
     const QStringList create{"--port", bus.device(), "site", "create", file, "--name", "North dam"};
     EXPECT_EQ(run(create).status, 6) << "nobody has agreed";
+    EXPECT_EQ(run(create + QStringList{"--read-only"}).status, 6) << "that is no yes";
     EXPECT_FALSE(QFile::exists(file));
     const auto made = run(create + QStringList{"--yes", "--json"});
     EXPECT_EQ(made.status, 0) << qPrintable(made.err);
