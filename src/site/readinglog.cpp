@@ -13,17 +13,44 @@ std::filesystem::path ReadingLog::fileOf(const QDate& day) const
 
 files::Status ReadingLog::append(const QDate& day, const QByteArray& lines)
 {
-    const auto file = fileOf(day);
+    waiting_.push_back({day, lines});
+    while (!waiting_.empty()) {
+        if (auto written = write(waiting_.front()); !written) {
+            file_.close();
+            keepWithinLimit();
+            return written;
+        }
+        waiting_.pop_front();
+        // What the file has taken is not written twice, whatever becomes of it.
+        if (auto flushed = file_.flush(); !flushed) {
+            file_.close();
+            return flushed;
+        }
+    }
+    return {};
+}
+
+files::Status ReadingLog::write(const Lines& lines)
+{
+    const auto file = fileOf(lines.day);
     // Somebody may have moved the file away meanwhile: then a new one begins.
     const bool same = file_.isOpen() && file_.path() == file && file_.isStillThere();
     if (!same) {
         if (auto opened = file_.open(file); !opened) return opened;
     }
-    const auto text = !same && file_.wasEmpty() ? form_.header + lines : lines;
-    auto written = file_.append({text.constData(), static_cast<std::size_t>(text.size())});
-    if (written) written = file_.flush();
-    if (!written) file_.close();
-    return written;
+    const auto text = !same && file_.wasEmpty() ? form_.header + lines.text : lines.text;
+    return file_.append({text.constData(), static_cast<std::size_t>(text.size())});
+}
+
+void ReadingLog::keepWithinLimit()
+{
+    qsizetype size = 0;
+    for (const auto& lines : waiting_)
+        size += lines.text.size();
+    while (size > kMostWaiting) {
+        size -= waiting_.front().text.size();
+        waiting_.pop_front();
+    }
 }
 
 } // namespace quorvel::site

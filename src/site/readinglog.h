@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QDate>
 
+#include <deque>
 #include <filesystem>
 
 namespace quorvel::site {
@@ -21,17 +22,27 @@ public:
 
     ReadingLog(std::filesystem::path path, Form form) : path_(std::move(path)), form_(std::move(form)) {}
 
-    /// Appends lines of a day, which are on the disk afterwards. Fails with the reason, and tries to open the file again
-    /// at the next call.
+    /// Appends lines of a day, which are on the disk afterwards. Fails with the reason; the lines then wait, and are written
+    /// before the next ones as soon as the file takes them. Beyond kMostWaiting the oldest are lost.
     files::Status append(const QDate& day, const QByteArray& lines);
+    static constexpr qsizetype kMostWaiting = 4'000'000; ///< bytes
 
     /// The file of a day: the path itself, or for "site.csv" and daily files "site.2024-05-17.csv".
     std::filesystem::path fileOf(const QDate& day) const;
 
 private:
+    struct Lines {
+        QDate day;
+        QByteArray text;
+    };
+
+    files::Status write(const Lines& lines);
+    void keepWithinLimit();
+
     std::filesystem::path path_;
     Form form_;
     files::LineFile file_;
+    std::deque<Lines> waiting_;
 };
 
 } // namespace quorvel::site

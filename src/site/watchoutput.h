@@ -38,7 +38,7 @@ public:
     /// A reading of the sweep that is under way.
     void take(const Site& site, const Reading& reading);
     /// The sweep has ended. A Prometheus file is not written for one that was stopped.
-    /// @return fails when the file cannot be written; the readings of this sweep are not in it then.
+    /// @return fails when the file cannot be written; the lines of this sweep wait then (ReadingLog::append).
     files::Status end(const Site& site, const Sweep& sweep, const WatchCounts& counts, bool portOpen);
 
 private:

@@ -71,9 +71,31 @@ TEST_F(ReadingLogs, AFolderThatComesLaterIsTriedAgain)
     ReadingLog log(file("later/a.csv"), {"head\n", false});
     const auto failed = log.append(day, "1\n");
     EXPECT_THAT(failed ? "" : failed.error(), HasSubstr("a.csv could not be written: "));
+    EXPECT_FALSE(log.append(day, "2\n"));
     std::filesystem::create_directory(file("later"));
-    EXPECT_TRUE(log.append(day, "2\n"));
-    EXPECT_EQ(content("later/a.csv"), "head\n2\n");
+    EXPECT_TRUE(log.append(day, "3\n"));
+    EXPECT_EQ(content("later/a.csv"), "head\n1\n2\n3\n") << "nothing of the time before is lost";
+}
+
+TEST_F(ReadingLogs, LinesThatWaitGoToTheFileOfTheirDay)
+{
+    ReadingLog log(file("later/a.csv"), {"head\n", true});
+    EXPECT_FALSE(log.append(day, "1\n"));
+    std::filesystem::create_directory(file("later"));
+    EXPECT_TRUE(log.append(day.addDays(1), "2\n"));
+    EXPECT_EQ(content("later/a.2024-05-17.csv"), "head\n1\n");
+    EXPECT_EQ(content("later/a.2024-05-18.csv"), "head\n2\n");
+}
+
+TEST_F(ReadingLogs, OfWhatWaitsTheOldestIsLostFirst)
+{
+    ReadingLog log(file("later/a.csv"), {"head\n", false});
+    const QByteArray half(ReadingLog::kMostWaiting / 2 - 1, 'x');
+    for (const char* number : {"1", "2", "3"})
+        EXPECT_FALSE(log.append(day, number + half + '\n'));
+    std::filesystem::create_directory(file("later"));
+    EXPECT_TRUE(log.append(day, "4\n"));
+    EXPECT_EQ(content("later/a.csv"), "head\n3" + half + "\n4\n");
 }
 
 TEST_F(ReadingLogs, AFullDiskIsTold)
