@@ -168,7 +168,7 @@ void addVerdict(RunJudged& run, const RecordData& record)
 
 QString signedMm(double mm)
 {
-    const auto digits = plainMm(mm);
+    auto digits = plainMm(mm);
     if (digits == QLatin1String("0.0000")) return digits;
     return (mm < 0 ? u'-' : u'+') + digits;
 }

@@ -77,7 +77,7 @@ Ownership ownershipOf(const RecordData& record, const Records& table, const Dire
 QString spanText(const QDateTime& first, const QDateTime& last)
 {
     static const auto kWhole = QStringLiteral("yyyy-MM-dd HH:mm");
-    const auto begin = first.toString(kWhole);
+    auto begin = first.toString(kWhole);
     const auto end = last.toString(kWhole);
     if (begin == end) return begin;
     return begin + QStringLiteral(" to ") +

@@ -87,7 +87,7 @@ private:
     template<class Kind>
     QJsonValue accept(const QJsonObject& in, const char* key, const Kind& isKind)
     {
-        const auto value = in[QLatin1String(key)];
+        auto value = in[QLatin1String(key)];
         if (value.isUndefined() || value.isNull()) return QJsonValue::Undefined;
         if (isKind(value)) return value;
         fail(key);

@@ -55,8 +55,8 @@ files::Status RecordFile::change(const std::function<void(RecordData&)>& change,
     const bool unusable = !trouble_.empty();
     change(data_);
     const auto json = recordJson(data_, direction_);
-    const auto written = files::replaceContent(path_, QJsonDocument(json).toJson().toStdString(),
-                                               {.keepAs = unusable ? files::dateMark(now) : std::string()});
+    auto written = files::replaceContent(path_, QJsonDocument(json).toJson().toStdString(),
+                                         {.keepAs = unusable ? files::dateMark(now) : std::string()});
     if (!written) return written;
     trouble_.clear();
     data_.origin = json;

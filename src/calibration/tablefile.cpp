@@ -22,7 +22,7 @@ jet::Status TableFile::load()
 {
     DataControl control;
     control.setDatabaseName(path_);
-    const auto opened = files::isThere(path_) ? control.Refresh() : jet::Status();
+    auto opened = files::isThere(path_) ? control.Refresh() : jet::Status();
     keep(control);
     return opened;
 }

@@ -133,10 +133,11 @@ void readGrayscale(Console& console, const GrayscaleOptions& options)
     PixelArray array;
     std::vector<int> damaged;
     if (!console.checkReadout() || !mayWrite(console, options)) return;
-    if (!options.chart.empty() && drawer().isEmpty())
+    if (!options.chart.empty() && drawer().isEmpty()) {
         return console.fail(Failure::Failed,
                             QStringLiteral("Charts are drawn by the program quorvelctl-draw of the "
                                            "package quorvel. Install it, or take --data."));
+    }
     if (!console.openPort(Access::Reads) || !fetchPixels(console, row, array, damaged)) return;
     const auto data = fileName(options.data);
     const auto chart = fileName(options.chart);
