@@ -41,7 +41,7 @@ void fill(Trend& trend, int readings)
             const double noise = (i * 7919 % 97) * 1e-4;
             Reading reading;
             reading.address = readout;
-            reading.time = start.addSecs(i * kEachSeconds);
+            reading.time = start.addSecs(qint64{i} * kEachSeconds);
             reading.received = {inDigits(readout * 0.1 + std::sin(day * 6.28) + noise),
                                 inDigits(std::cos(day * 6.28) + noise), std::nullopt, std::nullopt};
             reading.outcome = "complete";

@@ -27,7 +27,11 @@ private:
     std::filesystem::path path_;
 };
 
-bool isSame(double one, double other) { return one == other || (std::isnan(one) && std::isnan(other)); }
+/// Of a number with more digits than it can hold the last one may differ.
+bool isSame(double one, double other)
+{
+    return std::fabs(one - other) < 1e-9 || (std::isnan(one) && std::isnan(other));
+}
 
 void holdReading(const PixelReading& reading, const QString& copy)
 {
