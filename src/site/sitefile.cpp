@@ -274,6 +274,20 @@ files::Failure notJson(const QByteArray& json, const QJsonParseError& error, con
                 .toStdString()};
 }
 
+/// Qt takes a byte-order mark at the beginning of a text away when it reads one: a saved key would become another one.
+void refuseMarks(const QByteArray& json, Reader& reader)
+{
+    const auto lower = json.toLower();
+    for (const auto& mark : {QByteArrayLiteral("\"\xEF\xBB\xBF"), QByteArrayLiteral("\"\\ufeff")}) {
+        const auto at = lower.indexOf(mark);
+        if (at < 0) continue;
+        reader.wrong(
+            static_cast<int>(json.left(at).count('\n')) + 1,
+            QStringLiteral("a text begins with a byte-order mark (U+FEFF), which cannot be seen. Type "
+                           "the text anew."));
+    }
+}
+
 } // namespace
 
 QString keyOf(Sensor sensor) { return link::shown(protocol::nameOf(sensor)).toLower(); }
@@ -299,6 +313,7 @@ files::Result<Site> parseSite(const QByteArray& json, const QString& fileName)
     if (error.error != QJsonParseError::NoError) return notJson(json, error, fileName);
     Reader reader(json, fileName);
     reader.checkRepeated();
+    refuseMarks(json, reader);
     if (!document.isObject())
         reader.wrong(1, QStringLiteral("a site file must be one object in braces, { ... }."));
     auto site = document.isObject() ? reader.site(document.object()) : Site();

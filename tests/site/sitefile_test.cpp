@@ -159,6 +159,20 @@ TEST(SiteFile, EverythingThatIsWrongIsNamedAtOnce)
     EXPECT_EQ(reasons.count('\n') + 1, kMostReasons);
 }
 
+TEST(SiteFile, AByteOrderMarkThatNobodySeesIsRefused)
+{
+    const QByteArray kept = "{\"name\": \"a\xEF\xBB\xBF\", \"readouts\": []}";
+    EXPECT_TRUE(parseSite("\xEF\xBB\xBF" + kept, "dam"))
+        << "at the beginning of the file it says what the file is";
+    for (const char* mark : {"\xEF\xBB\xBF", "\\ufeff", "\\uFEFF"}) {
+        const auto site = parseSite(QByteArray("{\n\"") + mark + "name\": \"a\", \"readouts\": []}", "dam");
+        EXPECT_EQ(
+            site ? "" : site.error(),
+            "dam, line 2: a text begins with a byte-order mark (U+FEFF), which cannot be seen. Type the "
+            "text anew.");
+    }
+}
+
 TEST(SiteFile, AKeyThatIsThereTwiceIsNamed)
 {
     EXPECT_EQ(
