@@ -59,7 +59,7 @@ public:
     void checkRepeated()
     {
         for (const auto& repeated : lines_.repeated())
-            wrong(repeated.line, QStringLiteral("\"%1\" is there twice.").arg(repeated.key));
+            wrong(repeated.line, QStringLiteral("%1 is there twice.").arg(inSentence(repeated.key)));
     }
 
 private:

@@ -178,6 +178,9 @@ TEST(SiteFile, AKeyThatIsThereTwiceIsNamed)
     EXPECT_EQ(
         reasonFor(withReadout("\"address\": 5, \"type\": \"A\",\n\"name\": \"a\",\n\"na\\u006de\": \"b\"")),
         "dam.quorvel-site.json, line 6: \"name\" is there twice.");
+    EXPECT_EQ(reasonFor("{\"a\\nb\": 1, \"a\\nb\": 2, \"readouts\": []}"),
+              "dam.quorvel-site.json, line 1: \"a\\nb\" is there twice.")
+        << "a reason is one line";
 }
 
 TEST(SiteFile, WhatIsNotJsonIsNamedWithItsLine)
