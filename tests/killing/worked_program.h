@@ -39,7 +39,10 @@ public:
     /// Begins to download the stored records, as soon as the window has asked for the interval.
     void download(const QString& file)
     {
-        work({"trigger AutomaticReading", "insist Command2", "choose " + file});
+        work({"trigger AutomaticReading"});
+        // the main window has a button of that name, too
+        EXPECT_TRUE(shows("Label1: Interval")) << qPrintable(shown());
+        work({"insist Command2", "choose " + file});
         EXPECT_TRUE(shows("did choose")) << qPrintable(shown());
     }
     /// Has these things done, one after the other.
