@@ -3,7 +3,6 @@
 #include "link/address.h"
 #include "link/bytes.h"
 #include "site/sitewindow.h"
-#include "text/number.h"
 
 #include <QJsonObject>
 
@@ -17,9 +16,9 @@ std::vector<int> addressesOf(const std::vector<std::string>& found)
 {
     std::vector<int> addresses;
     for (const auto& text : found) {
-        const int address = text::integerOf(text);
+        const int address = link::addressIn(text);
         const bool isNew = std::find(addresses.begin(), addresses.end(), address) == addresses.end();
-        if (link::isAddress(address) && isNew) addresses.push_back(address);
+        if (address > 0 && isNew) addresses.push_back(address);
     }
     return addresses;
 }

@@ -4,6 +4,7 @@
 #include "files/name.h"
 #include "link/bytes.h"
 #include "main/inputfilter.h"
+#include "main/progress.h"
 #include "text/duration.h"
 #include "ui_storedreadings.h"
 
@@ -87,9 +88,7 @@ void StoredReadings::setRunning(bool running)
     if (running) {
         ui_->Stop->setFocus();
     } else {
-        ui_->Progress->setMaximum(1);
-        ui_->Progress->setValue(0);
-        ui_->Progress->setFormat(QString());
+        emptyBar(*ui_->Progress);
     }
 }
 

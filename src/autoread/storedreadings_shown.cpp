@@ -6,7 +6,7 @@
 #include "files/replace.h"
 #include "link/address.h"
 #include "link/bytes.h"
-#include "text/number.h"
+#include "main/addresshint.h"
 #include "ui_storedreadings.h"
 
 #include <QJsonDocument>
@@ -75,16 +75,9 @@ void StoredReadings::addressTyped()
     refreshControls();
 }
 
-int StoredReadings::address() const
-{
-    const int number = text::integerOf(link::bytes(ui_->Address->text()));
-    return link::isAddress(number) ? number : 0;
-}
+int StoredReadings::address() const { return link::addressIn(link::bytes(ui_->Address->text())); }
 
-QString StoredReadings::warning() const
-{
-    return address() > 0 ? QString() : tr("Type the address of one readout, 1 to 249.");
-}
+QString StoredReadings::warning() const { return oneReadoutHint(ui_->Address->text()); }
 
 QString StoredReadings::standing() const
 {

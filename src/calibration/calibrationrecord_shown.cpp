@@ -32,11 +32,7 @@ RunKind CalibrationRecord::runKind() const { return static_cast<RunKind>(std::ma
 
 int CalibrationRecord::point() const { return std::max(0, table_.currentRow()); }
 
-int CalibrationRecord::address() const
-{
-    const int number = text::integerOf(link::bytes(address_.text()));
-    return link::isAddress(number) ? number : 0;
-}
+int CalibrationRecord::address() const { return link::addressIn(link::bytes(address_.text())); }
 
 void CalibrationRecord::openDirection()
 {

@@ -6,7 +6,6 @@
 #include "files/name.h"
 #include "link/address.h"
 #include "link/bytes.h"
-#include "text/number.h"
 
 namespace quorvel::calibration {
 
@@ -24,11 +23,7 @@ QString Celebration1::ofAnotherReadout() const
     return whyNotTheirs(ownershipOf(record_->data(), Data1, *direction_), address());
 }
 
-int Celebration1::address() const
-{
-    const int number = text::integerOf(link::bytes(addressText()));
-    return link::isAddress(number) ? number : 0;
-}
+int Celebration1::address() const { return link::addressIn(link::bytes(addressText())); }
 
 /// The record is told when all that belongs to the point is in the file. When it cannot be written, the readings are of
 /// unknown origin, and that is all.

@@ -103,11 +103,6 @@ void ErrorChart::show(const std::vector<RunJudged>& runs, const std::optional<do
     plot_->replot();
 }
 
-QImage ErrorChart::picture(const QSize& size)
-{
-    plot_->resize(size);
-    plot_->replot(); // parts of one width find it in the second pass
-    return chart::picture(*plot_);
-}
+QImage ErrorChart::picture(const QSize& size) { return chart::picture(*plot_, size); }
 
 } // namespace quorvel::calibration

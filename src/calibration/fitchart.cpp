@@ -170,11 +170,6 @@ void FitChart::addNumbers(const FittedReading& fitted)
     numbers_->show();
 }
 
-QImage FitChart::picture(const QSize& size)
-{
-    plot_->resize(size);
-    plot_->replot(); // parts of one width find it in the second pass
-    return chart::picture(*plot_);
-}
+QImage FitChart::picture(const QSize& size) { return chart::picture(*plot_, size); }
 
 } // namespace quorvel::calibration

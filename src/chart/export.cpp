@@ -147,6 +147,13 @@ QString lineOf(const About& about)
 
 QImage picture(Chart& chart, const About& about) { return Exported(chart, about).image(); }
 
+QImage picture(Chart& chart, const QSize& size)
+{
+    chart.resize(size);
+    chart.replot(); // parts of one width find it in the second pass
+    return picture(chart);
+}
+
 QStringList forms()
 {
     QStringList all{QStringLiteral("png"), QStringLiteral("jpg"), QStringLiteral("pdf")};

@@ -27,6 +27,8 @@ inline constexpr int kPictureWidth = 1600;
 
 /// The chart as it is shown, in the colours of paper.
 QImage picture(Chart& chart, const About& about = {});
+/// The chart in this size, which it then keeps.
+QImage picture(Chart& chart, const QSize& size);
 
 /// The forms that save() knows, by the end of a name, without its dot: "png", "jpg", "pdf" and, where Qt's library for it was
 /// there when the program was built, "svg".

@@ -4,8 +4,9 @@
 #include "grayscale/readingfile.h"
 #include "link/address.h"
 #include "link/bytes.h"
+#include "main/addresshint.h"
 #include "main/inputfilter.h"
-#include "text/number.h"
+#include "main/progress.h"
 #include "ui_pixels.h"
 
 #include <QScopeGuard>
@@ -98,16 +99,9 @@ void Pixels::connectControls()
     enterPresses(ui_->Readings, ui_->Read);
 }
 
-int Pixels::address() const
-{
-    const int number = text::integerOf(link::bytes(ui_->Address->text()));
-    return link::isAddress(number) ? number : 0;
-}
+int Pixels::address() const { return link::addressIn(link::bytes(ui_->Address->text())); }
 
-QString Pixels::warning() const
-{
-    return address() > 0 ? QString() : tr("Type the address of one readout, 1 to 249.");
-}
+QString Pixels::warning() const { return oneReadoutHint(ui_->Address->text()); }
 
 QString Pixels::standing() const
 {
@@ -158,9 +152,7 @@ void Pixels::setRunning(bool running)
     if (running) {
         ui_->Stop->setFocus();
     } else {
-        ui_->Progress->setMaximum(1);
-        ui_->Progress->setValue(0);
-        ui_->Progress->setFormat(QString());
+        emptyBar(*ui_->Progress);
     }
 }
 

@@ -155,8 +155,7 @@ void describe(PixelReading& reading, const std::map<QString, QString>& head)
     };
     if (const auto type = protocol::typeNamed(value("type").toStdString())) reading.type = *type;
     if (protocol::findGrayscale(value("direction").toStdString())) reading.direction = value("direction");
-    const int address = text::integerOf(link::bytes(value("address")));
-    reading.address = link::isAddress(address) ? address : 0;
+    reading.address = link::addressIn(link::bytes(value("address")));
     reading.at = QDateTime::fromString(value("time"), Qt::ISODate);
 }
 

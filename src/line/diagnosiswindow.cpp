@@ -3,7 +3,6 @@
 #include "line/diagnosis.h"
 #include "link/address.h"
 #include "link/bytes.h"
-#include "text/number.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -92,8 +91,7 @@ DiagnosisTask DiagnosisWindow::task() const
     const int index = ports_.indexOf(port.deviceName());
     task.port = index >= 0 ? ports_.entries()[static_cast<std::size_t>(index)].text : port.deviceName();
     task.whyClosed = port.PortOpen() ? QString() : port.lostReason();
-    const int number = text::integerOf(link::bytes(address_.text()));
-    if (link::isAddress(number)) {
+    if (const int number = link::addressIn(link::bytes(address_.text())); number > 0) {
         task.address = number;
     } else {
         task.notAnAddress = address_.text();

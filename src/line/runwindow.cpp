@@ -2,6 +2,7 @@
 
 #include "link/bytes.h"
 #include "main/inputfilter.h"
+#include "main/progress.h"
 #include "text/duration.h"
 
 #include <QHBoxLayout>
@@ -39,8 +40,7 @@ RunWindow::RunWindow(const Workplace& workplace, const QString& name, const QStr
     connect(&stop_, &QPushButton::clicked, this, [this] { stopAsked_ = true; });
     progress_.setObjectName(nameOf("Progress"));
     progress_.setAccessibleName(tr("Progress"));
-    progress_.setValue(0);
-    progress_.setFormat(QString());
+    emptyBar(progress_);
     tick_.setInterval(kTick);
     connect(&tick_, &QTimer::timeout, this, &RunWindow::tick);
 }

@@ -13,6 +13,12 @@ std::string inTwoDigits(const std::string& digits) { return digits.size() == 1 ?
 
 } // namespace
 
+int addressIn(std::string_view text)
+{
+    const int number = text::integerOf(text);
+    return isAddress(number) ? number : 0;
+}
+
 std::string DecToHex(std::string_view text)
 {
     auto rest = static_cast<std::uint16_t>(text::integerOf(text));

@@ -13,6 +13,9 @@ inline constexpr int kHighestAddress = 249;
 /// True for the addresses that a readout can have.
 constexpr bool isAddress(int number) { return number >= kLowestAddress && number <= kHighestAddress; }
 
+/// The address that `text` begins with, decimal; 0 when that is none that a readout can have.
+int addressIn(std::string_view text);
+
 /// The number that `text` begins with, rounded to 16 bits, as hexadecimal digits: upper case, no leading zero,
 /// the last two only when there are more, so "256" gives "00". A negative number is written in 16-bit two's
 /// complement first, so "-1" gives "FF".

@@ -19,7 +19,7 @@ QString tr(const char* text) { return QCoreApplication::translate("AddressHint",
 QString addressHint(const QString& text)
 {
     const auto typed = link::bytes(text);
-    if (link::isAddress(text::integerOf(typed))) return {};
+    if (link::addressIn(typed) > 0) return {};
     if (text.isEmpty())
         return tr("The address box is empty: no readout will answer. Addresses are 1 to 249.");
     const int reached = text::integerOf(link::HexToDec(link::AddressToHex(typed)));
@@ -31,6 +31,12 @@ QString addressHint(const QString& text)
     if (link::isAddress(reached))
         return tr("\"%1\" is sent as the address %2. Addresses are 1 to 249.").arg(text).arg(reached);
     return tr("No readout has the address \"%1\". Addresses are 1 to 249.").arg(text);
+}
+
+QString oneReadoutHint(const QString& text)
+{
+    return link::addressIn(link::bytes(text)) > 0 ? QString()
+                                                  : tr("Type the address of one readout, 1 to 249.");
 }
 
 } // namespace quorvel

@@ -9,4 +9,7 @@ namespace quorvel {
 /// @return empty for a text that begins with a number from 1 to 249.
 QString addressHint(const QString& text);
 
+/// The same for a window that sends nothing before its box names one readout.
+QString oneReadoutHint(const QString& text);
+
 } // namespace quorvel

@@ -1,6 +1,7 @@
 // How the window "Site" is laid out.
 
 #include "link/address.h"
+#include "main/progress.h"
 #include "site/sitewindow.h"
 #include "site/typedelegate.h"
 
@@ -77,8 +78,7 @@ void SiteWindow::layOut()
     connect(&trendPanel_, &TrendPanel::told, this, &SiteWindow::tell);
     progress_.setObjectName(QStringLiteral("SiteProgress"));
     progress_.setAccessibleName(tr("Progress"));
-    progress_.setFormat(QString());
-    progress_.setValue(0);
+    emptyBar(progress_);
     rows->addWidget(&progress_);
     addStatusLine();
     resize(kStartSize);

@@ -2,6 +2,7 @@
 
 #include "files/name.h"
 #include "link/bytes.h"
+#include "main/progress.h"
 #include "site/asking.h"
 #include "site/readinglines.h"
 #include "site/sitewindow.h"
@@ -65,11 +66,7 @@ void SiteWindow::setRunning(bool running)
     running_ = running;
     stopAsked_ = false;
     refreshControls();
-    if (!running) {
-        progress_.setMaximum(1);
-        progress_.setValue(0);
-        progress_.setFormat(QString());
-    }
+    if (!running) emptyBar(progress_);
 }
 
 void SiteWindow::refreshControls()

@@ -31,6 +31,25 @@ TEST(Address, IsTwoUpperCaseHexadecimalDigits)
     EXPECT_EQ(AddressToHex(249), "F9");
 }
 
+TEST(Address, InATextIsOneThatAReadoutCanHaveOrNone)
+{
+    struct Typed {
+        const char* text;
+        int expected;
+    };
+    for (const auto& [text, expected] : {Typed{"5", 5},
+                                         {" 12 ", 12},
+                                         {"249", 249},
+                                         {"250", 0},
+                                         {"0", 0},
+                                         {"-5", 0},
+                                         {"", 0},
+                                         {"abc", 0},
+                                         {"99999", 0}}) {
+        EXPECT_EQ(addressIn(text), expected) << text;
+    }
+}
+
 TEST(Address, DecToHexHasNoLeadingZeroAndAtMostTwoDigits)
 {
     for (const auto& [text, expected] :
