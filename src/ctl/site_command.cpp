@@ -45,9 +45,10 @@ std::optional<site::Site> searched(Console& console)
     for (const auto& address :
          protocol::foundAddresses(console.module1().transact(protocol::search()).reply)) {
         if (console.endRequested()) return std::nullopt;
-        const int number = text::integerOf(address);
-        if (!link::isAddress(number) || site.readoutAt(number)) continue;
+        const int number = link::addressIn(address);
+        if (number == 0 || site.readoutAt(number)) continue;
         const auto& readout = site.readouts.emplace_back(readoutAt(console, address));
+        if (!console.module1().port().PortOpen()) return std::nullopt; // its silence tells no type
         const auto type = link::shown(protocol::nameOf(readout.type));
         console.answer(QStringLiteral("%1  type %2%3")
                            .arg(number, 3)
@@ -62,7 +63,10 @@ void createSite(Console& console, const NewSite& task)
     const auto file = QString::fromLocal8Bit(task.file.c_str());
     if (!console.mayMake(file) || !console.openPort(Access::Reads)) return;
     auto site = searched(console);
-    if (!site) return console.fail(Failure::Ended, QStringLiteral("No file was written."));
+    if (!site) {
+        return console.fail(console.endRequested() ? Failure::Ended : Failure::PortLost,
+                            QStringLiteral("No file was written."));
+    }
     if (site->readouts.empty())
         return console.fail(console.failureOfLine().value_or(Failure::Silent), protocol::kNothingFound);
     site->name = QString::fromLocal8Bit(task.name.c_str());

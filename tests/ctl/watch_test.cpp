@@ -156,6 +156,17 @@ TEST_F(QuorvelctlWatch, ReadsTheSiteAnewOnSighup)
     EXPECT_EQ(ended(), 143);
 }
 
+TEST_F(QuorvelctlWatch, SiteCreateWritesNothingWhenThePortIsLost)
+{
+    const auto file = folder.filePath("new.quorvel-site.json");
+    bus.fault("hangup@2102");
+    const auto made = run({"--port", bus.device(), "site", "create", file, "--yes"});
+    EXPECT_EQ(made.status, 3);
+    EXPECT_FALSE(made.out.contains("12")) << "what type it has is not known: " << qPrintable(made.out);
+    EXPECT_TRUE(made.err.endsWith("No file was written.\n")) << qPrintable(made.err);
+    EXPECT_FALSE(QFile::exists(file));
+}
+
 TEST_F(QuorvelctlWatch, SiteCreateWritesWhatTheBusTells)
 {
     const auto file = folder.filePath("new.quorvel-site.json");

@@ -91,6 +91,19 @@ TEST_F(Watches, KeepTheirMomentsWhileThePortIsLost)
         EXPECT_THAT(lines[lost].toStdString(), ::testing::EndsWith(",,,,,port lost"));
 }
 
+TEST_F(Watches, KeepWhatCameBeforeThePortWasLostInMidSweep)
+{
+    // the sweep begins at 09:05:40; a second later it waits for the readout that does not answer
+    bus.clock.plan(11, [this] { bus.device->vanish(); });
+    site.readouts.push_back(site.readouts[0]);
+    site.readouts[2].address = 6;
+    run({}, 10, 1);
+    EXPECT_THAT(printed.toStdString(), HasSubstr("   5  X: +1.50000  Y: -0.25000\n"));
+    EXPECT_THAT(printed.toStdString(), HasSubstr("  77  port lost\n"));
+    EXPECT_THAT(printed.toStdString(), HasSubstr("   6  port lost\n"));
+    EXPECT_EQ(bus.frames.size(), 2U) << "nothing is sent any more";
+}
+
 TEST_F(Watches, EndBetweenTwoReadouts)
 {
     bus.answer = [this](const std::string&) {
