@@ -10,7 +10,7 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests/accessibility"))
-from desk import (ESCAPE_KEY, SPACE_KEY, Atspi, Program, click, descendants, has_state, one_in, press, row,  # noqa: E402
+from desk import (ESCAPE_KEY, SPACE_KEY, Atspi, OwnFolder, Program, click, descendants, has_state, one_in, press, row,  # noqa: E402
                   strike, type_into, type_keys, until)
 
 BINARIES, FOLDER, *WANTED = sys.argv[1:]
@@ -317,10 +317,86 @@ def calibration_record():
     program.close()
 
 
+class Terminal:
+    """A terminal in the folder of the pictures, before a simulated bus that its commands find by themselves."""
+
+    SIZE = "100x24"
+
+    def __init__(self, bus):
+        self.folder = OwnFolder(PROGRAM_FOLDER)
+        self.prompts = os.path.join(self.folder.name, ".prompts")
+        self.bus = subprocess.Popen([os.path.join(BINARIES, "quorvel-sim"), *bus], stdin=subprocess.PIPE,
+                                    stdout=subprocess.PIPE, text=True)
+        settings = {"PATH": os.path.abspath(BINARIES) + os.pathsep + os.environ["PATH"], "PS1": "$ ",
+                    "PROMPT_COMMAND": f"echo >>{self.prompts}", "XDG_DATA_HOME": self.folder.name,
+                    "QUORVEL_PORT": self.bus.stdout.readline().strip()}
+        self.process = subprocess.Popen(
+            ["xterm", "-fa", "DejaVu Sans Mono", "-fs", "11", "-geometry", self.SIZE, "-bg", "white", "-fg", "black",
+             "+sb", "-b", "8", "-T", "Terminal", "-e", "bash", "--noprofile", "--norc"],
+            cwd=self.folder.name, env={**os.environ, **settings})
+        until(self.prompted, "the first prompt")
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Terminal$"], check=True,
+                               capture_output=True, text=True)
+        self.window = found.stdout.split()[-1]
+        subprocess.run(["xdotool", "windowfocus", "--sync", self.window], check=True)
+
+    def prompted(self):
+        if not os.path.exists(self.prompts):
+            return 0
+        with open(self.prompts, encoding="utf-8") as prompts:
+            return len(prompts.readlines())
+
+    def run(self, command):
+        before = self.prompted()
+        subprocess.run(["xdotool", "type", "--delay", "20", command], check=True)
+        subprocess.run(["xdotool", "key", "Return"], check=True)
+        until(lambda: self.prompted() > before, "the end of " + command, patience=60)
+
+    def tell_bus(self, line):
+        self.bus.stdin.write(line + "\n")
+        self.bus.stdin.flush()
+        self.bus.stdout.readline()
+
+    def take(self, name):
+        """Saves what the terminal shows, without the rows that are still empty."""
+        time.sleep(REPAINT)
+        file = os.path.join(FOLDER, name + ".png")
+        subprocess.run(["import", "-window", self.window, file], check=True)
+        subprocess.run(["mogrify", "-strip", "-trim", "-bordercolor", "white", "-border", "10", "+repage", file], check=True)
+        self.process.terminate()
+        self.process.wait()
+        self.bus.stdin.close()
+        self.bus.wait()
+        self.folder.cleanup()
+
+
+def quorvelctl():
+    terminal = Terminal(BUS)
+    for command in ("quorvelctl search", "quorvelctl read --address 33 --type C", "quorvelctl offset X --address 33",
+                    "quorvelctl offset X 1.5 --address 33", "quorvelctl offset X --address 33 --json",
+                    "quorvelctl read --address 77", "echo $?"):
+        terminal.run(command)
+    terminal.take("quorvelctl")
+
+
+def watch():
+    terminal = Terminal(BUS)
+    readouts = [{"address": 5, "type": "A", "name": "Block 5, crest"}, {"address": 12, "type": "B", "name": "Block 7, crest"},
+                {"address": 33, "type": "C", "name": "Block 7, foot", "limitsMm": {"x": {"low": 10, "high": 28}}}]
+    with open(os.path.join(terminal.folder.name, "north.quorvel-site.json"), "w", encoding="utf-8") as out:
+        json.dump({"name": "North dam", "readouts": readouts}, out)
+    terminal.tell_bus("fault silent@12/*")
+    site = "quorvelctl watch --site north.quorvel-site.json"
+    for command in (site + " --every 2s --count 3", site + " --count 1 --format prometheus --output north.prom",
+                    "grep -E '^quorvel_(position|readout_up)' north.prom"):
+        terminal.run(command)
+    terminal.take("watch")
+
+
 SCENES = {"main-window": main_window, "traffic": traffic, "line-health": line_health, "journal": journal,
           "diagnosis": diagnosis, "finder": finder, "site": site,
           "offset-setting": offset_setting, "settings": settings, "automatic-readings": automatic_readings,
           "stored-readings": stored_readings, "grayscale": grayscale, "pixels": pixels, "calibration": calibration,
-          "calibration-record": calibration_record}
+          "calibration-record": calibration_record, "quorvelctl": quorvelctl, "watch": watch}
 for scene in WANTED or SCENES:
     SCENES[scene]()

@@ -339,7 +339,6 @@ void CalibrationRecord::showLive(double first)
                   (steady   ? tr("steady")
                    : enough ? tr("moves by %1 mm").arg(plainMm(high - low))
                             : QStringLiteral("...")));
-    live_.setAccessibleName(tr("Live value %1").arg(live_.text()));
 }
 
 } // namespace quorvel::calibration

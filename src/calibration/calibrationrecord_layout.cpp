@@ -124,6 +124,7 @@ void CalibrationRecord::addTaking(QHBoxLayout& row)
     liveOn_.setToolTip(tr("Asks the readout again and again while this window is in use"));
     row.addWidget(&liveOn_);
     live_.setObjectName(QStringLiteral("Live"));
+    live_.setAccessibleDescription(tr("Live value"));
     live_.setMinimumWidth(kLiveWidth);
     auto large = live_.font();
     large.setPointSizeF(large.pointSizeF() * kLiveSize);

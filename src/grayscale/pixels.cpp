@@ -212,7 +212,8 @@ bool Pixels::readOnce(const GrayscaleRow& row, PixelAverage& average, QDateTime&
     progressTimer.start(kProgressEvery);
     const auto exchange = perform(grayscaleQuery(row, addressDigits()));
     progressTimer.stop();
-    if (exchange.complete()) clearStatus(); // what was said of the progress
+    // What was said of the progress goes; that the port was lost was said by the port.
+    if (exchange.outcome != link::Outcome::PortLost) clearStatus();
     if (!take(row, exchange, average)) return false;
     begun = exchange.begun;
     return true;

@@ -271,12 +271,23 @@ QVariant SiteModel::colour(int row, int column) const
     return {};
 }
 
+/// Whether a cell shows values that are older than the latest sweep, or what follows from them.
+bool SiteModel::isOld(int row, int column) const
+{
+    if (!held(row).failed) return false;
+    const auto& limits = readout(row).limits;
+    const bool judged =
+        column == LimitColumn &&
+        std::any_of(limits.begin(), limits.end(), [](const Limit& limit) { return limit.isSet(); });
+    return judged || column == AgeColumn || sensorOfValue(column).has_value();
+}
+
 QVariant SiteModel::look(int row, int column) const
 {
     QFont font;
     const auto sensor = sensorOfValue(column);
     const auto value = sensor ? mm(row, *sensor) : std::nullopt;
-    font.setItalic((sensor || column == AgeColumn) && held(row).failed);
+    font.setItalic(isOld(row, column));
     font.setBold((value && readout(row).limit(*sensor).isPassedBy(*value)) ||
                  (column == LimitColumn && passesLimit(row)));
     return font.italic() || font.bold() ? QVariant(font) : QVariant();
@@ -296,8 +307,7 @@ QString SiteModel::hint(int row, int column) const
 QString SiteModel::spoken(int row, int column) const
 {
     auto words = text(row, column);
-    if (words.isEmpty() || !sensorOfValue(column) || !held(row).failed) return words;
-    return tr("%1, old").arg(words);
+    return words.isEmpty() || column == AgeColumn || !isOld(row, column) ? words : tr("%1, old").arg(words);
 }
 
 } // namespace quorvel::site

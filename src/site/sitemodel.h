@@ -103,6 +103,7 @@ private:
     QVariant sortKey(int row, int column) const;
     QVariant colour(int row, int column) const;
     QVariant look(int row, int column) const;
+    bool isOld(int row, int column) const;
     QString hint(int row, int column) const;
     QString spoken(int row, int column) const;
     QString changeText(int row, bool sinceZero) const;

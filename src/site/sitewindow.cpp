@@ -58,7 +58,8 @@ QString SiteWindow::standing() const
                   "file, \"Add "
                   "Readout\" one readout.");
     }
-    return tr("\"Sweep\" asks each readout once.");
+    return running_ ? tr("The readouts are asked one after the other. \"Stop\" ends that.")
+                    : tr("\"Sweep\" asks each readout once.");
 }
 
 bool SiteWindow::mayClose()

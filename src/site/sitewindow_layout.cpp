@@ -46,6 +46,13 @@ constexpr const char* kUsualTexts[] = {
 };
 static_assert(std::size(kUsualTexts) == SiteModel::kColumns);
 
+constexpr auto kFourChanges = "X +0.00000  Y +0.00000  Z1 +0.00000  Z2 +0.00000";
+
+int widthFor(const QFontMetrics& metrics, const char* text)
+{
+    return metrics.horizontalAdvance(QLatin1String(text)) + metrics.horizontalAdvance(QStringLiteral("MM"));
+}
+
 void addField(QHBoxLayout& row, QLineEdit& field, const QString& caption, const char* name)
 {
     auto* label = new QLabel(caption);
@@ -155,10 +162,8 @@ void SiteWindow::makeTable()
     const auto metrics = table_.fontMetrics();
     table_.verticalHeader()->setDefaultSectionSize(metrics.height() + kRowPadding);
     table_.setMinimumHeight(kTableLines * (metrics.height() + kRowPadding));
-    for (int column = 0; column < SiteModel::kColumns; ++column) {
-        table_.setColumnWidth(column, metrics.horizontalAdvance(QLatin1String(kUsualTexts[column])) +
-                                          metrics.horizontalAdvance(QStringLiteral("MM")));
-    }
+    for (int column = 0; column < SiteModel::kColumns; ++column)
+        table_.setColumnWidth(column, widthFor(metrics, kUsualTexts[column]));
     connect(table_.selectionModel(), &QItemSelectionModel::selectionChanged, this, &SiteWindow::chooseCurves);
     table_.setSortingEnabled(true);
     table_.sortByColumn(-1, Qt::AscendingOrder); // as in the file
@@ -166,6 +171,10 @@ void SiteWindow::makeTable()
 
 void SiteWindow::showColumns()
 {
+    if (table_.isColumnHidden(SiteModel::Z1Column) && model_.hasSensor(protocol::Sensor::Z1)) {
+        for (const int column : {SiteModel::SinceBeforeColumn, SiteModel::SinceZeroColumn})
+            table_.setColumnWidth(column, widthFor(table_.fontMetrics(), kFourChanges));
+    }
     for (const auto sensor : kSensors) {
         const auto place = static_cast<int>(placeOf(sensor));
         const bool hidden = sensor != protocol::Sensor::X && !model_.hasSensor(sensor);

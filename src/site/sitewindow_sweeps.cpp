@@ -22,6 +22,9 @@ constexpr auto kLogFilter = "Readings (*.csv)";
 constexpr qint64 kLongestTick = 200; // ms
 constexpr double kMsOfSecond = 1000;
 
+/// The next step when nobody answered.
+QString whyNobody() { return SiteWindow::tr("Tools > \"Why no answer?\" tests the line."); }
+
 QString hourOf(const QDateTime& moment) { return moment.toString(QStringLiteral("HH:mm:ss")); }
 
 } // namespace
@@ -199,6 +202,7 @@ QString SiteWindow::sweepWords(const Sweep& sweep) const
             const int row = model_.rowOf(reading.address);
             return row >= 0 && reading.complete() && model_.passesLimit(row);
         }));
+    if (answered == 0 && !sweep.readings.empty()) words += u' ' + whyNobody();
     if (passing > 0) words += u' ' + tr("Beyond their limits: %1.").arg(passing);
     return words;
 }
@@ -219,6 +223,7 @@ void SiteWindow::Clocks_Click()
         showProgress(++done, static_cast<int>(readouts.size()));
     }
     tell(tr("Clocks: %1 of %2 told.").arg(told).arg(done));
+    if (told == 0 && done > 0) addStatus(whyNobody());
 }
 
 void SiteWindow::Log_Toggled(bool on)

@@ -56,6 +56,26 @@ QCPRange aired(const Extent& values)
     return {values.lowest - air, values.highest + air};
 }
 
+/// The readings between two gaps, which no line goes to.
+QVector<QCPGraphData> aloneIn(const QVector<QCPGraphData>& drawn)
+{
+    const auto isThere = [&](qsizetype i) {
+        return i >= 0 && i < drawn.size() && !std::isnan(drawn[i].value);
+    };
+    QVector<QCPGraphData> alone;
+    for (qsizetype i = 0; i < drawn.size(); ++i) {
+        if (isThere(i) && !isThere(i - 1) && !isThere(i + 1)) alone.append(drawn[i]);
+    }
+    return alone;
+}
+
+/// Gives an axis the range of these values. Without any it has no figures that somebody could take for some.
+void scale(QCPAxis& axis, const Extent& values)
+{
+    axis.setRange(aired(values));
+    axis.setTickLabels(values.lowest <= values.highest);
+}
+
 } // namespace
 
 TrendChart::TrendChart(const Trend& trend, QWidget* parent)
@@ -96,8 +116,8 @@ TrendChart::TrendChart(const Trend& trend, QWidget* parent)
     more_ = new QCPTextElement(this);
     side->addElement(1, 0, more_);
     plotLayout()->setColumnStretchFactor(0, kTimeShare);
-    plotLayout()->setColumnStretchFactor(2, 0.001); // as narrow as its texts
-    side->addElement(2, 0, new QCPLayoutGrid);      // takes the height that is left
+    plotLayout()->setColumnStretchFactor(2, 0.001);     // as narrow as its texts
+    side->addElement(2, 0, new QCPLayoutElement(this)); // takes the height that is left
     side->setRowStretchFactor(0, 0.001);
     setAutoAddPlottableToLegend(false);
     setUpMarks();
@@ -159,8 +179,10 @@ void TrendChart::setCurves(const std::vector<TrendCurve>& curves)
 {
     const int before = current() >= 0 ? curves_[static_cast<std::size_t>(current_)].address : 0;
     for (auto& drawn : drawn_) {
-        for (auto* graph : drawn.overTime)
-            removeGraph(graph);
+        for (const auto& graphs : {drawn.overTime, drawn.alone}) {
+            for (auto* graph : graphs)
+                removeGraph(graph);
+        }
         removePlottable(drawn.path);
     }
     legend->clearItems();
@@ -172,7 +194,10 @@ void TrendChart::setCurves(const std::vector<TrendCurve>& curves)
         Drawn drawn;
         for (std::size_t rect = 0; rect < times_.size(); ++rect) {
             auto* axes = times_.at(rect);
-            drawn.overTime.at(rect) = addGraph(axes->axis(QCPAxis::atBottom), axes->axis(QCPAxis::atLeft));
+            for (auto* graphs : {&drawn.overTime, &drawn.alone})
+                graphs->at(rect) = addGraph(axes->axis(QCPAxis::atBottom), axes->axis(QCPAxis::atLeft));
+            drawn.alone.at(rect)->setLineStyle(QCPGraph::lsNone);
+            drawn.alone.at(rect)->setScatterStyle(QCPScatterStyle::ssDisc);
         }
         drawn.path = new QCPCurve(place_->axis(QCPAxis::atBottom), place_->axis(QCPAxis::atLeft));
         drawn.overTime[0]->setName(curves_[i].name);
@@ -196,8 +221,8 @@ void TrendChart::style(Drawn& drawn, int curve)
     pen.setStyle(kStyles.at(place / kRoles.size() % kStyles.size()));
     pen.setWidthF(curve == current_ ? kThick : kThin);
     const bool smooth = curves_.size() <= kFewCurves;
-    for (auto* plottable :
-         std::initializer_list<QCPAbstractPlottable*>{drawn.overTime[0], drawn.overTime[1], drawn.path}) {
+    for (auto* plottable : std::initializer_list<QCPAbstractPlottable*>{
+             drawn.overTime[0], drawn.overTime[1], drawn.alone[0], drawn.alone[1], drawn.path}) {
         plottable->setPen(pen);
         plottable->setAntialiased(smooth);
         give(plottable, role);
@@ -304,11 +329,8 @@ void TrendChart::fill()
             QVector<QCPGraphData> drawn;
             for (const auto& [time, mm] : thinned(points, kDrawn.at(i), inSight, parts))
                 drawn.append({time, mm - base.at(i)});
-            auto* graph = drawn_[curve].overTime.at(i);
-            graph->data()->set(drawn, true);
-            // a single reading has no line
-            const bool alone = drawn.size() == 1;
-            graph->setScatterStyle(alone ? QCPScatterStyle::ssDisc : QCPScatterStyle::ssNone);
+            drawn_[curve].overTime.at(i)->data()->set(drawn, true);
+            drawn_[curve].alone.at(i)->data()->set(aloneIn(drawn), true);
         }
         fillPath(*drawn_[curve].path, points, base);
     }
@@ -338,7 +360,7 @@ void TrendChart::scaleValues()
                 if (point.key >= inSight.from && point.key <= inSight.to) range.take(point.value);
             }
         }
-        times_.at(i)->axis(QCPAxis::atLeft)->setRange(aired(range));
+        scale(*times_.at(i)->axis(QCPAxis::atLeft), range);
     }
     for (const auto& drawn : drawn_) {
         for (const auto& point : *drawn.path->data()) {
@@ -348,8 +370,8 @@ void TrendChart::scaleValues()
     }
     auto* bottom = place_->axis(QCPAxis::atBottom);
     auto* left = place_->axis(QCPAxis::atLeft);
-    bottom->setRange(aired(across));
-    left->setRange(aired(up));
+    scale(*bottom, across);
+    scale(*left, up);
     // a millimetre is as long in both directions
     const double perPixelAcross = bottom->range().size() / std::max(place_->width(), 1);
     const double perPixelUp = left->range().size() / std::max(place_->height(), 1);
@@ -364,6 +386,7 @@ void TrendChart::formatTime()
 {
     const auto inSight = span();
     const double seconds = inSight.to - inSight.from;
+    times_[1]->axis(QCPAxis::atBottom)->setTickLabels(whole().has_value());
     ticker_->setDateTimeFormat(seconds > 2 * kDay    ? QStringLiteral("MM-dd\nHH:mm")
                                : seconds > kDay / 24 ? QStringLiteral("HH:mm\nMM-dd")
                                                      : QStringLiteral("HH:mm:ss\nMM-dd"));

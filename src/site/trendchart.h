@@ -67,6 +67,7 @@ private:
     /// What is drawn of one readout.
     struct Drawn {
         std::array<QCPGraph*, 2> overTime{}; ///< X, Y
+        std::array<QCPGraph*, 2> alone{};    ///< readings of these between two gaps
         QCPCurve* path = nullptr;
     };
     /// The lines of a mark over time, and its place on the path.

@@ -3,6 +3,7 @@
 #include "support/bench_on_the_bus.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QDir>
 #include <QFile>
 #include <QTest>
@@ -175,6 +176,9 @@ TEST_F(CalibrationRecordWindow, LiveValueBecomesSteady)
         << qPrintable(value.text());
     put(10.5);
     EXPECT_TRUE(QTest::qWaitFor([&] { return value.text() == "10.500 mm  moves by 0.5000 mm"; }, 20000));
+    bus.fault("silent@*");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return value.text() == "no answer"; }, 20000));
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&value)->text(QAccessible::Name), "no answer");
 }
 
 TEST_F(CalibrationRecordWindow, DetailsAreKeptAndWrongOnesAreNot)

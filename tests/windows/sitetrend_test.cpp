@@ -46,6 +46,40 @@ protected:
     TrendChart& chart = *child<TrendChart>(form, "SiteTrend");
 };
 
+TEST_F(SiteTrend, ReadingBetweenTwoSilencesIsDrawnAsADot)
+{
+    const auto* dots = chart.graph(TrendChart::kMarks + 1);
+    EXPECT_EQ(dots->dataCount(), 0) << "the line goes to all";
+    controls.box("SiteEvery").setChecked(false);
+    for (int i = 0; i < 3; ++i) {
+        if (i == 1) {
+            values["052101"] = "+1.70000-0.25000";
+        } else {
+            values.erase("052101");
+        }
+        clock.move(10);
+        controls.press("SiteSweep");
+    }
+    ASSERT_EQ(dots->dataCount(), 1);
+    EXPECT_EQ(dots->dataMainValue(0), 1.7);
+    EXPECT_EQ(dots->scatterStyle().shape(), QCPScatterStyle::ssDisc);
+}
+
+TEST_F(SiteByHand, EmptyTrendFillsItsHeightAndShowsNoFigures)
+{
+    auto& chart = *child<TrendChart>(form, "SiteTrend");
+    const auto bottom = [&chart] { return chart.graph(0)->valueAxis()->axisRect(); };
+    chart.replot();
+    EXPECT_GT(bottom()->outerRect().bottom(), chart.height() * 8 / 10);
+    for (auto* rect : chart.axisRects()) {
+        for (auto* axis : rect->axes())
+            EXPECT_FALSE(axis->visible() && axis->tickLabels());
+    }
+    openDam();
+    controls.press("SiteSweep");
+    EXPECT_TRUE(bottom()->axis(QCPAxis::atLeft)->tickLabels());
+}
+
 TEST_F(SiteTrend, FiguresAreThoseOfTheReadingsInSight)
 {
     EXPECT_THAT(

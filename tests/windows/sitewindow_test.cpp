@@ -43,9 +43,43 @@ TEST_F(SiteByHand, SilentReadoutKeepsItsLastValuesAgedAndHoldsTheOthersNotUp)
     EXPECT_EQ(controls.data(0, SiteModel::XColumn, Qt::AccessibleTextRole).toString(), "+1.50000, old");
     EXPECT_THAT(controls.data(0, SiteModel::XColumn, Qt::ToolTipRole).toString().toStdString(),
                 HasSubstr("The latest sweep ended: silent."));
+    EXPECT_TRUE(controls.data(0, SiteModel::LimitColumn, Qt::FontRole).value<QFont>().italic());
+    EXPECT_EQ(controls.data(0, SiteModel::LimitColumn, Qt::AccessibleTextRole).toString(), "within, old");
+    EXPECT_EQ(controls.data(1, SiteModel::LimitColumn, Qt::AccessibleTextRole).toString(), "within");
     EXPECT_EQ(controls.cell(2, SiteModel::XColumn), "-7.10000");
     EXPECT_EQ(controls.cell(2, SiteModel::AgeColumn), "0 s");
     EXPECT_THAT(controls.status(), HasSubstr("2 of 3 readouts answered"));
+}
+
+TEST_F(SiteByHand, NextStepIsSaidWhenNobodyAnswersAndTheStatusLineFitsWhatRuns)
+{
+    openDam();
+    values.clear();
+    std::string meanwhile;
+    onFrame = [&](const std::string& /*frame*/) { meanwhile = controls.status(); };
+    controls.press("SiteSweep");
+    EXPECT_EQ(meanwhile, "The readouts are asked one after the other. \"Stop\" ends that.");
+    EXPECT_THAT(controls.status(), HasSubstr("0 of 3 readouts answered"));
+    EXPECT_THAT(controls.status(), HasSubstr("Tools > \"Why no answer?\" tests the line."));
+    for (int row = 0; row < 3; ++row)
+        EXPECT_EQ(controls.cell(row, SiteModel::XColumn), "");
+    controls.press("SiteClocks");
+    EXPECT_EQ(controls.status(), "Clocks: 0 of 3 told. Tools > \"Why no answer?\" tests the line.");
+}
+
+TEST_F(SiteByHand, ChangesOfAllFourSensorsFitTheirColumns)
+{
+    openDam();
+    controls.press("SiteSweep");
+    controls.press("SiteZero");
+    values["0C2101"] = "-0.10000-0.20000";
+    values["0C2102"] = "-2.00000-2.10000";
+    controls.press("SiteSweep");
+    for (const int column : {SiteModel::SinceBeforeColumn, SiteModel::SinceZeroColumn}) {
+        EXPECT_EQ(controls.cell(1, column), "X -0.20000  Y -0.40000  Z1 -4.00000  Z2 -4.20000");
+        EXPECT_GE(controls.table().columnWidth(column),
+                  controls.table().sizeHintForIndex(controls.table().model()->index(1, column)).width());
+    }
 }
 
 TEST_F(SiteByHand, ChangesAreSinceTheSweepBeforeAndSinceTheMarkedZero)
