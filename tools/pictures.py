@@ -320,7 +320,7 @@ def calibration_record():
 class Terminal:
     """A terminal in the folder of the pictures, before a simulated bus that its commands find by themselves."""
 
-    SIZE = "100x24"
+    SIZE = "114x30"
 
     def __init__(self, bus):
         self.folder = OwnFolder(PROGRAM_FOLDER)
@@ -387,7 +387,7 @@ def watch():
         json.dump({"name": "North dam", "readouts": readouts}, out)
     terminal.tell_bus("fault silent@12/*")
     site = "quorvelctl watch --site north.quorvel-site.json"
-    for command in (site + " --every 2s --count 3", site + " --count 1 --format prometheus --output north.prom",
+    for command in (site + " --every 5s --count 2", site + " --count 1 --format prometheus --output north.prom",
                     "grep -E '^quorvel_(position|readout_up)' north.prom"):
         terminal.run(command)
     terminal.take("watch")
