@@ -175,6 +175,10 @@ private:
         }
         site::Watch(console_.module1(), keeper, std::move(site), output, std::move(hands))
             .run(site::Schedule(secondsIn(options_.every).value_or(1)), options_.count);
+        if (const auto written = output.finish(); !written) {
+            console_.fail(Failure::File, QString::fromStdString(written.error()) +
+                                             QStringLiteral(" The readings that it lacks are lost."));
+        }
     }
 
     std::optional<site::Site> reload(site::PortKeeper& keeper)

@@ -14,6 +14,21 @@ std::filesystem::path ReadingLog::fileOf(const QDate& day) const
 files::Status ReadingLog::append(const QDate& day, const QByteArray& lines)
 {
     waiting_.push_back({day, lines});
+    return writeWaiting();
+}
+
+files::Status ReadingLog::flush()
+{
+    if (auto written = writeWaiting(); !written) return written;
+    if (!file_.isOpen()) return {};
+    // What the file has taken is not written twice, whatever becomes of it.
+    auto flushed = file_.flush();
+    if (!flushed) file_.close();
+    return flushed;
+}
+
+files::Status ReadingLog::writeWaiting()
+{
     while (!waiting_.empty()) {
         if (auto written = write(waiting_.front()); !written) {
             file_.close();
@@ -21,11 +36,6 @@ files::Status ReadingLog::append(const QDate& day, const QByteArray& lines)
             return written;
         }
         waiting_.pop_front();
-        // What the file has taken is not written twice, whatever becomes of it.
-        if (auto flushed = file_.flush(); !flushed) {
-            file_.close();
-            return flushed;
-        }
     }
     return {};
 }
@@ -36,6 +46,8 @@ files::Status ReadingLog::write(const Lines& lines)
     // Somebody may have moved the file away meanwhile: then a new one begins.
     const bool same = file_.isOpen() && file_.path() == file && file_.isStillThere();
     if (!same) {
+        // a day has ended: its file is left whole
+        if (file_.isOpen()) (void)file_.flush();
         if (auto opened = file_.open(file); !opened) return opened;
     }
     const auto text = !same && file_.wasEmpty() ? form_.header + lines.text : lines.text;

@@ -22,9 +22,12 @@ public:
 
     ReadingLog(std::filesystem::path path, Form form) : path_(std::move(path)), form_(std::move(form)) {}
 
-    /// Appends lines of a day, which are on the disk afterwards. Fails with the reason; the lines then wait, and are written
-    /// before the next ones as soon as the file takes them. Beyond kMostWaiting the oldest are lost.
+    /// Appends lines of a day, behind what waits: a program that is killed afterwards leaves them. Fails with the reason;
+    /// the lines then wait, and are written before the next ones as soon as the file takes them. Beyond kMostWaiting the
+    /// oldest are lost.
     files::Status append(const QDate& day, const QByteArray& lines);
+    /// Tries what waits once more, and returns when what was written is on the disk.
+    files::Status flush();
     static constexpr qsizetype kMostWaiting = 4'000'000; ///< bytes
 
     /// The file of a day: the path itself, or for "site.csv" and daily files "site.2024-05-17.csv".
@@ -36,6 +39,7 @@ private:
         QByteArray text;
     };
 
+    files::Status writeWaiting();
     files::Status write(const Lines& lines);
     void keepWithinLimit();
 

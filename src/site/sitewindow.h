@@ -15,6 +15,7 @@
 #include <QTableView>
 #include <QTimer>
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -93,7 +94,12 @@ private:
     void endSchedule();
     void sweepWhenDue();
     QString sweepWords(const Sweep& sweep) const;
-    void log(const Sweep& sweep);
+    /// @param day  on which the sweep began
+    void log(const Reading& reading, const QDate& day);
+    void beginLog(const std::filesystem::path& path);
+    void endLogOfSweep();
+    void endLog();
+    void sayLogged(const QDate& day);
     void waitForDue();
     QString nextWords() const;
     /// Runs something that talks as soon as our own sweep lets it; while another command runs it is not done, which is

@@ -225,8 +225,10 @@ void SiteWindow::addLogRow(QBoxLayout& rows)
     auto* row = new QHBoxLayout;
     toFile_.setText(tr("&Log to File ..."));
     toFile_.setObjectName(QStringLiteral("SiteLog"));
-    connect(&toFile_, &QCheckBox::clicked, this,
-            [this](bool on) { besides([this, on] { Log_Toggled(on); }); });
+    connect(&toFile_, &QCheckBox::clicked, this, [this](bool on) {
+        toFile_.setChecked(log_ != nullptr); // until it is done, which may have to wait or be refused
+        besides([this, on] { Log_Toggled(on); });
+    });
     daily_.setText(tr("a new file each da&y"));
     daily_.setObjectName(QStringLiteral("SiteDaily"));
     logged_.setObjectName(QStringLiteral("SiteLogged"));

@@ -171,6 +171,7 @@ void SiteWindow::sweep()
     const auto ended = qScopeGuard([this] { setRunning(false); });
     const auto readouts = model_.site().readouts; // may be edited meanwhile
     const auto total = static_cast<int>(readouts.size());
+    const auto day = module1_.clock().now().date();
     int done = 0;
     showProgress(done, total);
     const auto sweep = takeSweep(module1_, readouts,
@@ -178,10 +179,11 @@ void SiteWindow::sweep()
                                   [&](const Reading& reading) {
                                       model_.take(reading);
                                       trend_.take(reading);
+                                      log(reading, day);
                                       showProgress(++done, total);
                                   }});
     trendPanel_.refresh();
-    log(sweep);
+    endLogOfSweep();
     tell(sweepWords(sweep));
     addStatus(logFailure_);
 }
@@ -228,46 +230,66 @@ void SiteWindow::Clocks_Click()
 
 void SiteWindow::Log_Toggled(bool on)
 {
-    log_.reset();
-    logFailure_.clear();
-    logged_.clear();
-    if (!on) return refreshControls();
-    const auto path =
-        messages_.chooseFile(this, {tr("Log Readings"), QLatin1String(kLogFilter), true, tr("readings.csv")});
-    toFile_.setChecked(!path.isEmpty());
-    if (path.isEmpty()) return refreshControls();
-    auto log = std::make_unique<ReadingLog>(QFileInfo(path).filesystemFilePath(),
-                                            ReadingLog::Form{csvHeader(), daily_.isChecked()});
-    const auto file = log->fileOf(module1_.clock().now().date());
-    QFile there(file);
-    const bool fits =
-        !there.open(QIODevice::ReadOnly) || there.size() == 0 || there.readLine() == csvHeader();
-    const auto words = QString::fromStdString(files::inWords(file));
-    if (!fits) {
-        toFile_.setChecked(false);
-        tell(tr("%1 is not a log of readings. Choose another name.").arg(words));
-    } else {
-        log_ = std::move(log);
-        logged_.setText(tr("Each sweep is added to %1.").arg(words));
-        logged_.setToolTip(words);
+    endLog();
+    if (on) {
+        const auto path = messages_.chooseFile(
+            this, {tr("Log Readings"), QLatin1String(kLogFilter), true, tr("readings.csv")});
+        if (!path.isEmpty()) beginLog(QFileInfo(path).filesystemFilePath());
     }
+    toFile_.setChecked(log_ != nullptr);
     refreshControls();
 }
 
-void SiteWindow::log(const Sweep& sweep)
+void SiteWindow::beginLog(const std::filesystem::path& path)
+{
+    log_ = std::make_unique<ReadingLog>(path, ReadingLog::Form{csvHeader(), daily_.isChecked()});
+    const auto today = module1_.clock().now().date();
+    const auto file = log_->fileOf(today);
+    QFile there(file);
+    const bool fits =
+        !there.open(QIODevice::ReadOnly) || there.size() == 0 || there.readLine() == csvHeader();
+    // the header is written now, so that a file that cannot be written is known before the first sweep
+    const auto begun = fits ? log_->append(today, {})
+                            : files::Status(files::Failure{
+                                  files::inWords(file) + " is not a log of readings. Choose another name."});
+    if (begun) return sayLogged(today);
+    log_.reset();
+    tell(QString::fromStdString(begun.error()));
+}
+
+void SiteWindow::log(const Reading& reading, const QDate& day)
+{
+    const auto* readout = model_.site().readoutAt(reading.address);
+    if (!log_ || !readout) return;
+    // what fails waits, and is told when the sweep has ended
+    (void)log_->append(day, csvRow({model_.site().name, *readout}, reading));
+    sayLogged(day);
+}
+
+void SiteWindow::endLogOfSweep()
 {
     logFailure_.clear();
-    if (!log_ || sweep.readings.empty()) return;
-    QByteArray lines;
-    for (const auto& reading : sweep.readings) {
-        const auto* readout = model_.site().readoutAt(reading.address);
-        if (readout) lines += csvRow({model_.site().name, *readout}, reading);
-    }
-    const auto day = sweep.begun.date();
-    const auto written = log_->append(day, lines);
+    if (!log_) return;
+    const auto written = log_->flush();
     if (!written) logFailure_ = QString::fromStdString(written.error());
-    logged_.setText(
-        tr("Each sweep is added to %1.").arg(QString::fromStdString(files::inWords(log_->fileOf(day)))));
+}
+
+void SiteWindow::endLog()
+{
+    if (!log_) return;
+    if (const auto written = log_->flush(); !written)
+        tell(QString::fromStdString(written.error()) + u' ' + tr("The readings that it lacks are lost."));
+    log_.reset();
+    logFailure_.clear();
+    logged_.clear();
+    logged_.setToolTip({});
+}
+
+void SiteWindow::sayLogged(const QDate& day)
+{
+    const auto words = QString::fromStdString(files::inWords(log_->fileOf(day)));
+    logged_.setText(tr("Each reading is added to %1.").arg(words));
+    logged_.setToolTip(words);
 }
 
 } // namespace quorvel::site

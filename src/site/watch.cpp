@@ -13,8 +13,9 @@ void Watch::run(const Schedule& schedule, int count)
     std::optional<QDateTime> before;
     for (int taken = 0; count == 0 || taken < count; taken += count == 0 ? 0 : 1) {
         const auto due = schedule.wait(module1_, [this] {
+            if (hands_.stop()) return true;
             port_.keepOpen();
-            return hands_.stop();
+            return false;
         });
         if (!due) return;
         if (before) noteSkipped(schedule.skippedBetween(*before, *due));

@@ -65,7 +65,8 @@ void WatchOutput::take(const Site& site, const Reading& reading)
     if (target_.fail) return target_.print(briefLine(reading).toUtf8() + '\n');
     const auto line = lineOf(site, reading);
     if (!target_.file.empty()) {
-        lines_ += line;
+        if (!day_) day_ = reading.time.date();
+        (void)log_.append(*day_, line); // what fails waits, and is told when the sweep has ended
         return;
     }
     const bool first = !std::exchange(begun_, true);
@@ -78,13 +79,20 @@ files::Status WatchOutput::end(const Site& site, const Sweep& sweep, const Watch
         if (sweep.stopped) return {};
         const auto text = prometheusText(site, sweep, counts, portOpen);
         // The exporter reads every file that ends in .prom.
-        if (!target_.file.empty())
-            return files::replaceContent(target_.file, text.toStdString(), {.hidden = true});
-        target_.print(text);
-        return {};
+        if (target_.file.empty()) {
+            target_.print(text);
+        } else {
+            replaced_ = files::replaceContent(target_.file, text.toStdString(), {.hidden = true});
+        }
+        return replaced_;
     }
-    const auto lines = std::exchange(lines_, {});
-    return lines.isEmpty() ? files::Status() : log_.append(sweep.begun.date(), lines);
+    day_.reset();
+    return log_.flush();
+}
+
+files::Status WatchOutput::finish()
+{
+    return target_.format == WatchFormat::Prometheus ? replaced_ : log_.flush();
 }
 
 } // namespace quorvel::site

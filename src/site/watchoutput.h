@@ -19,7 +19,7 @@ std::string_view nameOf(WatchFormat format);
 std::optional<WatchFormat> watchFormatNamed(std::string_view name);
 inline constexpr int kWatchFormats = 5;
 
-/// Where the readings of a watch go: each at once when they are printed, the sweep as a whole when there is a file. A
+/// Where the readings of a watch go: each at once; what goes to a file is on the disk when the sweep has ended. A
 /// Prometheus file is replaced in one step, under a name that the exporter does not read before it is whole.
 class WatchOutput {
 public:
@@ -40,6 +40,9 @@ public:
     /// The sweep has ended. A Prometheus file is not written for one that was stopped.
     /// @return fails when the file cannot be written; the lines of this sweep wait then (ReadingLog::append).
     files::Status end(const Site& site, const Sweep& sweep, const WatchCounts& counts, bool portOpen);
+    /// No sweep follows: tries what the file has not taken yet once more.
+    /// @return fails when the file lacks readings, or is that of an earlier sweep.
+    files::Status finish();
 
 private:
     QByteArray lineOf(const Site& site, const Reading& reading) const;
@@ -47,7 +50,8 @@ private:
 
     Target target_;
     ReadingLog log_;
-    QByteArray lines_; ///< of the sweep that is under way, for the file
+    std::optional<QDate> day_;    ///< on which the sweep that is under way began
+    files::Status replaced_ = {}; ///< of the Prometheus file
     bool begun_ = false;
 };
 

@@ -126,6 +126,28 @@ TEST_F(QuorvelctlWatch, APortThatCannotBeOpenedIsExitStatus3UnlessItWaits)
     EXPECT_EQ(ended(), 143);
 }
 
+TEST_F(QuorvelctlWatch, FailsWhenItsFileLacksReadingsAtTheEnd)
+{
+    for (const auto* format : {"text", "ndjson", "csv", "influx", "prometheus"}) {
+        const auto watched =
+            run({"--port", bus.device(), "watch", "--readout", "5:A", "--every", "1", "--count", "1",
+                 "--format", format, "--output", folder.filePath("nowhere/a")});
+        EXPECT_EQ(watched.status, 1) << format;
+        EXPECT_TRUE(watched.err.endsWith("The readings that it lacks are lost.\n"))
+            << qPrintable(watched.err);
+    }
+}
+
+TEST_F(QuorvelctlWatch, OfOneReadoutIsOverWithThePort)
+{
+    start({"--port", bus.device(), "--address", "5", "watch", "--every", "1"});
+    expect("  X: ");
+    bus.unplug();
+    EXPECT_EQ(ended(), 3);
+    const auto said = heard + process.readAllStandardError();
+    EXPECT_EQ(said.count('\n'), 1) << "no second word about trying again: " << said.toStdString();
+}
+
 TEST_F(QuorvelctlWatch, GoesOnThroughAPulledAdapter)
 {
     start({"watch", "--site", writeSite(), "--every", "1"});

@@ -135,6 +135,50 @@ TEST_F(Watches, AppendTheSweepToAFile)
     EXPECT_EQ(printed, "");
 }
 
+TEST_F(Watches, AppendEachReadingAsSoonAsItIsThere)
+{
+    const auto path = folder.filePath("a.csv");
+    std::vector<qint64> lines;
+    const auto usual = bus.answer;
+    bus.answer = [&](const std::string& frame) {
+        QFile file(path);
+        lines.push_back(file.open(QIODevice::ReadOnly) ? file.readAll().count('\n') : 0);
+        return usual(frame);
+    };
+    run({WatchFormat::Csv, path.toStdString()}, 10, 2);
+    EXPECT_THAT(lines, ElementsAre(0, 2, 3, 4)) << "what a kill would have left";
+}
+
+TEST_F(Watches, ADayHasTheSweepsThatBeginOnIt)
+{
+    const auto now = bus.clock.now();
+    bus.clock.move(static_cast<double>(now.msecsTo(QDateTime(now.date(), QTime(23, 59, 58, 500)))) / 1000);
+    site.readouts.push_back(site.readouts[0]); // asked after midnight, when the second one has not answered
+    site.readouts[2].address = 6;
+    run({WatchFormat::Csv, folder.filePath("a.csv").toStdString(), true}, 1, 2);
+    const auto lines = [&](int days) {
+        QFile file(folder.filePath("a." + now.date().addDays(days).toString(Qt::ISODate) + ".csv"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QByteArrayList();
+    };
+    ASSERT_EQ(lines(0).size(), 1 + 3 + 1);
+    EXPECT_THAT(lines(0)[1].toStdString(), HasSubstr("T23:59:59.000"));
+    EXPECT_THAT(lines(0)[3].toStdString(), HasSubstr("T00:00:00."));
+    EXPECT_EQ(lines(1).size(), 1 + 3 + 1);
+}
+
+TEST_F(Watches, SayAtTheEndWhatTheFileLacks)
+{
+    for (const auto format : {WatchFormat::Csv, WatchFormat::Prometheus}) {
+        WatchOutput output({format, folder.filePath("nowhere/a").toStdString()});
+        EXPECT_TRUE(output.finish()) << "nothing was read yet";
+        output.take(
+            site,
+            {.address = 5, .time = bus.clock.now(), .received = {}, .outcome = "silent", .answerMs = {}});
+        EXPECT_FALSE(output.end(site, {}, {}, true));
+        EXPECT_FALSE(output.finish());
+    }
+}
+
 TEST_F(Watches, AFileThatCannotBeWrittenIsToldOnceAndTriedAgain)
 {
     const auto path = folder.filePath("later/a.csv");

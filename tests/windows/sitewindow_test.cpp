@@ -262,6 +262,53 @@ TEST_F(SiteByHand, LogHasARowForEachReadingAndADayHasItsFile)
     EXPECT_EQ(QString::fromStdString(read("log.2024-05-18.csv")).count(u'\n'), 4);
 }
 
+TEST_F(SiteByHand, LogHasEachRowAsSoonAsItIsRead)
+{
+    openDam();
+    messages.files.push_back(file("log.csv"));
+    controls.box("SiteLog").click();
+    std::vector<qsizetype> rows;
+    onFrame = [&](const std::string&) {
+        rows.push_back(QString::fromStdString(read("log.csv")).count(u'\n') - 1);
+    };
+    controls.press("SiteSweep");
+    // 12 is asked twice, for X and Y and for Z
+    EXPECT_THAT(rows, ::testing::ElementsAre(0, 1, 1, 2)) << "what a kill would have left";
+    EXPECT_EQ(QString::fromStdString(read("log.csv")).count(u'\n'), 4) << "no row is there twice";
+}
+
+TEST_F(SiteByHand, LogThatCannotBeWrittenIsToldBeforeTheFirstSweep)
+{
+    openDam();
+    for (const auto* name : {"nowhere/log.csv", "."}) {
+        messages.files.push_back(file(name));
+        controls.box("SiteLog").click();
+        EXPECT_FALSE(controls.box("SiteLog").isChecked()) << name;
+        EXPECT_THAT(controls.status(), HasSubstr(" could not be written: ")) << name;
+    }
+}
+
+TEST_F(SiteByHand, LogThatLacksRowsWhenItEndsSaysSo)
+{
+    openDam();
+    ASSERT_TRUE(QDir(folder.path()).mkdir("away"));
+    messages.files.push_back(file("away/log.csv"));
+    controls.box("SiteLog").click();
+    ASSERT_TRUE(QDir(file("away")).removeRecursively());
+    controls.press("SiteSweep");
+    EXPECT_THAT(controls.status(), HasSubstr("away/log.csv could not be written: "));
+    controls.box("SiteLog").click();
+    EXPECT_THAT(controls.status(), HasSubstr("The readings that it lacks are lost."));
+    EXPECT_FALSE(controls.box("SiteLog").isChecked());
+}
+
+TEST_F(SiteByHand, LogBoxSaysWhatIsTrueWhileAnotherCommandRuns)
+{
+    openDam();
+    gate.run([this] { controls.box("SiteLog").click(); });
+    EXPECT_FALSE(controls.box("SiteLog").isChecked()) << "nothing is logged";
+}
+
 TEST_F(SiteByHand, FileThatIsNoLogIsNotAppendedTo)
 {
     openDam();
