@@ -155,18 +155,33 @@ void Journal::setAsideWhenLong()
 
 JournalLines readJournal(const std::filesystem::path& path)
 {
-    JournalLines journal;
     QFile file(path);
-    if (!file.exists()) return journal;
-    if (!file.open(QIODevice::ReadOnly)) {
-        journal.failure = Journal::tr("The journal %1 cannot be read: %2.")
-                              .arg(QFileInfo(path).filePath(), file.errorString());
-        return journal;
+    if (!file.exists()) return {};
+    QString failure;
+    if (!QFileInfo(file).isFile()) {
+        failure = Journal::tr("it is no file");
+    } else if (file.size() > 10 * Journal::kLongest) {
+        failure = Journal::tr("it is longer than any of ours");
+    } else if (!file.open(QIODevice::ReadOnly)) {
+        failure = file.errorString();
     }
-    while (!file.atEnd()) {
-        const auto line = QJsonDocument::fromJson(file.readLine());
-        if (line.isObject()) {
-            journal.lines.push_back(line.object());
+    if (failure.isEmpty()) return readJournal(file);
+    const auto reason = Journal::tr("The journal %1 cannot be read: %2.");
+    return {{}, 0, reason.arg(QFileInfo(file).filePath(), failure)};
+}
+
+JournalLines readJournal(QIODevice& device)
+{
+    JournalLines journal;
+    while (!device.atEnd()) {
+        auto line = device.readLine(kLongestLine);
+        if (line.isEmpty()) break; // the device failed
+        const bool whole = line.endsWith('\n') || device.atEnd();
+        while (!line.endsWith('\n') && !device.atEnd())
+            line = device.readLine(kLongestLine);
+        const auto json = whole ? QJsonDocument::fromJson(line) : QJsonDocument();
+        if (json.isObject()) {
+            journal.lines.push_back(json.object());
         } else {
             ++journal.unread;
         }

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+class QIODevice;
+
 namespace quorvel::line {
 
 /// Who writes into a journal.
@@ -67,10 +69,16 @@ private:
 /// What a journal holds. What another program or a hand has left there may be anything.
 struct JournalLines {
     std::vector<QJsonObject> lines; ///< in the order of the file
-    int unread = 0;                 ///< lines that are not an object
+    int unread = 0;                 ///< lines that are not an object, or longer than kLongestLine
     QString failure;                ///< why the file could not be read; empty also when there is no such file
 };
+inline constexpr qint64 kLongestLine = 65'536; ///< bytes, the line feed included; ours have a few hundred
+
+/// All lines of a file, or why there are none: no file of ours is longer than ten times Journal::kLongest, and only a file
+/// is read, no device.
 JournalLines readJournal(const std::filesystem::path& file);
+/// From where an open device stands to its end.
+JournalLines readJournal(QIODevice& device);
 
 /// Where the journal of this user is: in the folder that all our programs share.
 std::filesystem::path journalFile();

@@ -183,6 +183,32 @@ TEST_F(JournalByHand, TheWindowShowsTheLinesAndFindsThem)
         << qPrintable(csv[1]);
 }
 
+TEST(ReadingAJournal, ALineThatIsNoneOfOursIsCountedAndTheNextIsRead)
+{
+    QTemporaryDir folder;
+    const auto path = folder.filePath("journal.jsonl").toStdString();
+    std::ofstream(path) << "{\"address\":5}\n\n[1]\n{\"meaning\":\"" << std::string(3 * kLongestLine, 'a')
+                        << "\"}\n{\"address\":12}\n{\"addr";
+    const auto journal = readJournal(path);
+    EXPECT_EQ(journal.failure, "");
+    ASSERT_EQ(journal.lines.size(), 2U);
+    EXPECT_EQ(journal.lines[0]["address"], 5);
+    EXPECT_EQ(journal.lines[1]["address"], 12);
+    EXPECT_EQ(journal.unread, 4) << "empty, no object, too long, cut off";
+}
+
+TEST(ReadingAJournal, WhatIsNoFileOrNoneOfOursIsNotRead)
+{
+    QTemporaryDir folder;
+    EXPECT_TRUE(readJournal(folder.path().toStdString()).failure.endsWith(" cannot be read: it is no file."));
+    EXPECT_EQ(readJournal((folder.path() + "/none").toStdString()).failure, "");
+    const auto path = folder.filePath("journal.jsonl").toStdString();
+    std::ofstream{path};
+    std::filesystem::resize_file(path, 10 * Journal::kLongest + 1);
+    EXPECT_TRUE(
+        readJournal(path).failure.endsWith("journal.jsonl cannot be read: it is longer than any of ours."));
+}
+
 TEST(JournalWindow, WithoutAFileIsEmpty)
 {
     JournalWindow window("/nowhere/journal.jsonl");
