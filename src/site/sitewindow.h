@@ -4,13 +4,13 @@
 #include "site/readinglog.h"
 #include "site/schedule.h"
 #include "site/sitemodel.h"
+#include "site/sortedrows.h"
 #include "site/trendpanel.h"
 #include "site/visit.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QProgressBar>
-#include <QSortFilterProxyModel>
 #include <QSpinBox>
 #include <QTableView>
 #include <QTimer>
@@ -115,7 +115,7 @@ private:
 
     SiteModel model_;
     Trend trend_;
-    QSortFilterProxyModel sorted_;
+    SortedRows sorted_;
     Surroundings surroundings_;
     QString path_; ///< of the file; empty: not saved yet
     bool changed_ = false;

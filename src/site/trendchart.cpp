@@ -23,6 +23,7 @@ constexpr int kPathParts = 500;
 constexpr double kMargin = 0.06;     // above and below the values, of their range
 constexpr double kFewestMm = 0.001;  // noise of a quiet readout does not fill the height
 constexpr double kShortestSpan = 10; // s
+constexpr double kWidest = 3;        // times the readings' own span
 constexpr double kDay = 86400;
 constexpr double kPlaceSize = 9;
 constexpr double kTimeShare = 1.7; // of the width, beside the path
@@ -284,15 +285,24 @@ void TrendChart::showLatest(double seconds)
     refresh();
 }
 
-void TrendChart::showSpan(const Span& span)
+/// What is asked for, moved and narrowed so that readings stay in sight.
+Span TrendChart::held(const Span& asked, const Span& all)
+{
+    const double middle = (asked.from + asked.to) / 2;
+    const double widest = kWidest * (all.to - all.from);
+    const auto seen = asked.to - asked.from > widest ? Span{middle - widest / 2, middle + widest / 2} : asked;
+    const double back = std::clamp(middle, all.from, all.to) - middle;
+    return {seen.from + back, seen.to + back};
+}
+
+void TrendChart::showSpan(const Span& asked)
 {
     const auto all = whole();
-    if (!all || span.to - span.from < kShortestSpan) return;
-    follows_ = span.to >= all->to;
-    latest_ = span.from <= all->from ? 0 : span.to - span.from;
-    times_[0]
-        ->axis(QCPAxis::atBottom)
-        ->setRange(std::max(span.from, all->from - (all->to - all->from)), span.to);
+    if (!all || asked.to - asked.from < kShortestSpan) return;
+    const auto seen = held(asked, *all);
+    follows_ = seen.to >= all->to;
+    latest_ = seen.from <= all->from ? 0 : seen.to - seen.from;
+    times_[0]->axis(QCPAxis::atBottom)->setRange(seen.from, seen.to);
     draw();
 }
 

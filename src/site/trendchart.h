@@ -43,7 +43,8 @@ public:
     Span span() const;
     /// Shows this many seconds up to the newest reading; 0: all.
     void showLatest(double seconds);
-    void showSpan(const Span& span);
+    /// Moved and narrowed so that readings stay in sight; what is shorter than 10 s is not shown.
+    void showSpan(const Span& asked);
 
     /// The curve that the marks are on; -1 when there is none.
     int current() const { return curves_.empty() ? -1 : current_; }
@@ -87,6 +88,7 @@ private:
     void formatTime();
     std::array<double, 2> baseOf(const TrendPoints& points) const;
     std::optional<Span> whole() const;
+    static Span held(const Span& asked, const Span& all);
     const TrendPoints* currentPoints() const;
     void moveMark(Mark mark, int steps);
     void zoom(double factor, double around);

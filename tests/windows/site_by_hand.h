@@ -96,6 +96,12 @@ protected:
         messages.files.push_back(file(name));
         controls.press(button);
     }
+    files::Result<std::vector<site::ChangeMade>> changesSince(const QDateTime& since)
+    {
+        asked = since;
+        if (!noChanges.empty()) return files::Failure{noChanges};
+        return changes;
+    }
     void moveTo(const QTime& time)
     {
         clock.move(static_cast<double>(clock.now().time().msecsTo(time)) / 1000);
@@ -118,14 +124,11 @@ protected:
     Workplace workplace{bench, readout.module1, gate, messages};
     std::vector<int> found;
     std::vector<site::ChangeMade> changes;
-    QDateTime asked; ///< since when changes were asked for
+    std::string noChanges; ///< why none is known; empty when they are
+    QDateTime asked;       ///< since when changes were asked for
     std::map<int, site::LineState> lines;
     site::Surroundings surroundings{[this] { return found; }, [this](int address) { return lines[address]; },
-                                    [this](const QDateTime& since) {
-                                        asked = since;
-                                        return changes;
-                                    },
-                                    "anna"};
+                                    [this](const QDateTime& since) { return changesSince(since); }, "anna"};
     QWidget parent;
     site::SiteWindow form{workplace, surroundings, &parent};
     SiteControls controls{form};

@@ -91,6 +91,17 @@ TEST_F(SiteReport, ChangesOfTheSitesReadoutsAreListed)
                       HasSubstr("confirmed"), HasSubstr("not confirmed"), Not(HasSubstr("Set elsewhere"))));
 }
 
+TEST_F(SiteReport, JournalThatCannotBeReadAndReadoutsThatFailAreNamed)
+{
+    noChanges = "This run of the program keeps no journal.";
+    values.clear();
+    report("visit.html", true);
+    const auto page = read("visit.html");
+    EXPECT_THAT(page, HasSubstr("<p><i>not known</i> (This run of the program keeps no journal.)</p>"));
+    EXPECT_THAT(page, HasSubstr("09:05:30<br><span class=\"bad\">last: silent</span>"));
+    EXPECT_THAT(page, HasSubstr("<i>not known</i> (the readout did not answer) (all)"));
+}
+
 TEST_F(SiteReport, IsSavedAsPdfAndStopSavesNone)
 {
     report("visit.pdf", false);

@@ -1,8 +1,10 @@
 #include "windows/site_by_hand.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QImage>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <cmath>
 
@@ -104,6 +106,8 @@ TEST_F(SiteTrend, MarksAreSetAndMovedByKeysAndTheirDifferenceIsSaid)
                           "X +1.30000, Y -0.25000; B - A: -10 s, X -0.10000, Y +0.00000."));
     key(Qt::Key_Left, Qt::ControlModifier);
     EXPECT_THAT(words("SiteMarks"), HasSubstr("A: 2024-05-17 09:05:40, X +1.00000"));
+    key(Qt::Key_Right);
+    EXPECT_THAT(words("SiteMarks"), HasSubstr("A: 2024-05-17 09:05:50, X +1.10000"));
 }
 
 TEST_F(SiteTrend, ClickSetsMarkAAndShiftClickMarkB)
@@ -139,6 +143,45 @@ TEST_F(SiteTrend, ZoomedViewStaysAndTheWholeFollows)
     EXPECT_EQ(chart.span(), zoomed);
 }
 
+TEST_F(SiteTrend, WheelAndKeysZoomAndMoveTheTime)
+{
+    const auto whole = chart.span();
+    const double seconds = whole.to - whole.from;
+    key(Qt::Key_Plus);
+    EXPECT_NEAR(chart.span().to - chart.span().from, seconds / 1.25, 1e-3);
+    key(Qt::Key_Minus);
+    EXPECT_NEAR(chart.span().to - chart.span().from, seconds, 1e-3);
+    key(Qt::Key_PageUp);
+    EXPECT_NEAR(chart.span().from, whole.from - seconds / 2, 1e-3);
+    key(Qt::Key_PageDown);
+    EXPECT_NEAR(chart.span().from, whole.from, 1e-3);
+
+    const auto* axis = chart.graph(TrendChart::kMarks)->keyAxis();
+    const QPointF place(axis->coordToPixel(whole.from + 10), axis->axisRect()->center().y());
+    QWheelEvent towards(place, chart.mapToGlobal(place), {}, {0, 120}, Qt::NoButton, Qt::NoModifier,
+                        Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&chart, &towards);
+    EXPECT_NEAR(chart.span().to - chart.span().from, seconds / 1.25, 1e-3);
+    EXPECT_NEAR(axis->coordToPixel(whole.from + 10), place.x(), 0.5) << "what the pointer is on stays there";
+}
+
+TEST_F(SiteTrend, ReadingsStayInSightWhateverIsPressed)
+{
+    const auto whole = chart.span();
+    const double seconds = whole.to - whole.from;
+    for (const auto pressed : {Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Minus, Qt::Key_Plus}) {
+        for (int i = 0; i < 200; ++i)
+            key(pressed);
+        const auto seen = chart.span();
+        EXPECT_LE(seen.from, whole.to) << pressed;
+        EXPECT_GE(seen.to, whole.from) << pressed;
+        EXPECT_LE(seen.to - seen.from, 3 * seconds + 1e-3) << pressed;
+        EXPECT_GE(seen.to - seen.from, 10 - 1e-3) << pressed;
+    }
+    key(Qt::Key_Home);
+    EXPECT_EQ(chart.span(), whole);
+}
+
 TEST_F(SiteTrend, ChangesAreFromTheFirstValueInSight)
 {
     EXPECT_EQ(highest(), 1.4);
@@ -152,6 +195,8 @@ TEST_F(SiteTrend, ChosenRowsAreDrawnAndUpAndDownChooseWhereTheMarksAre)
     ASSERT_EQ(chart.curves().size(), 3U);
     EXPECT_EQ(chart.curves()[1].name, "12 Block 9");
     key(Qt::Key_Down);
+    key(Qt::Key_Down);
+    key(Qt::Key_Up);
     EXPECT_EQ(child<QComboBox>(form, "SiteMarksOn")->currentText(), "12 Block 9");
     EXPECT_THAT(words("SiteFigures"), StartsWith("12 Block 9. X: mean +0.10000"));
     controls.table().clearSelection();

@@ -1,8 +1,10 @@
 #include "windows/site_by_hand.h"
 
+#include <QComboBox>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTest>
 
 namespace quorvel::test {
 
@@ -44,6 +46,20 @@ TEST_F(SiteByHand, WrongEditsAreRefusedWithTheReason)
     EXPECT_FALSE(controls.type(0, SiteModel::TypeColumn, "E"));
     EXPECT_FALSE(controls.type(0, SiteModel::LimitZ1Column, "to 2")) << "type A has no Z1";
     EXPECT_FALSE(form.isWindowModified());
+}
+
+TEST_F(SiteByHand, TypeIsChosenFromAList)
+{
+    openDam();
+    const auto index = controls.table().model()->index(0, SiteModel::TypeColumn);
+    controls.table().edit(index);
+    auto* list = controls.table().findChild<QComboBox*>();
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->currentText(), "A");
+    EXPECT_EQ(list->count(), 4);
+    list->setCurrentText("B");
+    QTest::keyClick(list, Qt::Key_Return);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return controls.cell(0, SiteModel::TypeColumn) == "B"; }));
 }
 
 TEST_F(SiteByHand, AnotherTypeDropsTheLimitsOfSensorsThatItLacks)

@@ -240,6 +240,33 @@ TEST_F(SiteByHand, TableIsSortedByNumbersAndFollowsTheValues)
     EXPECT_EQ(controls.cell(2, SiteModel::AddressColumn), "5");
 }
 
+TEST_F(SiteByHand, WhatIsNoNumberIsSortedByWhatItMeans)
+{
+    lines = {{5, {100, 99, 40.0}}, {12, {10, 10, 40.0}}, {7, {100, 9, 40.0}}};
+    openDam();
+    controls.press("SiteSweep");
+    controls.press("SiteZero");
+    values["052101"] = "+2.50000-0.25000"; // passes its limit
+    values["0C2102"] = "+2.00000-9.90000"; // the largest change
+    values.erase("072101");
+    clock.move(100);
+    controls.press("SiteSweep");
+    const std::pair<int, const char*> firsts[] = {
+        {SiteModel::SinceBeforeColumn, "12"}, {SiteModel::SinceZeroColumn, "12"},
+        {SiteModel::AgeColumn, "7"},          {SiteModel::LineColumn, "12"},
+        {SiteModel::AnswerColumn, "7"},       {SiteModel::NameColumn, "12"}};
+    for (const auto& [column, address] : firsts) {
+        controls.table().sortByColumn(column, Qt::DescendingOrder);
+        EXPECT_EQ(controls.cell(0, SiteModel::AddressColumn), address) << column;
+    }
+    for (const auto order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+        controls.table().sortByColumn(SiteModel::SinceBeforeColumn, order);
+        EXPECT_EQ(controls.cell(2, SiteModel::AddressColumn), "7") << "not known is last, " << order;
+    }
+    controls.table().sortByColumn(SiteModel::LimitColumn, Qt::AscendingOrder);
+    EXPECT_EQ(controls.cell(0, SiteModel::AddressColumn), "5");
+}
+
 TEST_F(SiteByHand, LogHasARowForEachReadingAndADayHasItsFile)
 {
     openDam();
