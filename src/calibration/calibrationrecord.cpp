@@ -52,13 +52,16 @@ CalibrationRecord::CalibrationRecord(const Workplace& workplace, QWidget* parent
     InputFilter::letThrough(this);
     dial_.installEventFilter(this);
     connect(&dial_, &QLineEdit::returnPressed, this, &CalibrationRecord::Dial_Return);
-    connect(&direction_, &QComboBox::currentIndexChanged, this, &CalibrationRecord::openDirection);
+    // what is being measured belongs to the direction before
+    connect(&direction_, &QComboBox::currentIndexChanged, this, [this] {
+        gate_.busy() ? gate_.runWhenFree(this, [this] { openDirection(); }) : openDirection();
+    });
     connect(&address_, &QLineEdit::textChanged, this, [this] {
         latest_.clear();
         live_.clear();
         refreshControls();
     });
-    for (auto* field : {&serial_, &gauge_, &person_, &remark_, &tolerance_, &steady_})
+    for (auto* field : detailFields())
         connect(field, &QLineEdit::editingFinished, this, &CalibrationRecord::keepDetails);
     connect(&zeroIsFree_, &QCheckBox::toggled, this, &CalibrationRecord::keepDetails);
     connect(&runs_, &QButtonGroup::idToggled, this, [this](int /*run*/, bool chosen) {
@@ -111,8 +114,9 @@ bool CalibrationRecord::eventFilter(QObject* watched, QEvent* event)
 
 bool CalibrationRecord::mayClose()
 {
-    keepDetails();
-    return true;
+    const auto lost = keepDetails();
+    return lost.isEmpty() ||
+           messages_.askToLose(this, lost + QStringLiteral("\n\n") + tr("Close the window all the same?"));
 }
 
 void CalibrationRecord::whenFree(const std::function<void()>& handler)
@@ -143,34 +147,41 @@ void CalibrationRecord::onCommand(QPushButton* button, void (CalibrationRecord::
 }
 
 /// Takes what was typed about the record; nothing is written while nothing has changed.
-void CalibrationRecord::keepDetails()
+/// @return empty, or why not all was taken, which the status line says, too: the file could not be written, or a number was
+///         refused; the one before it stays then, and all else is kept.
+QString CalibrationRecord::keepDetails()
 {
     const auto& old = job_->record();
     const auto tolerance = numberIn(tolerance_);
     const auto steady = numberIn(steady_);
-    const bool good =
-        (tolerance_.text().trimmed().isEmpty() || (tolerance && *tolerance > 0)) && steady && *steady > 0;
-    if (!good) {
-        return tell(tr(
-            "Permitted error and \"Steady within\" are numbers above 0, with a decimal point. What was there "
-            "stays."));
-    }
-    const bool same = old.serial == serial_.text() && old.gauge == gauge_.text() &&
-                      old.person == person_.text() && old.remark == remark_.text() &&
-                      old.tolerance == tolerance && old.steadyWithin == *steady &&
-                      old.zeroIsFree == zeroIsFree_.isChecked();
-    if (same) return;
-    const auto kept = job_->change([&](RecordData& record) {
+    const bool noTolerance = tolerance_.text().trimmed().isEmpty();
+    const bool goodTolerance = noTolerance || (tolerance && *tolerance > 0);
+    const bool goodSteady = steady && *steady > 0;
+    const auto change = [&](RecordData& record) {
         record.serial = serial_.text();
         record.gauge = gauge_.text();
         record.person = person_.text();
         record.remark = remark_.text();
-        record.tolerance = tolerance;
-        record.steadyWithin = *steady;
+        if (goodTolerance) record.tolerance = noTolerance ? std::nullopt : tolerance;
+        if (goodSteady) record.steadyWithin = *steady;
         record.zeroIsFree = zeroIsFree_.isChecked();
-    });
-    if (!kept) tell(asText(kept.error()));
-    showAll();
+    };
+    QString lost;
+    if (!goodTolerance || !goodSteady) {
+        lost = tr(
+            "Permitted error and \"Steady within\" are numbers above 0, with a decimal point. What was there "
+            "stays.");
+    }
+    auto wanted = old;
+    change(wanted);
+    if (!hasSameDetails(wanted, old)) {
+        const auto kept = job_->change(change);
+        if (!kept) lost = asText(kept.error());
+        if (kept) shownDetails_ = detailsOf(job_->record());
+        showAll();
+    }
+    if (!lost.isEmpty()) tell(lost);
+    return lost;
 }
 
 void CalibrationRecord::Dial_Return()
@@ -186,6 +197,7 @@ void CalibrationRecord::Dial_Return()
     queue_.push_back({runKind(), point(), *typed, down_.isChecked(), repeats_.value(), address()});
     dial_.clear();
     advance();
+    refreshControls();
     if (queue_.size() > 1) return; // the handler that runs takes it as well
     whenFree([this] { takeQueued(); });
 }
@@ -207,6 +219,8 @@ void CalibrationRecord::takeQueued()
         if (!taken) {
             // what was typed on in good faith belongs to points that would now be the wrong ones
             queue_.clear();
+            runs_.button(static_cast<int>(order.kind))->setChecked(true);
+            down_.setChecked(order.down);
             table_.setCurrentCell(order.point, 0);
             dial_.setText(link::shown(text::general(order.dial)));
             dial_.selectAll();
@@ -297,7 +311,7 @@ void CalibrationRecord::ClearRun_Click()
 
 void CalibrationRecord::SaveRecord_Click()
 {
-    keepDetails();
+    if (!keepDetails().isEmpty()) return;
     const auto name = QStringLiteral("calibration-%1-%2-%3.pdf")
                           .arg(job_->record().address > 0 ? QString::number(job_->record().address)
                                                           : QStringLiteral("readout"),

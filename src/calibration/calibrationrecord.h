@@ -14,6 +14,7 @@
 #include <QTableWidget>
 #include <QTimer>
 
+#include <array>
 #include <deque>
 #include <memory>
 #include <vector>
@@ -60,18 +61,23 @@ private:
     // calibrationrecord_shown.cpp
     void openDirection();
     void reload();
+    std::array<QLineEdit*, 6> detailFields()
+    {
+        return {&serial_, &gauge_, &person_, &remark_, &tolerance_, &steady_};
+    }
     void showAll();
     void showTable(const RunJudged& run);
     void showCharts();
     void showJudgement();
-    void showDetails();
+    /// Shows what the record says. What was typed and is not kept yet stays, unless it is of another record.
+    void showDetails(bool ofAnotherRecord = true);
     void showPoint();
     void refreshControls();
     QString nextStep() const;
 
     void onCommand(QPushButton* button, void (CalibrationRecord::*command)());
     void whenFree(const std::function<void()>& handler);
-    void keepDetails();
+    QString keepDetails();
     void Dial_Return();
     void takeQueued();
     void advance();
@@ -89,10 +95,12 @@ private:
     RunKind runKind() const;
     int point() const;
     int address() const;
+    bool isTaking() const { return !queue_.empty(); }
 
     std::unique_ptr<RecordJob> job_;
     std::deque<TakeOrder> queue_;
-    std::vector<double> latest_; ///< live values of the first column, newest last
+    std::array<QString, 6> shownDetails_; ///< of detailFields(), as the record has them
+    std::vector<double> latest_;          ///< live values of the first column, newest last
     QTimer liveTimer_;
     bool busy_ = false; ///< a command other than a take runs
 

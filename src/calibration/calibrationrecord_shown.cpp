@@ -51,6 +51,7 @@ void CalibrationRecord::reload()
 {
     const auto loaded = job_->load();
     if (!loaded) tell(inSentence(loaded.error()));
+    showDetails(false);
     showAll();
 }
 
@@ -122,17 +123,17 @@ void CalibrationRecord::showJudgement()
     judgement_.setPlainText((lines + hints).join(u'\n'));
 }
 
-void CalibrationRecord::showDetails()
+void CalibrationRecord::showDetails(bool ofAnotherRecord)
 {
-    const auto& record = job_->record();
-    serial_.setText(record.serial);
-    gauge_.setText(record.gauge);
-    person_.setText(record.person);
-    remark_.setText(record.remark);
-    tolerance_.setText(record.tolerance ? link::shown(text::general(*record.tolerance)) : QString());
-    steady_.setText(link::shown(text::general(record.steadyWithin)));
+    const auto texts = detailsOf(job_->record());
+    const auto fields = detailFields();
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        if (ofAnotherRecord || fields.at(i)->text() == shownDetails_.at(i))
+            fields.at(i)->setText(texts.at(i));
+    }
+    shownDetails_ = texts;
     const QSignalBlocker quiet(zeroIsFree_);
-    zeroIsFree_.setChecked(record.zeroIsFree);
+    zeroIsFree_.setChecked(job_->record().zeroIsFree);
 }
 
 void CalibrationRecord::showPoint()
@@ -150,8 +151,9 @@ void CalibrationRecord::refreshControls()
         const bool sends = name == QLatin1String("Download") || name == QLatin1String("SwitchOff");
         button->setEnabled(sends ? able && !module1_.readOnly() : !busy_);
     }
-    for (QWidget* widget : std::initializer_list<QWidget*>{&direction_, &address_, &dial_})
+    for (QWidget* widget : std::initializer_list<QWidget*>{&address_, &dial_})
         widget->setEnabled(!busy_);
+    direction_.setEnabled(!busy_ && !isTaking());
     for (auto* button : runs_.buttons())
         button->setEnabled(!busy_);
     refreshStatus();

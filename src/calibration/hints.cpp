@@ -71,7 +71,7 @@ QString wideSpread(const ColumnJudged& column, const std::optional<double>& tole
     if (!tolerance) return {};
     for (std::size_t i = 0; i < column.points.size(); ++i) {
         const auto& spread = column.points[i].spread;
-        if (spread && *spread > *tolerance) {
+        if (spread && !isWithin(*spread, *tolerance)) {
             return QStringLiteral("the readings of point %1 spread over %2 mm, more than is permitted")
                 .arg(i)
                 .arg(plainMm(*spread));

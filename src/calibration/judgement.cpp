@@ -11,6 +11,8 @@ namespace quorvel::calibration {
 
 namespace {
 
+constexpr double kOfCalculating = 5e-6; // mm
+
 std::optional<double> spreadOf(const Pass& pass, std::size_t column)
 {
     if (pass.takes.size() < 2) return std::nullopt;
@@ -90,7 +92,7 @@ void addErrors(ColumnJudged& column, RunKind kind, bool zeroIsFree)
         auto& error = column.points[i].error;
         if (!error) continue;
         *error -= column.zero.value_or(0);
-        if (!column.worst || std::fabs(*error) > column.worstError()) column.worst = i;
+        if (!column.worst || !isWithin(std::fabs(*error), column.worstError())) column.worst = i;
     }
 }
 
@@ -127,9 +129,10 @@ QString figuresOf(const ColumnJudged& column, bool named)
     return words;
 }
 
-bool isWithin(const ColumnJudged& column, double tolerance)
+bool passes(const ColumnJudged& column, double tolerance)
 {
-    return column.fit && column.worstError() <= tolerance && column.fit->nonlinearError <= tolerance;
+    return column.fit && isWithin(column.worstError(), tolerance) &&
+           isWithin(column.fit->nonlinearError, tolerance);
 }
 
 void addVerdict(RunJudged& run, const RecordData& record)
@@ -158,13 +161,15 @@ void addVerdict(RunJudged& run, const RecordData& record)
         return;
     }
     run.passes = std::ranges::all_of(
-        run.columns, [&](const ColumnJudged& column) { return isWithin(column, *record.tolerance); });
+        run.columns, [&](const ColumnJudged& column) { return passes(column, *record.tolerance); });
     run.verdict = QStringLiteral("%1: %2; permitted %3 mm.")
                       .arg(*run.passes ? QStringLiteral("pass") : QStringLiteral("FAIL"), all,
                            link::shown(text::general(*record.tolerance)));
 }
 
 } // namespace
+
+bool isWithin(double mm, double permitted) { return mm <= permitted + kOfCalculating; }
 
 QString signedMm(double mm)
 {

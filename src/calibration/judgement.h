@@ -57,6 +57,10 @@ RunJudged judgeRun(const RecordData& record, RunKind kind, const Records& table,
 /// What may have gone wrong in a run, and what single precision loses; nothing is refused for it.
 QStringList hintsAt(const RunJudged& run, const RecordData& record);
 
+/// True unless a length is more than what is permitted. What calculating in binary and in single precision adds, a tenth of
+/// the last decimal that is shown, does not count: 0.27 - 0.25 is not more than 0.02.
+bool isWithin(double mm, double permitted);
+
 /// A length in mm with its sign and four decimals.
 QString signedMm(double mm);
 /// Without its sign.

@@ -2,6 +2,7 @@
 
 #include "link/address.h"
 #include "link/bytes.h"
+#include "text/number.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <limits>
 #include <set>
+#include <tuple>
 
 namespace quorvel::calibration {
 
@@ -280,6 +282,26 @@ void RunPoint::put(Pass pass)
     } else {
         *found = std::move(pass);
     }
+}
+
+std::array<QString, 6> detailsOf(const RecordData& record)
+{
+    const auto number = [](double value) { return link::shown(text::general(value)); };
+    return {record.serial,
+            record.gauge,
+            record.person,
+            record.remark,
+            record.tolerance ? number(*record.tolerance) : QString(),
+            number(record.steadyWithin)};
+}
+
+bool hasSameDetails(const RecordData& one, const RecordData& other)
+{
+    const auto of = [](const RecordData& record) {
+        return std::tie(record.serial, record.gauge, record.person, record.remark, record.tolerance,
+                        record.steadyWithin, record.zeroIsFree);
+    };
+    return of(one) == of(other);
 }
 
 void RecordData::settleAddress()

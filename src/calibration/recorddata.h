@@ -108,6 +108,12 @@ struct RecordData {
     const Run& run(RunKind kind) const { return runs[static_cast<std::size_t>(kind)]; }
 };
 
+/// What people say of a record in their words and numbers, as its fields show them: serial, gauge, person, remark,
+/// tolerance, steadyWithin.
+std::array<QString, 6> detailsOf(const RecordData& record);
+/// True when these and zeroIsFree are the same.
+bool hasSameDetails(const RecordData& one, const RecordData& other);
+
 /// Reads a record. Fails, with the reason as half a sentence ("it is not JSON"), for what is no record of this direction,
 /// is of a later version, or has a value of another kind than it should.
 files::Result<RecordData> readRecord(const QByteArray& json, const DirectionRow& direction);

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <functional>
 
 namespace quorvel::calibration {
@@ -89,6 +90,18 @@ TEST_F(Judging, AsFoundIsComparedWithTheDialAndFails)
     // one point 0.04 above ten others: the line takes a little of it
     EXPECT_EQ(run.verdict.toStdString(),
               "FAIL: worst error 0.0500 mm at point 7, nonlinear error 0.0118 mm; permitted 0.02 mm.");
+}
+
+TEST_F(Judging, AnErrorAsLargeAsPermittedPasses)
+{
+    record.tolerance = 0.02;
+    for (int i = 0; i < kPoints; ++i) // 0.27 - 0.25 is more than 0.02 in binary
+        take(RunKind::Found, i, 0.25 * i, std::round(1000 * (0.25 * i + 0.02)) / 1000);
+    const auto run = judge(RunKind::Found);
+    EXPECT_EQ(run.passes, true) << qPrintable(run.verdict);
+    EXPECT_TRUE(run.verdict.startsWith("pass: worst error 0.0200 mm at point 0,")) << qPrintable(run.verdict);
+    record.tolerance = 0.0199;
+    EXPECT_EQ(judge(RunKind::Found).passes, false);
 }
 
 TEST_F(Judging, AFreeZeroIsTakenOff)
@@ -179,6 +192,8 @@ TEST_F(Judging, HintsAtASpreadThatIsWiderThanPermitted)
     record.run(RunKind::Found)[1].put({1.0, false, {{kNine, 5, {1.0}}, {kNine, 5, {1.03}}}});
     EXPECT_EQ(judge(RunKind::Found).hints,
               QStringList{"The readings of point 1 spread over 0.0300 mm, more than is permitted."});
+    record.run(RunKind::Found)[1].put({1.0, false, {{kNine, 5, {0.25}}, {kNine, 5, {0.27}}}});
+    EXPECT_THAT(judge(RunKind::Found).hints, IsEmpty());
 }
 
 // Sums of dial readings near 100 with steps of 0.1 keep too few digits of their differences.

@@ -4,6 +4,7 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QTest>
@@ -150,6 +151,24 @@ TEST_F(CalibrationRecordWindow, WhatIsTypedWhileTheReadoutAnswersIsTakenNext)
     EXPECT_EQ(table().currentRow(), 2);
 }
 
+TEST_F(CalibrationRecordWindow, AnotherDirectionOrRunChosenWhileThePointIsMeasuredWaits)
+{
+    put(10);
+    bus.fault("silent@2101:1");
+    auto& direction = *child<QComboBox>(*window, "Direction");
+    const bool able = direction.isEnabled();
+    QTimer::singleShot(20, window.get(), [&] {
+        EXPECT_TRUE(status().startsWith("Measuring point 0")) << qPrintable(status());
+        EXPECT_FALSE(direction.isEnabled());
+    });
+    QTimer::singleShot(20, window.get(), [&] { choose("left"); });
+    typeAndReturn("0.5");
+    EXPECT_TRUE(able && direction.isEnabled());
+    EXPECT_TRUE(status().startsWith("Point 0: Nothing was measured")) << qPrintable(status());
+    EXPECT_EQ(field("Dial").text(), "0.5");
+    EXPECT_TRUE(child<QAbstractButton>(*window, "measured")->isChecked()) << "that the point belongs to";
+}
+
 TEST_F(CalibrationRecordWindow, WhatIsNoNumberOrNotAnsweredStaysToBeTypedAgain)
 {
     typeAndReturn("abc");
@@ -181,6 +200,42 @@ TEST_F(CalibrationRecordWindow, LiveValueBecomesSteady)
     EXPECT_EQ(QAccessible::queryAccessibleInterface(&value)->text(QAccessible::Name), "no answer");
 }
 
+TEST_F(CalibrationRecordWindow, AnotherDirectionChosenDuringALiveValueIsOpenedAfterIt)
+{
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    bus.fault("silent@*");
+    child<QCheckBox>(*window, "LiveOn")->click();
+    QString before;
+    QTimer whileItAsks;
+    QObject::connect(&whileItAsks, &QTimer::timeout, [&] {
+        if (!gate.busy() || !before.isEmpty()) return;
+        child<QComboBox>(*window, "Direction")->setCurrentIndex(1);
+        before = status();
+        child<QCheckBox>(*window, "LiveOn")->click();
+    });
+    whileItAsks.start(5);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !before.isEmpty() && !gate.busy(); }, 20000));
+    EXPECT_TRUE(before.contains("XDirection.mdb")) << qPrintable(before);
+    EXPECT_TRUE(status().contains("YDirection.mdb")) << qPrintable(status());
+}
+
+TEST_F(CalibrationRecordWindow, WhatAnotherProgramWroteOfTheRecordIsShownAndStays)
+{
+    CalibrationRecord other(workplace);
+    child<QLineEdit>(other, "Person")->setText("A. Smith");
+    QTest::keyClick(child<QLineEdit>(other, "Person"), Qt::Key_Return);
+    field("Gauge").setText("dial 7");
+    QEvent activated(QEvent::WindowActivate);
+    QApplication::sendEvent(window.get(), &activated);
+    EXPECT_EQ(field("Person").text(), "A. Smith");
+    EXPECT_EQ(field("Gauge").text(), "dial 7") << "typed, not kept yet";
+    QTest::keyClick(&field("Gauge"), Qt::Key_Return);
+    CalibrationRecord third(workplace);
+    EXPECT_EQ(child<QLineEdit>(third, "Person")->text(), "A. Smith");
+    EXPECT_EQ(child<QLineEdit>(third, "Gauge")->text(), "dial 7");
+}
+
 TEST_F(CalibrationRecordWindow, DetailsAreKeptAndWrongOnesAreNot)
 {
     field("Person").setText("张伟");
@@ -194,6 +249,28 @@ TEST_F(CalibrationRecordWindow, DetailsAreKeptAndWrongOnesAreNot)
     window = std::make_unique<CalibrationRecord>(workplace);
     EXPECT_EQ(field("Person").text(), "张伟");
     EXPECT_EQ(field("Tolerance").text(), "0.02");
+}
+
+TEST_F(CalibrationRecordWindow, ARefusedNumberLosesNothingElseThatWasTyped)
+{
+    field("Tolerance").setText("0.02");
+    QTest::keyClick(&field("Tolerance"), Qt::Key_Return);
+    for (const auto* wrong : {"0,05", "1E400", "nan", "0", "-0.1", "\uFF10.\uFF15", "0.05 mm", "inf"}) {
+        field("Tolerance").setText(wrong);
+        field("Gauge").setText(QStringLiteral("gauge %1").arg(wrong));
+        messages.files = {inFolder("r.json")};
+        button("SaveRecord").click();
+        EXPECT_TRUE(status().startsWith("Permitted error and \"Steady within\" are numbers above 0"))
+            << wrong << ": " << qPrintable(status());
+        EXPECT_FALSE(QFile::exists(inFolder("r.json"))) << "with a permitted error that nobody meant";
+        window->close();
+        EXPECT_TRUE(lastMessage().endsWith("Close the window all the same?")) << qPrintable(lastMessage());
+        EXPECT_TRUE(window->isVisible());
+        window = std::make_unique<CalibrationRecord>(workplace);
+        window->show();
+        EXPECT_EQ(field("Tolerance").text(), "0.02");
+        EXPECT_EQ(field("Gauge").text(), QStringLiteral("gauge %1").arg(wrong));
+    }
 }
 
 TEST_F(CalibrationRecordWindow, NewTableEmptiesThePointsAfterAQuestion)
