@@ -174,7 +174,7 @@ QString CalibrationRecord::keepDetails()
     }
     auto wanted = old;
     change(wanted);
-    if (!hasSameDetails(wanted, old)) {
+    if (!hasSameDetails(wanted, old) || !job_->isRecordWritten()) {
         const auto kept = job_->change(change);
         if (!kept) lost = asText(kept.error());
         if (kept) shownDetails_ = detailsOf(job_->record());
@@ -311,7 +311,8 @@ void CalibrationRecord::ClearRun_Click()
 
 void CalibrationRecord::SaveRecord_Click()
 {
-    if (!keepDetails().isEmpty()) return;
+    const auto unkept = keepDetails();
+    if (!unkept.isEmpty() && job_->isRecordWritten()) return;
     const auto name = QStringLiteral("calibration-%1-%2-%3.pdf")
                           .arg(job_->record().address > 0 ? QString::number(job_->record().address)
                                                           : QStringLiteral("readout"),
@@ -320,9 +321,13 @@ void CalibrationRecord::SaveRecord_Click()
     const auto chosen =
         messages_.chooseFile(this, {tr("Save Record"), QLatin1String(kRecordFilter), true, proposed});
     if (chosen.isEmpty() || !mayWrite(messages_, this, chosen)) return;
-    if (const auto loaded = job_->load(); !loaded) return tell(asText(loaded.error()));
+    // what was typed and could not be kept beside the points is in what is saved
+    if (job_->isRecordWritten()) {
+        if (const auto loaded = job_->load(); !loaded) return tell(asText(loaded.error()));
+    }
     const auto saved = saveRecord(*job_, QFileInfo(chosen).filesystemFilePath(), module1_.clock().now());
     tell(saved ? tr("Saved as %1.").arg(chosen) : asText(saved.error()));
+    addStatus(unkept);
 }
 
 /// Only while nobody else talks, and only for a window in use: the line is shared.

@@ -123,7 +123,9 @@ Run readRun(Reader& reader, const QJsonObject& in, qsizetype columns)
     Run run;
     const auto points = reader.array(in, "points", kPoints);
     for (qsizetype i = 0; i < points.size(); ++i) {
+        if (!points[i].isObject()) reader.fail("points");
         for (const auto& pass : reader.array(points[i].toObject(), "passes", 2)) {
+            if (!pass.isObject()) reader.fail("passes");
             run[static_cast<std::size_t>(i)].put(readPass(reader, pass.toObject(), columns));
         }
     }

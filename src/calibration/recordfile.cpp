@@ -32,6 +32,7 @@ void RecordFile::load()
 {
     data_ = {};
     trouble_.clear();
+    written_ = true;
     if (!files::isThere(path_)) return;
     QFile file(path_);
     std::string why;
@@ -57,6 +58,7 @@ files::Status RecordFile::change(const std::function<void(RecordData&)>& change,
     const auto json = recordJson(data_, direction_);
     auto written = files::replaceContent(path_, QJsonDocument(json).toJson().toStdString(),
                                          {.keepAs = unusable ? files::dateMark(now) : std::string()});
+    written_ = static_cast<bool>(written);
     if (!written) return written;
     trouble_.clear();
     data_.origin = json;

@@ -20,6 +20,8 @@ public:
     const RecordData& data() const { return data_; }
     /// Why the file that is there cannot be used, as a sentence; empty when it can or there is none.
     const std::string& trouble() const { return trouble_; }
+    /// False while data() holds a change that could not be written.
+    bool isWritten() const { return written_; }
 
     /// Reads the file.
     void load();
@@ -34,6 +36,7 @@ private:
     std::filesystem::path path_;
     RecordData data_;
     std::string trouble_;
+    bool written_ = true;
 };
 
 /// Notes in the record what the measured run got from elsewhere than the record's own window: one reading of a point, in

@@ -81,10 +81,13 @@ jet::Status RecordJob::take(const TakeOrder& order, const std::function<bool()>&
     if (order.kind == RunKind::Measured) {
         if (auto written = writePoint(order.point, point); !written) return written;
     }
-    return change([&](RecordData& data) {
+    auto kept = change([&](RecordData& data) {
         data.run(order.kind)[static_cast<std::size_t>(order.point)] = std::move(point);
         data.settleAddress();
     });
+    if (!kept && order.kind == RunKind::Measured)
+        return jet::Failure{"It is in the table, but not in the record. " + kept.error()};
+    return kept;
 }
 
 jet::Status RecordJob::clear(RunKind kind)

@@ -50,7 +50,7 @@ public:
 
     /// Asks as often as ordered, replaces the takes of that point and way, and writes them: those of the measured run into
     /// the working file, too, which is made when it is missing. Fails, and leaves the point as it was, when an answer is
-    /// missing or `stop` said so; also when something could not be written.
+    /// missing or `stop` said so. Fails also when something could not be written.
     jet::Status take(const TakeOrder& order, const std::function<bool()>& stop = {});
 
     /// Forgets what was taken of a run; the working file stays as it is.

@@ -33,6 +33,8 @@ public:
     const std::filesystem::path& recordFile() const { return file_.path(); }
     /// Why the record beside the working file cannot be used; empty when it can.
     const std::string& recordTrouble() const { return file_.trouble(); }
+    /// False while record() holds a change that could not be written; load() drops it.
+    bool isRecordWritten() const { return file_.isWritten(); }
     /// The points of the working file.
     const Records& table() const { return table_; }
     RunJudged judge(RunKind kind) const { return judgeRun(record(), kind, table(), direction_); }

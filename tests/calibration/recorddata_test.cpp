@@ -122,6 +122,9 @@ TEST(RecordData, WhatIsNoRecordIsRefusedWithItsReason)
     EXPECT_EQ(why(with("1.625", "1e300")), "its value of \"readings\" is not valid");
     EXPECT_EQ(why(with("1.625", "1, 2")), "its value of \"readings\" is not valid");
     EXPECT_EQ(why(with("\"runs\": {", "\"runs\": 3, \"other\": {")), "its value of \"runs\" is not valid");
+    EXPECT_EQ(why(with("\"points\": [", "\"points\": [7, ")), "its value of \"points\" is not valid");
+    EXPECT_EQ(why(with("\"passes\": [", "\"passes\": [\"a\"], \"other\": [")),
+              "its value of \"passes\" is not valid");
 }
 
 TEST(RecordData, MeanIsOverTheWaysNotOverTheTakes)

@@ -273,6 +273,37 @@ TEST_F(CalibrationRecordWindow, ARefusedNumberLosesNothingElseThatWasTyped)
     }
 }
 
+TEST_F(CalibrationRecordWindow, WhatAWriteProtectedRecordDoesNotTakeIsSaidAndStillSaved)
+{
+    takeAll();
+    const auto record = inFolder("XDirection.record.json");
+    ASSERT_TRUE(QFile::setPermissions(record, QFile::ReadOwner));
+    put(20);
+    typeAndReturn("2.5");
+    EXPECT_TRUE(status().startsWith("Point 10: It is in the table, but not in the record. "))
+        << qPrintable(status());
+    EXPECT_EQ(cell(10, 2), "20.000");
+    field("Person").setText("A. Smith");
+    QTest::keyClick(&field("Person"), Qt::Key_Return);
+    EXPECT_TRUE(status().contains("is write-protected")) << qPrintable(status());
+    for (const auto* name : {"r.json", "again.json"}) {
+        messages.files = {inFolder(name)};
+        button("SaveRecord").click();
+        EXPECT_TRUE(status().startsWith("Saved as " + inFolder(name))) << qPrintable(status());
+        EXPECT_TRUE(status().contains("is write-protected")) << qPrintable(status());
+        QFile saved(inFolder(name));
+        ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(saved.readAll().contains("A. Smith"));
+    }
+    window->close();
+    EXPECT_TRUE(window->isVisible()) << "No to the question whether to lose that";
+    ASSERT_TRUE(QFile::setPermissions(record, QFile::ReadOwner | QFile::WriteOwner));
+    window->close();
+    EXPECT_FALSE(window->isVisible());
+    window = std::make_unique<CalibrationRecord>(workplace);
+    EXPECT_EQ(field("Person").text(), "A. Smith");
+}
+
 TEST_F(CalibrationRecordWindow, NewTableEmptiesThePointsAfterAQuestion)
 {
     takeAll();
