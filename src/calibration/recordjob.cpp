@@ -21,8 +21,11 @@ jet::Status RecordJob::change(const std::function<void(RecordData&)>& change)
 
 jet::Result<std::vector<double>> RecordJob::ask(int address)
 {
-    const auto reply =
-        module1_.transact(protocol::measurement(direction_.direction, link::AddressToHex(address))).reply;
+    const auto exchange =
+        module1_.transact(protocol::measurement(direction_.direction, link::AddressToHex(address)));
+    const auto& reply = exchange.reply;
+    if (!protocol::isMeasurement(reply) && exchange.outcome == link::Outcome::PortLost)
+        return jet::Failure{"Nothing was measured. " + protocol::whyFailed(exchange).toStdString()};
     if (!protocol::isMeasurement(reply)) {
         return jet::Failure{"Nothing was measured: " + protocol::whyNoMeasurement(reply) +
                             ". Check the address."};

@@ -184,6 +184,18 @@ TEST_F(CalibrationRecordWindow, WhatIsNoNumberOrNotAnsweredStaysToBeTypedAgain)
     EXPECT_EQ(cell(0, 1), "0.5");
 }
 
+TEST_F(CalibrationRecordWindow, AnAdapterThatIsPulledWhileAPointIsMeasuredIsNamed)
+{
+    bus.fault("silent@*");
+    QTimer::singleShot(100, window.get(), [&] { bus.unplug(); });
+    typeAndReturn("0.5");
+    EXPECT_TRUE(status().contains(bus.device() + " is gone")) << qPrintable(status());
+    EXPECT_FALSE(status().contains("Check the address")) << qPrintable(status());
+    EXPECT_EQ(field("Dial").text(), "0.5");
+    QTest::keyClick(&field("Dial"), Qt::Key_Return);
+    EXPECT_TRUE(status().startsWith("Nothing was measured: the port is closed.")) << qPrintable(status());
+}
+
 TEST_F(CalibrationRecordWindow, LiveValueBecomesSteady)
 {
     put(10);
