@@ -1,5 +1,7 @@
 #include "chart/export.h"
 #include "grayscale/drawthart.h"
+#include "grayscale/pixelreading.h"
+#include "link/address.h"
 #include "protocol/direction.h"
 #include "protocol/grayscale.h"
 
@@ -35,17 +37,26 @@ std::optional<std::vector<std::int16_t>> pixelsFrom(std::istream& input)
     return input.eof() ? std::optional(pixels) : std::nullopt;
 }
 
-QString draw(const std::string& sensor, link::InstrumentType type, const QString& file)
+/// What the picture is of, as the window "Pixels" says it in its pictures.
+chart::About aboutOf(const grayscale::PixelReading& reading)
 {
+    const auto known = reading.address > 0 ? grayscale::inWords(reading) : QString();
+    return {QStringLiteral("Pixels"), known, reading.at};
+}
+
+/// @param reading  all but the pixels.
+QString draw(const grayscale::PixelReading& reading, const QString& file)
+{
+    const auto sensor = reading.direction.toStdString();
     const auto pixels = pixelsFrom(std::cin);
     if (!pixels) return QStringLiteral("What came on stdin is not a list of pixels.");
     protocol::PixelArray array;
     array.store(*pixels);
     grayscale::TChart chart;
     chart.resize(kChartSize);
-    grayscale::drawThart(chart, array, sensor, type);
+    grayscale::drawThart(chart, array, sensor, reading.type);
     chart.setTitle(QString::fromStdString(grayscale::chartTitle(sensor)));
-    return chart::save(chart, file, QFileInfo(file).suffix());
+    return chart::save(chart, file, QFileInfo(file).suffix(), aboutOf(reading));
 }
 
 } // namespace
@@ -56,16 +67,24 @@ int main(int argc, char* argv[])
     std::string sensor;
     std::string type;
     std::string file;
+    std::string at;
+    grayscale::PixelReading reading;
+    reading.readings = 1;
     app.add_option("SENSOR", sensor, "X, Y, Z1 or Z2")
         ->required()
         ->check(CLI::IsMember({"X", "Y", "Z1", "Z2"}));
     app.add_option("TYPE", type, "Instrument type")->required()->check(CLI::IsMember({"A", "B", "C", "D"}));
     app.add_option("FILE", file, "The picture to make, .jpg or .png")->required();
+    app.add_option("--address", reading.address, "The readout that was read")
+        ->check(CLI::Range(link::kLowestAddress, link::kHighestAddress));
+    app.add_option("--at", at, "When it was read: 2024-05-17T09:30:00");
     CLI11_PARSE(app, argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
-    const auto reason =
-        draw(sensor, protocol::typeNamed(type).value_or(link::TypeA), QString::fromLocal8Bit(file.c_str()));
+    reading.direction = QString::fromStdString(sensor);
+    reading.type = protocol::typeNamed(type).value_or(link::TypeA);
+    reading.at = QDateTime::fromString(QString::fromStdString(at), Qt::ISODate);
+    const auto reason = draw(reading, QString::fromLocal8Bit(file.c_str()));
     if (reason.isEmpty()) return 0;
     std::fprintf(stderr, "%s\n", qPrintable(reason));
     return 1;

@@ -7,6 +7,7 @@
 #include "link/program_folder.h"
 #include "protocol/answer.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QProcess>
@@ -58,11 +59,14 @@ bool mayWrite(Console& console, const GrayscaleOptions& options)
 }
 
 /// @param damaged  takes the numbers of the pixels that arrived damaged.
-bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array, std::vector<int>& damaged)
+/// @param begun    takes the time at which the reading began.
+bool fetchPixels(Console& console, const GrayscaleRow& row, PixelArray& array, std::vector<int>& damaged,
+                 QDateTime& begun)
 {
     const auto exchange = console.module1().transact(grayscaleQuery(row, console.bench().addressDigits()));
     const auto read = exchange.complete() ? readGrayscale(row, exchange.reply, array) : GrayscaleReply();
     damaged = read.damaged;
+    begun = exchange.begun;
     if (!damaged.empty()) console.tell(QStringLiteral("%1 pixels arrived damaged.").arg(damaged.size()));
     if (read.good) return true;
     console.fail(failureOf(exchange),
@@ -102,11 +106,14 @@ QString drawer()
 }
 
 /// @return empty on success, otherwise the reason in words.
-QString saveChartOf(Console& console, const GrayscaleRow& row, const PixelArray& array, const QString& file)
+QString saveChartOf(Console& console, const GrayscaleRow& row, const PixelArray& array,
+                    const QDateTime& begun, const QString& file)
 {
     QProcess process;
     process.start(drawer(),
-                  {link::shown(nameOf(row.sensor)), console.typeName(), QFileInfo(file).absoluteFilePath()});
+                  {link::shown(nameOf(row.sensor)), console.typeName(), QFileInfo(file).absoluteFilePath(),
+                   QStringLiteral("--address"), QString::number(console.address()), QStringLiteral("--at"),
+                   begun.toString(Qt::ISODate)});
     for (const int value : array.pixels()) {
         process.write(QByteArray::number(value) + '\n');
     }
@@ -132,17 +139,18 @@ void readGrayscale(Console& console, const GrayscaleOptions& options)
     const auto& row = *findGrayscale(options.direction);
     PixelArray array;
     std::vector<int> damaged;
+    QDateTime begun;
     if (!console.checkReadout() || !mayWrite(console, options)) return;
     if (!options.chart.empty() && drawer().isEmpty()) {
         return console.fail(Failure::Failed,
                             QStringLiteral("Charts are drawn by the program quorvelctl-draw of the "
                                            "package quorvel. Install it, or take --data."));
     }
-    if (!console.openPort(Access::Reads) || !fetchPixels(console, row, array, damaged)) return;
+    if (!console.openPort(Access::Reads) || !fetchPixels(console, row, array, damaged, begun)) return;
     const auto data = fileName(options.data);
     const auto chart = fileName(options.chart);
     if (!data.isEmpty()) report(console, data, savePixels(data, array));
-    if (!chart.isEmpty()) report(console, chart, saveChartOf(console, row, array, chart));
+    if (!chart.isEmpty()) report(console, chart, saveChartOf(console, row, array, begun, chart));
     if (console.options.json || (data.isEmpty() && chart.isEmpty()))
         answerPixels(console, row, array, damaged);
 }

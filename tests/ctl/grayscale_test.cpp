@@ -4,6 +4,7 @@
 #include "support/program_run.h"
 #include "support/simulated_bus.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -138,6 +139,7 @@ TEST_F(QuorvelctlGrayscale, SavesCsv)
 
 TEST_F(QuorvelctlGrayscale, SavesTheChartInBothFormatsBesideTheData)
 {
+    const auto begun = QDateTime::currentDateTime().addSecs(-1);
     for (const auto* format : {"jpg", "png"}) {
         const auto chart = QStringLiteral("x.%1").arg(format);
         const auto read = runX({"--data", file("x.csv"), "--chart", file(chart), "--force"});
@@ -145,7 +147,15 @@ TEST_F(QuorvelctlGrayscale, SavesTheChartInBothFormatsBesideTheData)
         const auto saved = QStringLiteral("Saved: %1\nSaved: %2\n").arg(file("x.csv"), file(chart));
         EXPECT_TRUE(read.err.endsWith(saved)) << qPrintable(read.err);
         EXPECT_EQ(QImageReader::imageFormat(file(chart)), chart == "x.jpg" ? "jpeg" : "png");
-        EXPECT_EQ(QImage(file(chart)).size(), QSize(1600, 800));
+        const QImage picture(file(chart));
+        EXPECT_EQ(picture.size(), QSize(1600, 800));
+        EXPECT_EQ(picture.text("Title"), "Pixels") << "as the window's pictures";
+        EXPECT_EQ(picture.text("Description"), "Readout 5, type A, X direction");
+        EXPECT_EQ(picture.text("Software"), "QUORVEL V4.11");
+        const auto bytes = contents(chart); // Qt reads no name with a blank back from a JPEG
+        const auto time = bytes.mid(bytes.indexOf("Creation Time") + (chart == "x.jpg" ? 15 : 14), 19);
+        const auto at = QDateTime::fromString(QString::fromLatin1(time), "yyyy-MM-dd HH:mm:ss");
+        EXPECT_TRUE(at >= begun && at <= QDateTime::currentDateTime()) << qPrintable(at.toString());
     }
     EXPECT_EQ(names(), (QStringList{"x.csv", "x.jpg", "x.png"}));
 }
