@@ -100,8 +100,10 @@ void diagnose(Console& console)
     if (!console.options.address.empty()) task.address = console.address();
     if (!console.options.type.empty()) task.type = console.instrumentType();
     if (!console.makeLink(Access::Reads)) return;
+    // A lost port is a finding here, which is told once.
+    QObject::disconnect(&console.module1().port(), &link::MSComm::lost, nullptr, nullptr);
     task.whyClosed = console.openDevice();
-    if (!console.ports().entries().empty()) task.port = console.ports().entries().front().text;
+    if (!console.ports().entries().empty()) task.port = console.ports().entries().front().device;
     const auto findings =
         line::diagnose(console.module1(), task,
                        {[&console] { return console.endRequested(); },

@@ -2,6 +2,7 @@
 #include "ctl/console.h"
 #include "ctl/validators.h"
 #include "link/interrupt.h"
+#include "link/serialport.h"
 
 #include <CLI/CLI.hpp>
 
@@ -60,6 +61,7 @@ int runCommandLine(Console& console, int argc, const char* const argv[], const A
     app.require_subcommand(1);
     app.fallthrough();
     addCommonOptions(app, console.options);
+    link::setAdviser(link::Adviser::CommandLine);
     addLineCommands(app, console);
     addBusCommands(app, console);
     addWatchCommand(app, console);

@@ -4,12 +4,15 @@
 #include "ctl/validators.h"
 #include "link/address.h"
 #include "link/interrupt.h"
+#include "link/serialport.h"
 #include "protocol/values.h"
 #include "site/watch.h"
 #include "text/number.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -100,7 +103,6 @@ std::optional<site::Site> siteOf(Console& console, const WatchOptions& options)
         site.readouts.push_back(readout);
     }
     if (!options.isService()) {
-        if (!console.checkReadout()) return std::nullopt;
         auto& readout = site.readouts.emplace_back();
         readout.address = console.address();
         readout.type = console.instrumentType();
@@ -126,6 +128,8 @@ public:
         console_.options.port = device.toStdString();
         if (!console_.makeLink(Access::Reads)) return;
         auto& port = console_.module1().port();
+        // A port that is opened again by itself needs nobody to run the command anew.
+        if (options_.wait) link::setAdviser(link::Adviser::Service);
         // A lost port is no failure of the program here.
         QObject::disconnect(&port, &link::MSComm::lost, nullptr, nullptr);
         QObject::connect(&port, &link::MSComm::lost, &port, [this](const QString& words) { lost(words); });
@@ -134,6 +138,7 @@ public:
         const auto reason = keeper.open();
         if (!reason.isEmpty() && !options_.wait) return console_.fail(Failure::PortNotOpened, reason);
         if (!reason.isEmpty()) console_.tell(reason + QStringLiteral(" Waiting for it."));
+        if (options_.isService()) link::setAdviser(link::Adviser::Service);
         sweep(std::move(*site), keeper);
     }
 
@@ -203,16 +208,34 @@ private:
     bool ended_ = false;
 };
 
-void checkTogether(const WatchOptions& options)
+/// Whether an option is on the command line, rather than in the environment.
+bool isTyped(const CLI::App& app, const char* name)
+{
+    const auto& typed = app.parse_order();
+    return std::find(typed.begin(), typed.end(), app.get_option(name)) != typed.end();
+}
+
+/// What the environment says of readouts gives way to what the command line says.
+void chooseReadouts(const CLI::App& app, const CLI::App& watching, WatchOptions& options)
+{
+    const int ways = (isTyped(watching, "--site") ? 1 : 0) + (isTyped(watching, "--readout") ? 1 : 0) +
+                     (isTyped(app, "--address") ? 1 : 0);
+    if (ways > 1) throw CLI::ValidationError("--site, --readout and --address exclude each other");
+    if (!isTyped(watching, "--site") && ways > 0) options.site.clear();
+}
+
+void checkTogether(const Console& console, const WatchOptions& options)
 {
     const bool toFile = !options.output.empty();
-    if (!options.site.empty() && !options.readouts.empty())
-        throw CLI::ValidationError("--site and --readout exclude each other");
+    if (!options.isService() && console.options.address.empty()) {
+        throw CLI::ValidationError(
+            "Name a site file with --site, readouts with --readout, or one readout with --address");
+    }
+    if (console.options.json && !options.format.empty() && options.format != "ndjson")
+        throw CLI::ValidationError("--json is --format ndjson, and excludes another format");
     if (options.daily && (!toFile || options.format == "prometheus"))
         throw CLI::ValidationError("--daily needs --output, and a format other than prometheus");
 }
-
-constexpr auto kSiteVariable = "QUORVEL_SITE";
 
 } // namespace
 
@@ -221,7 +244,7 @@ void addWatchCommand(CLI::App& app, Console& console)
     auto* watching = addCommand(app, "watch", "Read one readout, or a whole site, again and again",
                                 "watch --site dam.quorvel-site.json --every 1m");
     const auto options = std::make_shared<WatchOptions>();
-    watching->add_option("--site", options->site, "Site file; SIGHUP reads it anew")->envname(kSiteVariable);
+    watching->add_option("--site", options->site, "Site file; SIGHUP reads it anew")->envname("QUORVEL_SITE");
     watching->add_option("--readout", options->readouts, "A readout and its type, such as 12:C; repeatable")
         ->check(readoutOption())
         ->allow_extra_args(false);
@@ -230,7 +253,7 @@ void addWatchCommand(CLI::App& app, Console& console)
                      "Time from sweep to sweep, such as 10s, 5m or 1h, aligned to the clock (default: 10s)")
         ->check(interval());
     watching->add_option("--count", options->count, "Sweeps to take (default: until interrupted)")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(1, std::numeric_limits<int>::max()));
     watching
         ->add_option("--format", options->format, "text, ndjson, csv, influx or prometheus (default: text)")
         ->check(CLI::IsMember({"text", "ndjson", "csv", "influx", "prometheus"}));
@@ -238,11 +261,9 @@ void addWatchCommand(CLI::App& app, Console& console)
                          "Append to this file; with prometheus replace it in one step (default: print)");
     watching->add_flag("--daily", options->daily, "A new file each day, with its date in the name");
     watching->add_flag("--wait", options->wait, "Wait for a port that cannot be opened at the start");
-    watching->callback([&console, options] {
-        // what the environment says gives way to what the command line says
-        const bool named = !options->readouts.empty() || !console.options.address.empty();
-        if (named && qgetenv(kSiteVariable) == options->site.c_str()) options->site.clear();
-        checkTogether(*options);
+    watching->callback([&app, watching, &console, options] {
+        chooseReadouts(app, *watching, *options);
+        checkTogether(console, *options);
         Watching(console, *options).run();
     });
 }

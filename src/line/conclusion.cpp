@@ -25,12 +25,12 @@ constexpr auto kReadoutOrLine = "Whether the readout or the line is to blame can
 
 constexpr FaultRow kFaults[] = {
     {Fault::None, "no fault found", "{Readout} answers as it should.",
-     "If it fails only now and then, watch Tools > Line Health.",
+     "If it fails only now and then, watch Tools > Line Health, or have quorvelctl count with --stats.",
      "Stored records, pixels, settings and whatever changes a readout were not tried. Of an answer to the "
      "search only the address was looked at, and a digit that arrives as another digit is not noticed."},
     {Fault::LineGood, "line good", "Port, adapter and line are good: {heard} answered the search.",
-     "Enter the address of the readout in question and test again."},
-    {Fault::PortClosed, "port closed", "{detail}", "Open the port, then test again."},
+     "Test again with the address of the readout in question: in its box, or with quorvelctl --address."},
+    {Fault::PortClosed, "port closed", "{detail}", "Test again when the port is open."},
     {Fault::PortLost, "port lost", "The port vanished during the test. {detail}",
      "If it happens again, try another USB socket and another cable.",
      "Whether the plug, the cable, the adapter or its supply is to blame cannot be told from here."},
@@ -67,7 +67,8 @@ constexpr FaultRow kFaults[] = {
      "Switch the readout off and on again, then test again.",
      "Whether the readout does not know this command or is defective cannot be told from here."},
     {Fault::SearchSilent, "search unanswered", "{Readout} answers at its address, but not to the search.",
-     "Work with its address as entered; Tools > Find Readouts One by One finds it, too.",
+     "Work with its address as entered; Tools > Find Readouts One by One, or quorvelctl search --each, finds "
+     "it, too.",
      "Why it leaves the search out cannot be told from here."},
     {Fault::SearchWrong, "search wrong",
      "The search names {heard}, but no readout answers there, while {readout} answers and is not named.",
@@ -81,7 +82,8 @@ constexpr FaultRow kFaults[] = {
     {Fault::NowAndThen, "now and then",
      "{Readout} answers only now and then. \"{command}\" went wrong once ({detail}), and was answered when "
      "it was asked again.",
-     "Check plugs, terminals and shield, and watch Tools > Line Health while somebody moves the cable.",
+     "Check plugs, terminals and shield, and watch Tools > Line Health, or quorvelctl --stats watch, while "
+     "somebody moves the cable.",
      kReadoutOrLine},
     {Fault::BreaksOff, "answer breaks off",
      "{Readout} answers \"{command}\", but the end of the answer is missing: {detail}.",
@@ -118,7 +120,8 @@ constexpr FaultRow kFaults[] = {
      "CommError."},
     {Fault::NoValue, "no value",
      "{Readout} answers \"{command}\", but no number, date or state stands where one belongs: {detail}.",
-     "If it is the clock, set it (Settings > Clock Setting). Otherwise switch the readout off and on again.",
+     "If it is the clock, set it (Settings > Clock Setting, or quorvelctl clock now). Otherwise switch the "
+     "readout off and on again.",
      kReadoutOrLine},
     {Fault::AnotherReadout, "another readout",
      "{Readout} answers as it should. Another one does not: {detail}.", "Test again with that address."},

@@ -39,13 +39,12 @@ QString reasonFor(const ComPort& port, const QString& name)
         return inUseText(name);
     case ComPort::Trouble::Refused:
         return QStringLiteral(
-                   "%1 is used by another program, or you may not use it. Close that program and press "
-                   "OpenComm again, or ask the administrator of this PC.")
-            .arg(name);
+                   "%1 is used by another program, or you may not use it. Close that program%2, or ask the "
+                   "administrator of this PC.")
+            .arg(name, thenAgain(" and "));
     case ComPort::Trouble::NotAllowed:
-        return QStringLiteral("You may not use %1. Ask the administrator of this PC to allow it, then press "
-                              "OpenComm again.")
-            .arg(name);
+        return QStringLiteral("You may not use %1. Ask the administrator of this PC to allow it%2.")
+            .arg(name, thenAgain(", then "));
     default:
         return unusableText(name, wordsOf(port.error()));
     }

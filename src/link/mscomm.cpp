@@ -1,5 +1,7 @@
 #include "link/mscomm.h"
 
+#include "link/serialport.h"
+
 #include <algorithm>
 
 namespace quorvel::link {
@@ -46,8 +48,7 @@ void MSComm::drop()
 {
     if (!device_) return;
     device_->disconnect(this);
-    const auto reason = tr("%1 is gone (%2). Check the adapter and the cable, then press OpenComm again.")
-                            .arg(name_, device_->errorString());
+    const auto reason = goneText(name_, device_->errorString());
     lostReason_ = reason;
     gather();
     // The device is in the middle of telling us; it may go only afterwards.

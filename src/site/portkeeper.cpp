@@ -39,7 +39,8 @@ QString PortKeeper::open()
     const auto* where = entry();
     if (!where) {
         return serialNumber_.isEmpty()
-                   ? QStringLiteral("There is no serial port. Plug the adapter in, or name a device.")
+                   ? QStringLiteral(
+                         "There is no serial port. Plug the adapter in, or name a device with --port.")
                    : QStringLiteral("The adapter with the serial number %1 is not there. Plug it in.")
                          .arg(serialNumber_);
     }

@@ -28,12 +28,12 @@ QLatin1String latin(const char* text) { return QLatin1String(text); }
 
 QString pointerTo(const QString& around, const char* key) { return around + u'/' + latin(key); }
 
-bool isOneLine(const QString& text)
+bool breaksLine(QChar c)
 {
-    return std::none_of(text.begin(), text.end(), [](QChar c) {
-        return c.category() == QChar::Other_Control || c == QChar(0x2028) || c == QChar(0x2029);
-    });
+    return c.category() == QChar::Other_Control || c == QChar(0x2028) || c == QChar(0x2029);
 }
+
+bool isOneLine(const QString& text) { return std::none_of(text.begin(), text.end(), breaksLine); }
 
 /// A value of a file in a sentence, cut when it is long.
 QString inSentence(const QJsonValue& value)
@@ -217,10 +217,26 @@ Site Reader::site(const QJsonObject& object)
     return site;
 }
 
-/// A text that is empty is not written, unless the file had it.
-void put(QJsonObject& object, const char* key, const QString& text)
+/// A text as a file can have it: without a mark at its beginning.
+QString withoutMarks(QString text)
 {
+    while (text.startsWith(QChar::ByteOrderMark))
+        text.remove(0, 1);
+    return text;
+}
+
+/// A text that is empty is not written, unless the file had it.
+void put(QJsonObject& object, const char* key, const QString& given)
+{
+    const auto text = withoutMarks(given);
     if (!text.isEmpty() || object.contains(latin(key))) object.insert(latin(key), text);
+}
+
+/// A text of one line, whatever was typed or handed in.
+void putLine(QJsonObject& object, const char* key, QString line)
+{
+    std::replace_if(line.begin(), line.end(), breaksLine, QChar(u' '));
+    put(object, key, line);
 }
 
 void putSide(QJsonObject& object, const char* key, const std::optional<double>& mm)
@@ -257,7 +273,7 @@ QJsonObject objectOf(const Readout& readout)
     auto object = readout.asRead;
     object.insert(latin("address"), readout.address);
     object.insert(latin("type"), link::shown(protocol::nameOf(readout.type)));
-    put(object, "name", readout.name);
+    putLine(object, "name", readout.name);
     put(object, "reference", readout.reference);
     putLimits(object, readout);
     return object;
@@ -308,6 +324,8 @@ const Readout* Site::readoutAt(int address) const
 
 files::Result<Site> parseSite(const QByteArray& json, const QString& fileName)
 {
+    if (json.trimmed().isEmpty())
+        return files::Failure{fileName.toStdString() + " is empty. Open another file."};
     QJsonParseError error{};
     const auto document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError) return notJson(json, error, fileName);
@@ -324,8 +342,8 @@ files::Result<Site> parseSite(const QByteArray& json, const QString& fileName)
 QByteArray toJson(const Site& site)
 {
     auto object = site.asRead;
-    put(object, "name", site.name);
-    put(object, "port", site.port);
+    putLine(object, "name", site.name);
+    putLine(object, "port", site.port);
     put(object, "note", site.note);
     QJsonArray readouts;
     for (const auto& readout : site.readouts)
@@ -337,11 +355,11 @@ QByteArray toJson(const Site& site)
 files::Result<Site> loadSite(const std::filesystem::path& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    const auto json = file.open(QIODevice::ReadOnly) ? file.read(kLongestFile + 1) : QByteArray();
+    if (file.error() != QFileDevice::NoError) {
         return files::Failure{files::inWords(path) + " cannot be read: " + file.errorString().toStdString() +
                               ". Choose another site file."};
     }
-    const auto json = file.read(kLongestFile + 1);
     if (json.size() > kLongestFile)
         return files::Failure{files::inWords(path) + " is too long for a site file. Choose another one."};
     return parseSite(json, QString::fromStdString(files::inWords(path.filename())));

@@ -199,14 +199,28 @@ TEST_F(DiagnoseOnTheBus, ARangeThatIsNoneIsExitStatus2)
     EXPECT_TRUE(bus.frames().isEmpty());
 }
 
+TEST_F(DiagnoseOnTheBus, ALostPortIsToldOnceAndInTheWordsOfTheCommandLine)
+{
+    bus.fault("hangup@01");
+    const auto ended = run({"--address", "5", "--json", "diagnose"});
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_EQ(ended.err, "");
+    EXPECT_FALSE(ended.out.contains("error")) << "a finding, not an error: " << qPrintable(ended.out);
+    const auto what = QJsonDocument::fromJson(ended.lines().last().toUtf8())["what"].toString();
+    EXPECT_TRUE(what.contains(" is gone (")) << qPrintable(what);
+    EXPECT_TRUE(what.endsWith("Check the adapter and the cable, then run the command again."))
+        << qPrintable(what);
+}
+
 TEST(DiagnoseWithoutBus, AMissingPortIsTheVerdict)
 {
     const auto ended = runProgram("quorvelctl", {"--port", "/dev/ttyNowhere", "--json", "diagnose"});
     EXPECT_EQ(ended.status, 3);
     const auto verdict = QJsonDocument::fromJson(ended.lines().last().toUtf8());
     EXPECT_EQ(verdict["verdict"], "port closed");
-    EXPECT_TRUE(verdict["what"].toString().contains("/dev/ttyNowhere does not exist"))
-        << qPrintable(ended.out);
+    EXPECT_EQ(verdict["what"],
+              "/dev/ttyNowhere does not exist. Plug the adapter in, or name another port with --port; "
+              "quorvelctl ports lists them.");
 }
 
 } // namespace

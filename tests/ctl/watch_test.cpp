@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -101,6 +102,11 @@ TEST_F(QuorvelctlWatch, WrongUsageIsExitStatus2)
           {"--readout", "5:E"},
           {"--readout", "5:A", "--readout", "5:B"},
           {"--readout", "5:A", "--site", "a"},
+          {"--readout", "5:A", "--address", "5"},
+          {"--site", "a", "--address", "5"},
+          {"--readout", "5:A", "--json", "--format", "csv"},
+          {},
+          {"--readout", "5:A", "--count", "0"},
           {"--readout", "5:A", "--every", "0"},
           {"--readout", "5:A", "--every", "25h"},
           {"--readout", "5:A", "--format", "xml"},
@@ -124,6 +130,22 @@ TEST_F(QuorvelctlWatch, APortThatCannotBeOpenedIsExitStatus3UnlessItWaits)
     expect("  X: ");
     process.terminate();
     EXPECT_EQ(ended(), 143);
+}
+
+TEST_F(QuorvelctlWatch, TakesTheSiteOfTheEnvironmentUnlessReadoutsAreNamed)
+{
+    qputenv("QUORVEL_SITE", writeSite().toLocal8Bit());
+    qputenv("QUORVEL_ADDRESS", "12");
+    const auto restored = qScopeGuard([] {
+        qunsetenv("QUORVEL_SITE");
+        qunsetenv("QUORVEL_ADDRESS");
+    });
+    const QStringList once{"--port", bus.device(), "watch", "--every", "1", "--count", "1"};
+    EXPECT_EQ(run(once).lines().size(), 2) << "both readouts of the site";
+    EXPECT_EQ(run(once + QStringList{"--readout", "12:A"}).lines().size(), 1);
+    EXPECT_TRUE(run(once + QStringList{"--address", "5"}).out.contains(" X: "))
+        << "the time of day and one reading";
+    EXPECT_EQ(run(once + QStringList{"--address", "5"}).lines().size(), 1);
 }
 
 TEST_F(QuorvelctlWatch, FailsWhenItsFileLacksReadingsAtTheEnd)
@@ -153,6 +175,7 @@ TEST_F(QuorvelctlWatch, GoesOnThroughAPulledAdapter)
     start({"watch", "--site", writeSite(), "--every", "1"});
     expect("block 12  X: ");
     bus.unplug();
+    expect(" Check the adapter and the cable.\n"); // and nothing that somebody would have to do by hand
     expect("block 12  port lost");
     bus.command("plug");
     expect("is open again.");

@@ -67,6 +67,26 @@ TEST(Device, WhoMayNotUseAPortIsToldWhichGroupMay)
     EXPECT_TRUE(notAllowedText("/dev/ttyUSB0", "").contains("the group \"dialout\""));
 }
 
+TEST(Device, WhatToDoNextIsSaidInTheWordsOfTheProgram)
+{
+    const auto said = [](Adviser adviser) {
+        setAdviser(adviser);
+        return QStringList{missingText("a"), inUseText("a"), notAllowedText("a", "g"), unusableText("a", "b"),
+                           goneText("a", "b")};
+    };
+    EXPECT_EQ(said(Adviser::Service).join('\n'),
+              "a does not exist. Plug the adapter in, or name another port.\n"
+              "a is used by another program. Close it.\n"
+              "You may not use a. Join the group \"g\" (sudo usermod -aG g YOUR-NAME) and log in again.\n"
+              "a cannot be opened as a serial port: b. Name another port.\n"
+              "a is gone (b). Check the adapter and the cable.");
+    for (const auto& text : said(Adviser::CommandLine)) {
+        EXPECT_FALSE(text.contains("OpenComm") || text.contains("F5")) << qPrintable(text);
+        EXPECT_TRUE(text.contains("run the command again") || text.contains("--port")) << qPrintable(text);
+    }
+    EXPECT_EQ(said(Adviser::Windows)[1], "a is used by another program. Close it and press OpenComm again.");
+}
+
 TEST(Device, AFileIsNoSerialPort)
 {
     const QTemporaryDir folder;

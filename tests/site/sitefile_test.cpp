@@ -56,6 +56,24 @@ TEST(SiteFile, HoldsASite)
     EXPECT_EQ(site->readoutAt(13), nullptr);
 }
 
+// What is pasted into a cell, or comes from a script, must not make a file that is refused when it is opened.
+TEST(SiteFile, WhateverANameHoldsTheFileCanBeOpenedAgain)
+{
+    Site site;
+    site.name = "North\tdam\r\nupper";
+    site.port = "/dev/ttyUSB0\n";
+    site.note = QString(QChar::ByteOrderMark) + QChar(QChar::ByteOrderMark) + "two\nlines";
+    site.readouts.resize(1);
+    site.readouts[0].address = 5;
+    site.readouts[0].name = "a" + QString(QChar(0x2028)) + "b";
+    const auto again = parseSite(toJson(site), "again");
+    ASSERT_TRUE(again) << again.error();
+    EXPECT_EQ(again->name, "North dam  upper");
+    EXPECT_EQ(again->port, "/dev/ttyUSB0 ");
+    EXPECT_EQ(again->note, "two\nlines");
+    EXPECT_EQ(again->readouts[0].name, "a b");
+}
+
 TEST(SiteFile, EveryGoodExampleIsReadAndEveryWrongOneRefused)
 {
     int good = 0;
@@ -187,7 +205,8 @@ TEST(SiteFile, WhatIsNotJsonIsNamedWithItsLine)
 {
     EXPECT_THAT(reasonFor("{\n\"name\": \"Dam\"\n\"readouts\": []}"),
                 ::testing::StartsWith("dam.quorvel-site.json, line 3: this is not JSON: "));
-    EXPECT_THAT(reasonFor(""), HasSubstr("line 1: this is not JSON"));
+    for (const auto* nothing : {"", " \n"})
+        EXPECT_EQ(reasonFor(nothing), "dam.quorvel-site.json is empty. Open another file.");
     EXPECT_THAT(reasonFor(QByteArray(100'000, '[')), HasSubstr("this is not JSON"));
 }
 
