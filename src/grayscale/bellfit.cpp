@@ -20,16 +20,6 @@ double valueOf(const Bell& bell, double index)
     return bell.height * std::exp(-kFourLog2 * x * x);
 }
 
-double squares(std::span<const double> samples, int first, const Bell& bell)
-{
-    double sum = 0;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const double miss = samples[i] - valueOf(bell, first + static_cast<double>(i));
-        sum += miss * miss;
-    }
-    return sum;
-}
-
 /// The solution of three symmetric equations, whose diagonal is raised by `damping` of itself.
 Three solved(std::array<Three, 3> rows, Three right, double damping)
 {
@@ -74,19 +64,29 @@ Bell stepped(std::span<const double> samples, int first, const Bell& bell, doubl
 
 } // namespace
 
+double squaresOf(std::span<const double> samples, int first, const Bell& bell)
+{
+    double sum = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double miss = samples[i] - valueOf(bell, first + static_cast<double>(i));
+        sum += miss * miss;
+    }
+    return sum;
+}
+
 Bell fitBell(std::span<const double> samples, int first, const Bell& guess)
 {
     const double last = first + static_cast<double>(samples.size()) - 1;
     Bell best = guess;
     best.width = std::max(best.width, kNarrowest);
-    double least = squares(samples, first, best);
+    double least = squaresOf(samples, first, best);
     double damping = 1e-3;
     for (int step = 0; step < kSteps && best.height > 0; ++step) {
         const auto next = stepped(samples, first, best, damping);
         const bool possible = next.centre >= first && next.centre <= last && next.width >= kNarrowest &&
                               next.width <= 2 * static_cast<double>(samples.size()) && next.height > 0 &&
                               next.height <= 1;
-        const double sum = possible ? squares(samples, first, next) : least;
+        const double sum = possible ? squaresOf(samples, first, next) : least;
         if (possible && sum < least) {
             best = next;
             least = sum;

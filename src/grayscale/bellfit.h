@@ -15,4 +15,7 @@ struct Bell {
 /// @param first  index of the first sample.
 Bell fitBell(std::span<const double> samples, int first, const Bell& guess);
 
+/// What the bell leaves of the samples, squared and added.
+double squaresOf(std::span<const double> samples, int first, const Bell& bell);
+
 } // namespace quorvel::grayscale

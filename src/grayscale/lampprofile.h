@@ -5,8 +5,8 @@
 
 namespace quorvel::grayscale {
 
-/// Over this length of the sensor the lamp's light counts as smooth: what is narrower than a third of it is seen as a dip,
-/// what is wider belongs to the lamp.
+/// Over this length of the sensor the lamp's light counts as smooth: what is narrower than two fifths of it is seen as a dip,
+/// what is wider belongs to the lamp unless it is much darker.
 inline constexpr double kLampSmoothMm = 5;
 
 /// The light of the lamp alone: the brightness that a sensor would see without wire, dust and noise.

@@ -2,6 +2,7 @@
 
 #include "grayscale/axes.h"
 #include "grayscale/bellfit.h"
+#include "grayscale/flatfit.h"
 #include "grayscale/lampprofile.h"
 #include "grayscale/shadowedges.h"
 
@@ -25,6 +26,7 @@ constexpr double kDipBeginsDeviations = 3;
 constexpr double kDipDeviations = 6; // of the noise, that a dip is deep at least
 constexpr double kEdges = 3;         // widths of its edge that a shadow reaches beyond them
 constexpr double kDeviation = 1.4826;
+constexpr double kClearlyBetter = 0.98; // of the squares that another shape leaves
 
 /// Indices of pixels, from 0; the last one is one of them.
 struct Range {
@@ -187,8 +189,13 @@ private:
         const int first = std::max({0, before + 1, static_cast<int>(guess.centre) - reach});
         const int last = std::min(
             {static_cast<int>(losses_.size()) - 1, behind - 1, static_cast<int>(guess.centre) + reach});
-        const auto samples = std::span(losses_).first(static_cast<std::size_t>(last) + 1);
-        return fitBell(samples.subspan(static_cast<std::size_t>(first)), first, guess);
+        const auto from = static_cast<std::size_t>(first);
+        const auto samples = std::span(losses_).first(static_cast<std::size_t>(last) + 1).subspan(from);
+        const auto bell = fitBell(samples, first, guess);
+        const auto smooth = std::span(smooth_).subspan(from, samples.size());
+        const auto flat = fitFlat(samples, smooth, first, guess.height);
+        const bool isFlat = flat && flat->squares < kClearlyBetter * squaresOf(samples, first, bell);
+        return isFlat ? flat->bell : bell;
     }
 
     const std::vector<double>& losses_;

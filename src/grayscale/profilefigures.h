@@ -26,7 +26,7 @@ struct PixelValue {
     double value = 0;
 };
 
-/// A place where the glass takes light: the bell that fits the pixels best.
+/// A place where the glass takes light: the bell, or the flat bottom with straight edges, that fits the pixels best.
 struct Dip {
     double placeMm = 0;
     double widthMm = 0; ///< where half of the depth is reached

@@ -12,6 +12,7 @@ constexpr int kAcross = 5; // samples of an edge through which a straight line i
 constexpr double kHalf = 0.5;
 constexpr double kBright = 0.8;
 constexpr double kDark = 0.2;
+constexpr double kAsDark = 0.05;
 
 struct Stretch {
     int first = 0;
@@ -19,19 +20,37 @@ struct Stretch {
     int size() const { return last - first + 1; }
 };
 
-Stretch widestBelow(const std::vector<double>& parts, double least)
+/// Mean of the middle half.
+double floorOf(const std::vector<double>& parts, const Stretch& shadow)
 {
-    Stretch widest;
+    const int quarter = shadow.size() / 4;
+    const auto first = parts.begin() + shadow.first + quarter;
+    const auto last = parts.begin() + shadow.last + 1 - quarter;
+    return std::accumulate(first, last, 0.0) / static_cast<double>(last - first);
+}
+
+/// The darkest stretch, or the widest of those that are as dark but for kAsDark.
+Stretch darkestBelow(const std::vector<double>& parts, double least, double narrowest)
+{
+    std::vector<Stretch> found;
     Stretch now;
-    for (int i = 0; i < static_cast<int>(parts.size()); ++i) {
-        if (parts[static_cast<std::size_t>(i)] >= least) {
-            now = {i + 1, i};
+    for (int i = 0; i <= static_cast<int>(parts.size()); ++i) {
+        const bool dark = i < static_cast<int>(parts.size()) && parts[static_cast<std::size_t>(i)] < least;
+        if (dark) {
+            now.last = i;
             continue;
         }
-        now.last = i;
-        if (now.size() > widest.size()) widest = now;
+        if (now.size() > narrowest) found.push_back(now);
+        now = {i + 1, i};
     }
-    return widest;
+    if (found.empty()) return {};
+    double darkest = least;
+    for (const auto& stretch : found)
+        darkest = std::min(darkest, floorOf(parts, stretch));
+    Stretch best;
+    for (const auto& stretch : found)
+        if (floorOf(parts, stretch) <= darkest + kAsDark && stretch.size() > best.size()) best = stretch;
+    return best;
 }
 
 /// Where the light crosses `level` on the way from `from` in steps of `step`; nothing when it does not.
@@ -67,12 +86,9 @@ std::optional<double> crossing(const std::vector<double>& parts, int from, int s
 
 std::optional<ShadowEdges> findShadow(const std::vector<double>& parts, double least, double narrowest)
 {
-    const auto shadow = widestBelow(parts, least);
+    const auto shadow = darkestBelow(parts, least, narrowest);
     if (shadow.size() <= narrowest) return std::nullopt;
-    const int quarter = shadow.size() / 4;
-    const auto first = parts.begin() + shadow.first + quarter;
-    const auto last = parts.begin() + shadow.last + 1 - quarter;
-    const double floor = std::accumulate(first, last, 0.0) / static_cast<double>(last - first);
+    const double floor = floorOf(parts, shadow);
     const int middle = (shadow.first + shadow.last) / 2;
     const auto at = [&](int step, double part) {
         return crossing(parts, middle, step, floor + part * (1 - floor));

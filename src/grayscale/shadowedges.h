@@ -14,8 +14,8 @@ struct ShadowEdges {
     double depth = 0; ///< in the middle: 1 is no light
 };
 
-/// The widest stretch in which the light is less than `least`, if it is wider than `narrowest` samples and light is seen on
-/// both sides.
+/// The darkest of the stretches in which the light is less than `least` and that are wider than `narrowest` samples, or the
+/// widest of those that are as dark; nothing when light is not seen on both sides.
 /// @param parts  of the light that arrives, 1 is all of it.
 std::optional<ShadowEdges> findShadow(const std::vector<double>& parts, double least, double narrowest);
 

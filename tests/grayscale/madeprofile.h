@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -30,7 +31,8 @@ struct Truth {
     Sensor sensor;
     Lamp lamp;
     Shadow shadow;
-    std::vector<Dip> dips;
+    std::vector<Dip> dips;   ///< bells
+    std::optional<Dip> flat; ///< dirt with a flat bottom
     std::vector<int> dark;
     std::vector<int> saturated;
 };
@@ -39,7 +41,9 @@ struct Truth {
 /// the same one on every machine: numbers are drawn from the generator alone, whose sequence is fixed.
 class MadeProfile {
 public:
-    explicit MadeProfile(std::uint32_t seed) : random_(seed)
+    /// @param withFlat  with tape, a leaf or other dirt that is as dark everywhere: 0.5 to 2 mm wide and 8 to 60 % deep, or 2
+    ///                  to 6 mm wide and 40 to 70 % deep.
+    explicit MadeProfile(std::uint32_t seed, bool withFlat = false) : random_(seed)
     {
         truth_.sensor = kSensors[seed % std::size(kSensors)];
         base_ = between(110, 150);
@@ -48,6 +52,7 @@ public:
         noise_ = between(0.5, 1.5);
         response_ = between(0.002, 0.008);
         hangWire();
+        if (withFlat) layFlat();
         layDust();
         spoilPixels();
         make();
@@ -87,9 +92,26 @@ private:
     {
         const auto& shadow = truth_.shadow;
         if (std::fabs(mm - shadow.centreMm) < shadow.widthMm / 2 + 12 * edge_ + reach) return false;
+        const auto& flat = truth_.flat;
+        if (flat && std::fabs(mm - flat->placeMm) < flat->widthMm / 2 + 12 * flatEdge_ + 3 * reach)
+            return false;
         return std::all_of(truth_.dips.begin(), truth_.dips.end(), [&](const Dip& dip) {
             return std::fabs(mm - dip.placeMm) > 3 * (dip.widthMm + reach);
         });
+    }
+
+    void layFlat()
+    {
+        Dip flat;
+        const bool wide = between(0, 1) > 0.5;
+        flat.widthMm = wide ? between(2, 6) : between(0.5, 2);
+        flat.depth = wide ? between(0.4, 0.7) : between(0.08, 0.6);
+        flatEdge_ = between(0.01, 0.03);
+        const double margin = flat.widthMm / 2 + 2;
+        do {
+            flat.placeMm = between(truth_.sensor.fromMm + margin, truth_.sensor.toMm - margin);
+        } while (!isFree(flat.placeMm, margin));
+        truth_.flat = flat;
     }
 
     void layDust()
@@ -136,6 +158,10 @@ private:
         const auto& shadow = truth_.shadow;
         const double inside = shadow.widthMm / 2 - std::fabs(mm - shadow.centreMm);
         double part = 1 - shadow.depth / (1 + std::exp(-inside / edge_));
+        if (const auto& flat = truth_.flat) {
+            const double within = flat->widthMm / 2 - std::fabs(mm - flat->placeMm);
+            part *= 1 - flat->depth / (1 + std::exp(-within / flatEdge_));
+        }
         for (const auto& dip : truth_.dips) {
             const double x = (mm - dip.placeMm) / dip.widthMm;
             if (std::fabs(x) < 5) part *= 1 - dip.depth * std::exp(-4 * std::log(2) * x * x);
@@ -172,6 +198,7 @@ private:
     Truth truth_;
     double base_, arch_, tilt_, noise_, response_;
     double edge_ = 0;
+    double flatEdge_ = 0;
     std::vector<int> spoilt_;
     std::vector<double> values_;
 };
