@@ -203,7 +203,7 @@ TEST(ReadingAJournal, WhatIsNoFileOrNoneOfOursIsNotRead)
     EXPECT_TRUE(readJournal(folder.path().toStdString()).failure.endsWith(" cannot be read: it is no file."));
     EXPECT_EQ(readJournal((folder.path() + "/none").toStdString()).failure, "");
     const auto path = folder.filePath("journal.jsonl").toStdString();
-    std::ofstream{path};
+    std::ofstream(path) << "";
     std::filesystem::resize_file(path, 10 * Journal::kLongest + 1);
     EXPECT_TRUE(
         readJournal(path).failure.endsWith("journal.jsonl cannot be read: it is longer than any of ours."));
