@@ -6,15 +6,16 @@
 
 #include "link/module1.h"
 #include "support/fake_device.h"
+#include "support/processor_time.h"
 
 #include <QCoreApplication>
 
 #include <benchmark/benchmark.h>
 
-#include <ctime>
-
 namespace quorvel {
 namespace {
+
+using test::processorSeconds;
 
 constexpr double kFrameFloor = 0.03 + 13 * 0.005; // s
 constexpr float kSilence = 1.5F;                  // s
@@ -32,8 +33,6 @@ struct Link {
     link::SystemClock clock;
     link::Module1 module1{comm, clock};
 };
-
-double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
 void report(benchmark::State& state, const std::string& name, double figure, double limit)
 {

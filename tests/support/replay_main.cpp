@@ -21,7 +21,7 @@ int main(int argc, char** argv)
     }
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
-        std::printf("%s\n", entry.path().filename().c_str());
+        std::printf("%s\n", entry.path().filename().string().c_str());
         std::fflush(stdout);
         std::ifstream file(entry.path(), std::ios::binary);
         const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
