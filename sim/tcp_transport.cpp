@@ -1,12 +1,18 @@
 #include "sim/socket.h"
 #include "sim/text.h"
 #include "sim/transport.h"
+#include "sim/wait.h"
+
+#include <chrono>
 
 namespace quorvelsim {
 
 namespace {
 
 constexpr int kLargestPort = 65535;
+
+/// Not every system shows that a client has gone before it shows the next one.
+constexpr double kGoing = 0.2; // s
 
 /// A serial device server with one line: one client at a time, a second one is turned away.
 class TcpTransport : public Transport {
@@ -25,13 +31,9 @@ public:
     std::string receive() override
     {
         std::string characters;
-        bool ended = false;
-        if (client_.isOpen()) characters = client_.read(ended);
-        if (ended) {
-            client_.close();
-            dropPending();
-        }
+        readClient(characters);
         for (auto arrived = listener_.accept(); arrived.isOpen(); arrived = listener_.accept()) {
+            awaitEnd(characters);
             if (!client_.isOpen()) client_ = std::move(arrived);
         }
         return characters;
@@ -42,6 +44,28 @@ protected:
     std::size_t write(std::string_view characters) override { return client_.write(characters); }
 
 private:
+    void readClient(std::string& characters)
+    {
+        bool ended = false;
+        if (client_.isOpen()) characters += client_.read(ended);
+        if (!ended) return;
+        client_.close();
+        dropPending();
+    }
+
+    /// Gives a client that is about to go the time for it, and takes what it had written.
+    void awaitEnd(std::string& characters)
+    {
+        using Clock = std::chrono::steady_clock;
+        const auto start = Clock::now();
+        while (client_.isOpen() && characters.size() < kPending && !stopAsked()) {
+            const double left = kGoing - std::chrono::duration<double>(Clock::now() - start).count();
+            if (left <= 0) return;
+            waitFor({{client_.number(), false}}, false, left);
+            readClient(characters);
+        }
+    }
+
     Socket listener_;
     Socket client_;
     std::string name_;

@@ -263,6 +263,21 @@ TEST(Process, AnswersOverTcpOneClientAtATime)
     EXPECT_EQ(sim.control("plug"), R"({"device":")" + sim.port() + "\"}");
 }
 
+TEST(Process, ATcpClientThatHasGoneMakesRoomForTheNextWhateverItHadWritten)
+{
+    Process sim({"--fast", "--tcp", "127.0.0.1:0"});
+    auto client = connectTo(sim.port());
+    say(client.get(), ":0572FF");
+    EXPECT_EQ(listen(client.get(), 17), ":0572+0.00000FF\r\n");
+    ASSERT_EQ(::kill(sim.pid(), SIGSTOP), 0);
+    say(client.get(), std::string(2000, 'x'));
+    client.close();
+    const auto next = connectTo(sim.port());
+    ASSERT_EQ(::kill(sim.pid(), SIGCONT), 0);
+    say(next.get(), ":0574FF");
+    EXPECT_EQ(listen(next.get(), 17), ":0574+0.00000FF\r\n");
+}
+
 /// Writes what the other side takes, for that long.
 std::size_t flood(int descriptor, const std::string& command, double duration)
 {
