@@ -1,6 +1,5 @@
 # What every target of the project shares: the language, the warnings, the place of the binaries, the tests.
 
-include(CMakeDependentOption)
 include(program/program)
 
 set(CMAKE_CXX_STANDARD 20)
@@ -27,8 +26,8 @@ option(QUORVEL_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSaniti
 option(QUORVEL_FUZZ "Build the fuzzers as such, with sanitizers; needs clang" OFF)
 option(QUORVEL_COVERAGE "Build programs that count what of them runs, for gcov" OFF)
 option(QUORVEL_TESTS "Build the tests; needs GoogleTest. For Windows those that need no tool of another system" OFF)
-cmake_dependent_option(QUORVEL_BENCHES "Build the benchmarks; needs Google Benchmark, GoogleTest and SQLite" OFF
-                       "NOT WIN32" OFF)
+option(QUORVEL_BENCHES "Build the benchmarks; needs Google Benchmark, GoogleTest and SQLite. For Windows that of the pauses"
+       OFF)
 
 # The one place for warnings and sanitizers.
 add_library(quorvel_flags INTERFACE)

@@ -18,9 +18,6 @@ using std::chrono::steady_clock;
 
 constexpr double kSecondsPerDay = 86400;
 
-/// The event loop sleeps in whole milliseconds and may wake one late; the rest is slept without it.
-constexpr double kLoopResolution = 0.0015;
-
 } // namespace
 
 SystemClock::SystemClock()
@@ -49,7 +46,7 @@ void SystemClock::letEventsRun() { QCoreApplication::processEvents(); }
 
 void SystemClock::idle(double seconds)
 {
-    const double inLoop = std::floor((seconds - kLoopResolution) * 1000);
+    const double inLoop = std::floor((seconds - loopResolution()) * 1000);
     if (inLoop >= 1) {
         alarm_.start(milliseconds(static_cast<std::int64_t>(inLoop)));
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);

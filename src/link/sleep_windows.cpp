@@ -39,4 +39,7 @@ void sleepFor(double seconds)
     }
 }
 
+// A tick of the clock. Qt has means for shorter waits, a thread for each, which cost more than the pause of a character.
+double loopResolution() { return 0.016; }
+
 } // namespace quorvel::link
