@@ -6,6 +6,7 @@ boxes and lists, which copy their text (Ctrl+C).
 
 import json
 import os
+import re
 import subprocess
 import time
 
@@ -67,7 +68,7 @@ class Window:
 
     @staticmethod
     def _numbers(caption):
-        found = output("xdotool", "search", "--onlyvisible", "--name", f"^{caption}$").split()
+        found = output("xdotool", "search", "--onlyvisible", "--name", f"^{re.escape(caption)}$").split()
         return [number for number in found if output("xdotool", "getwindowname", number).strip() == caption]
 
     @classmethod
@@ -121,7 +122,8 @@ class Program:
     """A running Windows program."""
 
     def __init__(self, path, *arguments):
-        self.process = subprocess.Popen(["wine", path, *arguments], stdin=subprocess.DEVNULL)
+        # Wine complains of drive Z: again and again
+        self.process = subprocess.Popen(["wine", path, *arguments], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def ends(self):
         return self.process.wait(timeout=PATIENCE)
