@@ -36,20 +36,27 @@ QString whoOf(const QString& user, const QString& program)
     return user.isEmpty() ? program : user + QStringLiteral(", ") + program;
 }
 
-files::Result<std::vector<site::ChangeMade>> changesSince(const Program& program, const QDateTime& since)
+files::Result<site::ChangesMade> changesSince(const Program& program, const QDateTime& since)
 {
     if (!program.journal) return files::Failure{"This run of the program keeps no journal."};
-    const auto journal = line::readJournal(program.journal->file());
+    const auto journal = line::readJournal(program.journal->file(), since);
     if (!journal.failure.isEmpty()) return files::Failure{journal.failure.toStdString()};
-    std::vector<site::ChangeMade> changes;
-    for (const auto& line : journal.lines) {
+    site::ChangesMade changes;
+    auto unclear = journal.unread;
+    std::size_t older = 0; // lines up to the last one that is
+    for (std::size_t i = 0; i < journal.lines.size(); ++i) {
+        const auto& line = journal.lines[i];
         const auto text = [&line](const char* member) { return line[QLatin1String(member)].toString(); };
         const auto time = QDateTime::fromString(text("time"), Qt::ISODateWithMs);
+        if (!time.isValid()) unclear.push_back(i);
+        if (time.isValid() && time < since) older = i + 1;
         if (!time.isValid() || time < since) continue;
-        changes.push_back({text("time"), line[QLatin1String("address")].toInt(), text("meaning"), text("old"),
-                           text("outcome"), line[QLatin1String("confirmed")].toBool(),
-                           whoOf(text("user"), text("program"))});
+        changes.made.push_back({text("time"), line[QLatin1String("address")].toInt(), text("meaning"),
+                                text("old"), text("outcome"), line[QLatin1String("confirmed")].toBool(),
+                                whoOf(text("user"), text("program"))});
     }
+    changes.unread = static_cast<int>(
+        std::count_if(unclear.begin(), unclear.end(), [older](std::size_t place) { return place >= older; }));
     return changes;
 }
 

@@ -7,6 +7,7 @@
 #include "link/program_folder.h"
 #include "protocol/meaning.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -167,7 +168,25 @@ JournalLines readJournal(const std::filesystem::path& path)
     }
     if (failure.isEmpty()) return readJournal(file);
     const auto reason = Journal::tr("The journal %1 cannot be read: %2.");
-    return {{}, 0, reason.arg(QFileInfo(file).filePath(), failure)};
+    return {{}, {}, reason.arg(QFileInfo(file).filePath(), failure)};
+}
+
+JournalLines readJournal(const std::filesystem::path& path, const QDateTime& since)
+{
+    const QFileInfo newest(path);
+    const auto older = newest.completeBaseName() + QStringLiteral(".*.") + newest.suffix();
+    auto files = newest.dir().entryInfoList({older}, QDir::Files, QDir::Time | QDir::Reversed);
+    files.removeIf([&since](const QFileInfo& file) { return file.lastModified() < since; });
+    files << newest;
+    JournalLines all;
+    for (const auto& file : files) {
+        const auto journal = readJournal(file.filesystemFilePath());
+        if (!journal.failure.isEmpty()) return journal;
+        for (const auto place : journal.unread)
+            all.unread.push_back(all.lines.size() + place);
+        all.lines.insert(all.lines.end(), journal.lines.begin(), journal.lines.end());
+    }
+    return all;
 }
 
 JournalLines readJournal(QIODevice& device)
@@ -183,7 +202,7 @@ JournalLines readJournal(QIODevice& device)
         if (json.isObject()) {
             journal.lines.push_back(json.object());
         } else {
-            ++journal.unread;
+            journal.unread.push_back(journal.lines.size());
         }
     }
     return journal;

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+class QDateTime;
 class QIODevice;
 
 namespace quorvel::line {
@@ -69,14 +70,17 @@ private:
 /// What a journal holds. What another program or a hand has left there may be anything.
 struct JournalLines {
     std::vector<QJsonObject> lines; ///< in the order of the file
-    int unread = 0;                 ///< lines that are not an object, or longer than kLongestLine
-    QString failure;                ///< why the file could not be read; empty also when there is no such file
+    /// One for each line that is not an object, or longer than kLongestLine: how many were read before it.
+    std::vector<std::size_t> unread;
+    QString failure; ///< why the file could not be read; empty also when there is no such file
 };
 inline constexpr qint64 kLongestLine = 65'536; ///< bytes, the line feed included; ours have a few hundred
 
 /// All lines of a file, or why there are none: no file of ours is longer than ten times Journal::kLongest, and only a file
 /// is read, no device.
 JournalLines readJournal(const std::filesystem::path& file);
+/// The same with the lines of the files before it that have been set aside since a moment.
+JournalLines readJournal(const std::filesystem::path& file, const QDateTime& since);
 /// From where an open device stands to its end.
 JournalLines readJournal(QIODevice& device);
 

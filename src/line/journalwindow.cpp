@@ -118,7 +118,8 @@ void JournalWindow::read()
     auto words = tr("Lines in %1: %2. Older ones are in the files beside it.")
                      .arg(QFileInfo(file_).filePath())
                      .arg(lines_.rowCount());
-    if (journal.unread > 0) words += u' ' + tr("Lines that could not be read: %1.").arg(journal.unread);
+    if (!journal.unread.empty())
+        words += u' ' + tr("Lines that could not be read: %1.").arg(journal.unread.size());
     if (!journal.failure.isEmpty()) words = journal.failure;
     status_.setText(words);
 }

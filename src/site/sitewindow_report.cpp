@@ -79,6 +79,7 @@ Visit SiteWindow::visitOf(const VisitNotes& notes) const
                 .readouts = {},
                 .since = notes.since,
                 .changes = {},
+                .changesUnread = 0,
                 .changesUnknown = {}};
     for (int row = 0; row < model_.rowCount(); ++row) {
         const auto& readout = model_.readout(row);
@@ -91,8 +92,9 @@ Visit SiteWindow::visitOf(const VisitNotes& notes) const
     const auto changes = surroundings_.changes(notes.since);
     if (changes) {
         std::copy_if(
-            changes->begin(), changes->end(), std::back_inserter(visit.changes),
+            changes->made.begin(), changes->made.end(), std::back_inserter(visit.changes),
             [&visit](const ChangeMade& change) { return visit.site.readoutAt(change.address) != nullptr; });
+        visit.changesUnread = changes->unread;
     } else {
         visit.changesUnknown = QString::fromStdString(changes.error());
     }

@@ -30,12 +30,18 @@ struct ChangeMade {
     QString who; ///< user and program
 };
 
+/// What was set and deleted, as the journal has it.
+struct ChangesMade {
+    std::vector<ChangeMade> made; ///< in order of time
+    int unread = 0;               ///< lines that might belong to them and cannot be read
+};
+
 /// What the window takes from other rooms. The program hands it in.
 struct Surroundings {
     std::function<std::vector<int>()> found;    ///< addresses of the latest search
     std::function<LineState(int address)> line; ///< nothing asked yet: all 0
     /// What was set and deleted since a moment, by all our programs. Fails with the reason why it is not known.
-    std::function<files::Result<std::vector<ChangeMade>>(const QDateTime& since)> changes;
+    std::function<files::Result<ChangesMade>(const QDateTime& since)> changes;
     QString person; ///< who works at the machine
 };
 

@@ -191,8 +191,12 @@ QString changesTable(const Visit& visit)
         QStringLiteral("Changed since %1").arg(visit.since.toString(QStringLiteral("yyyy-MM-dd HH:mm"))));
     if (!visit.changesUnknown.isEmpty())
         return html + QStringLiteral("<p>%1</p>").arg(notKnown(visit.changesUnknown));
+    const auto unread = QStringLiteral("Lines of the journal that could not be read: %1.");
+    const auto rest = visit.changesUnread == 0
+                          ? QString()
+                          : QStringLiteral("<p>%1</p>").arg(notKnown(unread.arg(visit.changesUnread)));
     if (visit.changes.empty())
-        return html + QStringLiteral("<p>Nothing, according to the journal of this machine.</p>");
+        return html + QStringLiteral("<p>Nothing, according to the journal of this machine.</p>") + rest;
     auto rows = headings({"Time", "Readout", "What", "Before", "Answer", "By"});
     for (const auto& change : visit.changes) {
         const auto answer =
@@ -205,7 +209,7 @@ QString changesTable(const Visit& visit)
                 cell(known(change.before)) + cell(answer) + cell(escaped(change.who)) +
                 QStringLiteral("</tr>");
     }
-    return html + grid(rows);
+    return html + grid(rows) + rest;
 }
 
 QString remark(const Visit& visit)

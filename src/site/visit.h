@@ -40,6 +40,7 @@ struct Visit {
     std::vector<Visited> readouts;
     QDateTime since;                 ///< of the changes
     std::vector<ChangeMade> changes; ///< of the site's readouts
+    int changesUnread = 0;           ///< as ChangesMade::unread
     QString changesUnknown;          ///< why they are not known; empty: they are
 };
 

@@ -104,9 +104,9 @@ TEST_F(SiteOfTheProgram, HasTheLineHealthAndReportsWhatTheJournalHoldsOfItsReado
     journal.write("{\"time\":\"2001-01-01T00:00:00\",\"address\":5,\"meaning\":\"Long ago\"}\n"
                   "{\"time\":\"yesterday\",\"address\":5,\"meaning\":\"At no time\"}\nno object\n");
     journal.close();
-    EXPECT_THAT(report(window),
-                AllOf(HasSubstr("Set the offset of X to +1.50000"), HasSubstr(">confirmed<"),
-                      HasSubstr("quorvel"), Not(HasSubstr("Long ago")), Not(HasSubstr("At no time"))));
+    EXPECT_THAT(report(window), AllOf(HasSubstr("Set the offset of X to +1.50000"), HasSubstr(">confirmed<"),
+                                      HasSubstr("quorvel"), Not(HasSubstr("Long ago")),
+                                      Not(HasSubstr("At no time")), HasSubstr("could not be read: 2.")));
 }
 
 } // namespace

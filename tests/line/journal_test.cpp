@@ -194,7 +194,35 @@ TEST(ReadingAJournal, ALineThatIsNoneOfOursIsCountedAndTheNextIsRead)
     ASSERT_EQ(journal.lines.size(), 2U);
     EXPECT_EQ(journal.lines[0]["address"], 5);
     EXPECT_EQ(journal.lines[1]["address"], 12);
-    EXPECT_EQ(journal.unread, 4) << "empty, no object, too long, cut off";
+    const std::vector<std::size_t> places{1, 1, 1, 2}; // empty, no object, too long; cut off
+    EXPECT_EQ(journal.unread, places);
+}
+
+TEST(ReadingAJournal, FilesThatWereSetAsideSinceComeFirst)
+{
+    QTemporaryDir folder;
+    const std::pair<const char*, const char*> files[] = {
+        {"journal.2024-05-15.jsonl", "{\"address\":1}\n"},
+        {"journal.2024-05-17-2.jsonl", "{\"address\":3}\n{\n"},
+        {"journal.2024-05-17.jsonl", "{\n{\"address\":2}\n"},
+        {"journal.jsonl", "{\"address\":4}\n{\n"},
+        {"journal.jsonl.lock", "{\"address\":9}\n"}};
+    const auto time = [](int day, int hour) { return QDateTime({2024, 5, day}, {hour, 0}); };
+    const QDateTime times[] = {time(15, 9), time(17, 9), time(17, 8), time(17, 10), time(17, 11)};
+    for (std::size_t i = 0; i < std::size(files); ++i) {
+        QFile file(folder.filePath(QLatin1String(files[i].first)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(files[i].second);
+        file.flush();
+        ASSERT_TRUE(file.setFileTime(times[i], QFileDevice::FileModificationTime));
+    }
+    const auto journal = readJournal(folder.filePath("journal.jsonl").toStdString(), time(17, 0));
+    QStringList addresses;
+    for (const auto& line : journal.lines)
+        addresses << QString::number(line["address"].toInt());
+    EXPECT_EQ(addresses.join(u','), "2,3,4");
+    const std::vector<std::size_t> places{0, 2, 3};
+    EXPECT_EQ(journal.unread, places);
 }
 
 TEST(ReadingAJournal, WhatIsNoFileOrNoneOfOursIsNotRead)

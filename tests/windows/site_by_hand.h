@@ -96,7 +96,7 @@ protected:
         messages.files.push_back(file(name));
         controls.press(button);
     }
-    files::Result<std::vector<site::ChangeMade>> changesSince(const QDateTime& since)
+    files::Result<site::ChangesMade> changesSince(const QDateTime& since)
     {
         asked = since;
         if (!noChanges.empty()) return files::Failure{noChanges};
@@ -123,7 +123,7 @@ protected:
     TestMessages messages;
     Workplace workplace{bench, readout.module1, gate, messages};
     std::vector<int> found;
-    std::vector<site::ChangeMade> changes;
+    site::ChangesMade changes;
     std::string noChanges; ///< why none is known; empty when they are
     QDateTime asked;       ///< since when changes were asked for
     std::map<int, site::LineState> lines;

@@ -79,16 +79,26 @@ TEST_F(SiteReport, ReadoutsAreAskedForReadingsClocksAndSettings)
 
 TEST_F(SiteReport, ChangesOfTheSitesReadoutsAreListed)
 {
-    changes = {{"2024-05-17T08:00:00.000+02:00", 5, "Set the offset of X to +1.50000", "+0.00000", "complete",
-                true, "anna, quorvel"},
-               {"2024-05-17T08:01:00.000+02:00", 12, "Set the clock", "", "silent", false, "anna, quorvel"},
-               {"2024-05-17T08:02:00.000+02:00", 99, "Set elsewhere", "", "complete", true, "anna, quorvel"}};
+    changes.made = {
+        {"2024-05-17T08:00:00.000+02:00", 5, "Set the offset of X to +1.50000", "+0.00000", "complete", true,
+         "anna, quorvel"},
+        {"2024-05-17T08:01:00.000+02:00", 12, "Set the clock", "", "silent", false, "anna, quorvel"},
+        {"2024-05-17T08:02:00.000+02:00", 99, "Set elsewhere", "", "complete", true, "anna, quorvel"}};
     report("visit.html", false);
     const auto page = read("visit.html");
+    EXPECT_THAT(page, Not(HasSubstr("could not be read")));
     EXPECT_EQ(asked, QDateTime(QDate(2024, 5, 17), QTime(0, 0)));
     EXPECT_THAT(page,
                 AllOf(HasSubstr("2024-05-17 08:00:00"), HasSubstr("Set the offset of X to +1.50000"),
                       HasSubstr("confirmed"), HasSubstr("not confirmed"), Not(HasSubstr("Set elsewhere"))));
+}
+
+TEST_F(SiteReport, LinesOfTheJournalThatCannotBeReadAreSaid)
+{
+    changes.unread = 2;
+    report("visit.html", false);
+    EXPECT_THAT(read("visit.html"),
+                HasSubstr("<i>not known</i> (Lines of the journal that could not be read: 2.)"));
 }
 
 TEST_F(SiteReport, JournalThatCannotBeReadAndReadoutsThatFailAreNamed)
