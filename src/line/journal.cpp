@@ -180,7 +180,7 @@ JournalLines readJournal(const std::filesystem::path& path, const QDateTime& sin
     files << newest;
     JournalLines all;
     for (const auto& file : files) {
-        const auto journal = readJournal(file.filesystemFilePath());
+        auto journal = readJournal(file.filesystemFilePath());
         if (!journal.failure.isEmpty()) return journal;
         for (const auto place : journal.unread)
             all.unread.push_back(all.lines.size() + place);
