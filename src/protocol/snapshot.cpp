@@ -11,6 +11,7 @@
 #include "protocol/wire.h"
 #include "text/number.h"
 
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -229,6 +230,26 @@ QString inWords(const QJsonValue& value)
         line.begin(), line.end(),
         [](QChar character) { return character.category() == QChar::Other_Control; }, QChar(u'?'));
     return line;
+}
+
+QString inSentence(const QJsonValue& value)
+{
+    const auto field = [&value](const char* name) { return value[QLatin1String(name)]; };
+    if (field("diameterMm").isDouble() && field("permittedErrorMm").isDouble() &&
+        field("selfCalibration").isBool()) {
+        return QStringLiteral("%1 mm, error %2 mm, self-calibration %3")
+            .arg(inWords(field("diameterMm")), inWords(field("permittedErrorMm")),
+                 inWords(field("selfCalibration")));
+    }
+    if (field("mode") == QJsonValue("interval") && field("hours").isDouble() && field("minutes").isDouble() &&
+        field("seconds").isDouble()) {
+        return QStringLiteral("every %1 h %2 min %3 s")
+            .arg(inWords(field("hours")), inWords(field("minutes")), inWords(field("seconds")));
+    }
+    if (field("mode") == QJsonValue("fixed") && field("hoursOfDay").isArray())
+        return QStringLiteral("at %1 o'clock").arg(inWords(field("hoursOfDay")));
+    const auto time = QDateTime::fromString(value.toString(), Qt::ISODate);
+    return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : inWords(value);
 }
 
 } // namespace quorvel::protocol

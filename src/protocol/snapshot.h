@@ -59,5 +59,8 @@ Told toldBy(const Setting& setting, const link::Exchange& exchange);
 /// A value in words, for one line: "on", "+1.50000", "nothing" for null, "diameterMm 1.5, permittedErrorMm
 /// 0.3, selfCalibration on". Control characters become "?".
 QString inWords(const QJsonValue& value);
+/// A value for tables and reports: "1.5 mm, error 0.3 mm, self-calibration on", "every 1 h 0 min 0 s"; one whose form is not
+/// that of a readout as inWords() does.
+QString inSentence(const QJsonValue& value);
 
 } // namespace quorvel::protocol

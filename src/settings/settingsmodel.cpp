@@ -4,7 +4,6 @@
 #include "protocol/direction.h"
 
 #include <QColor>
-#include <QDateTime>
 #include <QStringList>
 
 #include <algorithm>
@@ -35,29 +34,10 @@ bool has(const SettingsModel::Whose& whose, int row)
 
 QString typeName(link::InstrumentType type) { return link::shown(std::string(protocol::nameOf(type))); }
 
-/// A value as this table shows it; one whose form is not that of a readout as protocol::inWords() does.
-QString shownValue(const QJsonValue& value)
+QString shownTold(const Told& told)
 {
-    const auto number = [&value](const char* field) { return value[QLatin1String(field)]; };
-    if (number("diameterMm").isDouble() && number("permittedErrorMm").isDouble() &&
-        value["selfCalibration"].isBool()) {
-        return SettingsModel::tr("%1 mm, error %2 mm, self-calibration %3")
-            .arg(protocol::inWords(number("diameterMm")), protocol::inWords(number("permittedErrorMm")),
-                 protocol::inWords(value["selfCalibration"]));
-    }
-    if (value["mode"] == QJsonValue("interval") && number("hours").isDouble() &&
-        number("minutes").isDouble() && number("seconds").isDouble()) {
-        return SettingsModel::tr("every %1 h %2 min %3 s")
-            .arg(protocol::inWords(number("hours")), protocol::inWords(number("minutes")),
-                 protocol::inWords(number("seconds")));
-    }
-    if (value["mode"] == QJsonValue("fixed") && value["hoursOfDay"].isArray())
-        return SettingsModel::tr("at %1 o'clock").arg(protocol::inWords(value["hoursOfDay"]));
-    const auto time = QDateTime::fromString(value.toString(), Qt::ISODate);
-    return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : protocol::inWords(value);
+    return told.value.isNull() ? told.why : protocol::inSentence(told.value);
 }
-
-QString shownTold(const Told& told) { return told.value.isNull() ? told.why : shownValue(told.value); }
 
 } // namespace
 
@@ -281,7 +261,7 @@ QString SettingsModel::whyNot(int row) const
     const auto* why = std::get_if<protocol::NotSent>(&command);
     if (!why) return {};
     if (*why == protocol::NotSent::ForTheRecord) return tr(setting.kept);
-    return tr("%1 is not a valid value").arg(shownValue(value));
+    return tr("%1 is not a valid value").arg(protocol::inSentence(value));
 }
 
 void SettingsModel::chooseWhatDiffers()
@@ -330,7 +310,7 @@ void SettingsModel::putSent(int row, const QString& why)
     sending.value = wanted(row);
     sending.confirmed = why.isEmpty();
     sending.ended = !sending.confirmed;
-    sending.sent = sending.confirmed ? shownValue(sending.value) : why;
+    sending.sent = sending.confirmed ? protocol::inSentence(sending.value) : why;
     changed(row);
 }
 

@@ -58,6 +58,7 @@ private:
     void addButton(QHBoxLayout& row, QPushButton& button, const QString& caption, const char* name,
                    const std::function<void()>& handler);
     void showColumns();
+    void fitNames();
     void chooseCurves();
 
     // sitewindow_files.cpp

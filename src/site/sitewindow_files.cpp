@@ -46,6 +46,7 @@ void SiteWindow::putSite(Site site, const QString& path)
     model_.setSite(std::move(site));
     showing_ = false;
     setChanged(false);
+    fitNames();
     // not selectRow(), which looks at the keys that are held down
     const auto first = sorted_.index(0, 0);
     table_.selectionModel()->setCurrentIndex(first,

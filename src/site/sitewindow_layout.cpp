@@ -21,6 +21,7 @@ constexpr int kSecondsOfDay = 86400;
 constexpr int kUsualSeconds = 10;
 constexpr int kRowPadding = 6;
 constexpr int kTableLines = 5;
+constexpr int kLongestName = 3; // times the usual one
 
 /// Widest usual text of each column.
 constexpr const char* kUsualTexts[] = {
@@ -181,6 +182,15 @@ void SiteWindow::showColumns()
         table_.setColumnHidden(SiteModel::XColumn + place, hidden);
         table_.setColumnHidden(SiteModel::LimitXColumn + place, hidden);
     }
+}
+
+/// Names are seen whole, unless one is so long that it would push the values out of sight.
+void SiteWindow::fitNames()
+{
+    const int usual = widthFor(table_.fontMetrics(), kUsualTexts[SiteModel::NameColumn]);
+    table_.resizeColumnToContents(SiteModel::NameColumn);
+    table_.setColumnWidth(SiteModel::NameColumn,
+                          std::clamp(table_.columnWidth(SiteModel::NameColumn), usual, kLongestName * usual));
 }
 
 /// The trend is that of the chosen rows, in the order of the site.

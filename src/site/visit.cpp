@@ -247,7 +247,7 @@ std::vector<SettingTold> askSettings(link::Module1& module1, const Readout& read
             } else if (answer.value.isNull()) {
                 told.why = answer.why;
             } else {
-                told.value = protocol::inWords(answer.value);
+                told.value = protocol::inSentence(answer.value);
             }
         }
         settings.push_back(told);

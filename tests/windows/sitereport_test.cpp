@@ -58,6 +58,7 @@ TEST_F(SiteReport, ReadoutsAreAskedForReadingsClocksAndSettings)
     readout.answer = [this](const std::string& frame) -> std::string {
         if (frame == ":0504FF") return ":0504240517090533FF\r\n";
         if (frame == ":0576FF") return ":057601FF\r\n";
+        if (frame == ":0506FF") return ":05060101000000FF\r\n";
         if (frame == ":0C76FF") return ":0C7600FF\r\n";
         const auto reading = answer(frame);
         return reading.empty() ? frame.substr(0, 3) : reading; // others break off
@@ -74,6 +75,7 @@ TEST_F(SiteReport, ReadoutsAreAskedForReadingsClocksAndSettings)
         page,
         HasSubstr(
             "<tr><td class=\"\">Reference feature</td><td class=\"\">5: on; 12: off; 7: <i>not known</i>"));
+    EXPECT_THAT(page, HasSubstr("5: every 1 h 0 min 0 s; 12, 7: ")) << "in the words of people";
     EXPECT_FALSE(gate.busy());
 }
 

@@ -147,6 +147,21 @@ TEST_F(SiteByHand, ReadoutsAreAddedAndRemoved)
     EXPECT_EQ(controls.cell(0, SiteModel::AddressColumn), "12");
 }
 
+TEST_F(SiteByHand, NamesAreSeenWholeUnlessTheyAreVeryLong)
+{
+    const auto widthWith = [this](const QString& name) {
+        put("n.quorvel-site.json",
+            QStringLiteral(R"({"readouts":[{"address":5,"type":"A","name":"%1"}]})").arg(name).toUtf8());
+        form.open(file("n.quorvel-site.json"));
+        return controls.table().columnWidth(SiteModel::NameColumn);
+    };
+    const int usual = widthWith("Block 7");
+    const QString longer = "Block 7, upper gallery, crest";
+    EXPECT_GT(widthWith(longer), controls.table().fontMetrics().horizontalAdvance(longer));
+    EXPECT_EQ(widthWith(QString(500, u'M')), 3 * usual);
+    EXPECT_EQ(widthWith("Block 7"), usual);
+}
+
 TEST_F(SiteByHand, SiteOfAllAddressesIsSwept)
 {
     QByteArray json = "{\"readouts\":[";
