@@ -334,7 +334,7 @@ void CalibrationRecord::SaveRecord_Click()
 void CalibrationRecord::live()
 {
     if (!isActiveWindow() || gate_.busy() || address() == 0 || !module1_.port().PortOpen()) return;
-    gate_.run([this] {
+    gate_.runUnasked([this] {
         const auto readings = job_->ask(address());
         if (!liveOn_.isChecked()) return;
         if (readings) {

@@ -24,10 +24,19 @@ bool Gate::run(const std::function<void()>& handler)
         trouble = QString::fromLocal8Bit(error.what());
     }
     busy_ = false;
+    unasked_ = false;
     stopRequested_ = false;
     if (!trouble.isEmpty()) Q_EMIT failed(trouble);
     runKept();
     return true;
+}
+
+bool Gate::runUnasked(const std::function<void()>& handler)
+{
+    return run([&] {
+        unasked_ = true;
+        handler();
+    });
 }
 
 void Gate::whenIdle(QObject* context, std::function<void()> action)

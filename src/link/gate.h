@@ -24,6 +24,9 @@ public:
     /// @return false when another handler runs: nothing was done, and refused() was emitted.
     bool run(const std::function<void()>& handler);
 
+    /// run() for a short handler that a timer starts and nobody by hand: a click elsewhere is not to get lost for it.
+    bool runUnasked(const std::function<void()>& handler);
+
     /// Connects a signal to a handler of `receiver` through run().
     template<class Sender, class Signal, class Receiver>
     void guard(Sender* sender, Signal signal, Receiver* receiver, void (Receiver::*handler)())
@@ -34,6 +37,8 @@ public:
 
     /// True while a handler runs.
     bool busy() const { return busy_; }
+    /// True while it is one of runUnasked().
+    bool unasked() const { return unasked_; }
 
     /// Runs `action` at once when no handler runs, otherwise after the one that does; not at all when `context` is
     /// gone by then. While a handler runs this also asks it to come to an end, see stopRequested().
@@ -78,6 +83,7 @@ private:
     void runKept();
 
     bool busy_ = false;
+    bool unasked_ = false;
     int boxes_ = 0;
     bool stopRequested_ = false;
     std::vector<Kept> kept_;

@@ -1,8 +1,11 @@
 #include "main/inputfilter.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QWidget>
+
+#include <utility>
 
 namespace quorvel {
 
@@ -37,6 +40,11 @@ bool isInput(QEvent::Type type)
     }
 }
 
+bool isOfClick(QEvent::Type type)
+{
+    return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease;
+}
+
 bool passes(const QObject* target)
 {
     for (; target; target = target->parent()) {
@@ -65,7 +73,10 @@ void InputFilter::letFocusMove(QWidget* window, bool moves) { window->setPropert
 
 bool InputFilter::eventFilter(QObject* watched, QEvent* event)
 {
-    if (!gate_.busy() || gate_.boxOpen()) return false;
+    if (gate_.boxOpen()) return false;
+    // the rest of a click comes behind its beginning
+    const bool inClick = !kept_.empty() && isOfClick(event->type());
+    if (!gate_.busy() && !inClick) return false;
     if (event->type() == QEvent::Close && !passes(watched) && keepClose(watched)) {
         event->ignore();
         return true;
@@ -73,7 +84,27 @@ bool InputFilter::eventFilter(QObject* watched, QEvent* event)
     if (!isInput(event->type())) return false;
     // Windows pass input on to their widgets; it is decided there, where the target is known.
     const bool decides = watched->isWidgetType() || event->type() == QEvent::Shortcut;
-    return decides && !passes(watched) && !movesFocus(watched, *event);
+    if (!decides || passes(watched) || movesFocus(watched, *event)) return false;
+    if (gate_.unasked() || inClick) keepClick(watched, *event);
+    return true;
+}
+
+/// A second click has no effect, as when the first one has begun something.
+void InputFilter::keepClick(QObject* watched, const QEvent& event)
+{
+    const bool another = event.type() == QEvent::MouseButtonPress && !kept_.empty();
+    if (!isOfClick(event.type()) || another) return;
+    kept_.push_back({watched, std::unique_ptr<QEvent>(event.clone())});
+    if (kept_.size() > 1) return;
+    gate_.whenIdle(this,
+                   [this] { QMetaObject::invokeMethod(this, &InputFilter::sendKept, Qt::QueuedConnection); });
+}
+
+void InputFilter::sendKept()
+{
+    for (const auto& kept : std::exchange(kept_, {})) {
+        if (kept.target && !gate_.busy()) QCoreApplication::sendEvent(kept.target, kept.event.get());
+    }
 }
 
 bool InputFilter::keepClose(QObject* watched)

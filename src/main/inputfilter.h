@@ -2,7 +2,12 @@
 
 #include "link/gate.h"
 
+#include <QEvent>
 #include <QObject>
+#include <QPointer>
+
+#include <memory>
+#include <vector>
 
 class QWidget;
 
@@ -10,7 +15,7 @@ namespace quorvel {
 
 /// Keeps mouse, keyboard and close requests from all windows while a handler talks to the bus, but for widgets
 /// that letThrough() marked and for boxes that ask the operator something. A close request is kept and done after
-/// the handler. Install it once, on the application.
+/// the handler, and so is a click while a handler runs that nobody asked for. Install it once, on the application.
 class InputFilter final : public QObject {
     Q_OBJECT
 public:
@@ -26,9 +31,16 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    struct KeptEvent {
+        QPointer<QObject> target;
+        std::unique_ptr<QEvent> event;
+    };
     bool keepClose(QObject* watched);
+    void keepClick(QObject* watched, const QEvent& event);
+    void sendKept();
 
     link::Gate& gate_;
+    std::vector<KeptEvent> kept_; ///< of one click
 };
 
 } // namespace quorvel
