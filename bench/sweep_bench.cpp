@@ -92,7 +92,7 @@ void sweepInTheWindow(benchmark::State& state)
     test::TestMessages messages;
     site::SiteWindow window(Workplace{bench, line.module1, gate, messages},
                             {[] { return std::vector<int>(); }, [](int) { return site::LineState(); },
-                             [](const QDateTime&) { return std::vector<site::ChangeMade>(); }, QString()});
+                             [](const QDateTime&) { return site::ChangesMade(); }, QString()});
     window.open(path);
     window.show();
     QApplication::processEvents();

@@ -118,20 +118,20 @@ class Program:
 
     def tool(self, caption):
         """Chooses an item of the button "Tools" by the keyboard, and gives the window that it opens."""
+        return self.strike_in_tools(TOOLS[caption], lambda: self.windows().get(caption), caption)
+
+    def strike_in_tools(self, letter, outcome, what):
+        """Opens the menu "Tools" and strikes a letter: its items are not in the tree. Gives the outcome when it is there."""
         for _ in range(MENU_TRIES):
-            self.strike_in_tools(TOOLS[caption])
+            click(self.one(Atspi.Role.LABEL, "CCD Address"))  # keys go to the window below the mouse
+            strike_with_control("t")
+            time.sleep(MENU_OPENS)
+            type_keys(letter)
             try:
-                return until(lambda: self.windows().get(caption), caption, patience=PATIENCE / MENU_TRIES)
+                return until(outcome, what, patience=PATIENCE / MENU_TRIES)
             except AssertionError:
                 pass  # the letter came before the menu, on a busy machine
-        return self.window(caption)
-
-    def strike_in_tools(self, letter):
-        """Opens the menu "Tools" and strikes a letter: its items are not in the tree."""
-        click(self.one(Atspi.Role.LABEL, "CCD Address"))  # keys go to the window below the mouse
-        strike_with_control("t")
-        time.sleep(MENU_OPENS)
-        type_keys(letter)
+        return until(outcome, what)
 
     def tell_bus(self, line):
         self.bus.stdin.write(line + "\n")
@@ -183,12 +183,14 @@ class Program:
         return text
 
     def choose_file(self, caption, path, button="Open"):
-        """Types a path into the file dialog and accepts it."""
+        """Types a path into the file dialog, accepts it, and waits until the dialog has gone: what is pressed before that
+        is lost."""
         dialog = self.window(caption)
         type_into(one_in(dialog, Atspi.Role.TEXT, "File name:"), path)
         accept = one_in(dialog, Atspi.Role.PUSH_BUTTON, button)
         until(lambda: has_state(accept, Atspi.StateType.ENABLED), button)
         press(accept)
+        until(lambda: caption not in self.windows(), f"the end of {caption!r}")
 
     def children(self):
         """The process ids of the programs that this one started and that still run."""

@@ -51,6 +51,11 @@ class ToolsWindows(unittest.TestCase):
         until(lambda: "Offset Setting" not in self.program.windows(), "the end of the window")
         return said
 
+    def is_read_only(self):
+        """Whether the main window shows the mark of Read Only."""
+        mark = self.program.one(LABEL, "\U0001F512 Read Only")
+        return has_state(mark, Atspi.StateType.SHOWING)
+
     def test_traffic(self):
         window = self.program.tool("Traffic")
         self.assertEqual(self.set_offset("1.5"), "Set OK!")
@@ -87,12 +92,11 @@ class ToolsWindows(unittest.TestCase):
         until(lambda: len(cells(lines)) == 1, "one line")
 
     def test_read_only(self):
-        self.program.strike_in_tools(READ_ONLY)
-        self.program.one(LABEL, "\U0001F512 Read Only")
+        self.program.strike_in_tools(READ_ONLY, self.is_read_only, "the mark of Read Only")
         self.program.frames()
         self.assertEqual(self.set_offset("1.5"), "Comm Error")
         self.assertEqual(self.program.frames(), [])
-        self.program.strike_in_tools(READ_ONLY)
+        self.program.strike_in_tools(READ_ONLY, lambda: not self.is_read_only(), "the end of Read Only")
         self.assertEqual(self.set_offset("1.5"), "Set OK!")
 
     def test_settings(self):
