@@ -107,8 +107,10 @@ void Chart::dressLegend(QCPLegend& list, const Colours& colours) const
     list.setBrush(colours.veil);
     list.setBorderPen(Qt::NoPen);
     for (int i = 0; i < list.itemCount(); ++i) {
-        list.item(i)->setFont(font());
-        list.item(i)->setTextColor(colours.ink);
+        auto* row = list.item(i);
+        if (!row) continue; // an empty place of a legend with columns
+        row->setFont(font());
+        row->setTextColor(colours.ink);
     }
 }
 

@@ -89,6 +89,17 @@ TEST_F(ChartOnTheDesk, FollowsThePaletteWhenItChanges)
     EXPECT_EQ(chart.legend->item(0)->textColor(), dark.ink);
 }
 
+TEST_F(ChartOnTheDesk, ItsLegendMayHaveARowThatIsNotFull)
+{
+    chart.legend->setFillOrder(QCPLayoutGrid::foColumnsFirst);
+    chart.legend->setWrap(2);
+    chart.addGraph();
+    chart.addGraph();
+    ASSERT_EQ(chart.legend->itemCount(), 4) << "the empty place counts";
+    chart.setPalette(kDark);
+    EXPECT_EQ(chart.legend->item(2)->textColor(), chart.colours().ink);
+}
+
 TEST_F(ChartOnTheDesk, FollowsTheSizeOfTheDesktopsFont)
 {
     auto font = chart.font();

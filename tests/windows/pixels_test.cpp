@@ -293,6 +293,18 @@ TEST_F(PixelsOnTheBus, PicturesSayWhatTheyAre)
     EXPECT_TRUE(contents("print.pdf").startsWith("%PDF"));
 }
 
+TEST_F(PixelsOnTheBus, PicturesOfAReadingBeforeAReferenceAreSavedToo)
+{
+    press("Read");
+    press("KeepReference");
+    press("Read"); // the legend has a row that is not full
+    messages.files = {file("x.png"), file("print.pdf")};
+    press("SavePicture");
+    EXPECT_EQ(QImage(file("x.png")).text("Title"), "Pixels");
+    press("Print");
+    EXPECT_EQ(status(), "Printed.");
+}
+
 TEST_F(PixelsOnTheBus, AnExistingFileIsReplacedAfterAQuestion)
 {
     press("Read");
