@@ -189,9 +189,22 @@ void Console::note(Failure failure)
 
 std::optional<Failure> Console::failureOfLine() const { return latest_.failure; }
 
+bool Console::isWatched() const
+{
+    return !options.quiet && (options.progress || link::errorsReachATerminal());
+}
+
+void Console::adviseTest() const
+{
+    if (!isWatched() || (status_ != ExitStatus::NoAnswer && status_ != ExitStatus::BadAnswer)) return;
+    const auto address =
+        options.address.empty() ? QString() : QStringLiteral("--address %1 ").arg(this->address());
+    say(QStringLiteral("Next step: quorvelctl %1diagnose tests step by step why.").arg(address));
+}
+
 void Console::progress(const QString& words) const
 {
-    if (options.quiet || !(options.progress || link::errorsReachATerminal())) return;
+    if (!isWatched()) return;
     std::fprintf(stderr, "\r%s", qPrintable(words));
     std::fflush(stderr);
     progressShown_ = true;

@@ -97,6 +97,8 @@ public:
     /// A line on stderr that the next one overwrites, until anything else is said; on a terminal, or
     /// with --progress.
     void progress(const QString& words) const;
+    /// The next step after a readout did not answer well; on a terminal, or with --progress.
+    void adviseTest() const;
     /// One line of data on stdout: the object with --json, else the text. One that cannot be written is a failure, told
     /// once.
     /// @param more  others follow at once: this one may wait for them.
@@ -110,6 +112,7 @@ public:
     bool endRequested() const;
 
 private:
+    bool isWatched() const; ///< by a person, who is shown more than scripts need
     /// Keeps the latest exchange.
     struct Latest final : link::ExchangeObserver {
         void sending(const link::Exchange& /*exchange*/) override {}

@@ -84,6 +84,7 @@ int runCommandLine(Console& console, int argc, const char* const argv[], const A
         console.fail(Failure::Usage, QString::fromStdString(error.what()));
         console.tell(QStringLiteral("Run with --help for more information."));
     }
+    if (!app.got_subcommand("diagnose")) console.adviseTest();
     console.finish();
     return static_cast<int>(console.status());
 }

@@ -230,6 +230,7 @@ void SiteWindow::Clocks_Click()
 
 void SiteWindow::Log_Toggled(bool on)
 {
+    clearStatus();
     endLog();
     if (on) {
         const auto path = messages_.chooseFile(

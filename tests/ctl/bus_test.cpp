@@ -69,6 +69,10 @@ TEST_F(Quorvelctl, ASilentReadoutIsExitStatus4)
     EXPECT_EQ(read.status, 4);
     EXPECT_EQ(read.out, "");
     EXPECT_EQ(read.err, "readout 77 did not answer with the 29 characters of a reading.\n");
+    const auto shown = run({"read", "--address", "77", "--progress"});
+    EXPECT_EQ(shown.err, read.err + "Next step: quorvelctl --address 77 diagnose tests step by step why.\n")
+        << "for a person";
+    EXPECT_EQ(run({"read", "--address", "77", "--progress", "--quiet"}).err, read.err);
 }
 
 TEST_F(Quorvelctl, WatchTakesReadingsAtTheTurnOfTheSecond)

@@ -313,6 +313,9 @@ TEST_F(SiteByHand, LogThatCannotBeWrittenIsToldBeforeTheFirstSweep)
         EXPECT_FALSE(controls.box("SiteLog").isChecked()) << name;
         EXPECT_THAT(controls.status(), HasSubstr(" could not be written: ")) << name;
     }
+    messages.files.push_back(file("log.csv"));
+    controls.box("SiteLog").click();
+    EXPECT_THAT(controls.status(), Not(HasSubstr("could not"))) << "that is over";
 }
 
 TEST_F(SiteByHand, LogThatLacksRowsWhenItEndsSaysSo)
