@@ -170,7 +170,7 @@ QJsonValue orNull(const std::optional<double>& number) { return number ? QJsonVa
 
 QJsonValue timeText(const QDateTime& moment)
 {
-    return moment.isValid() ? QJsonValue(moment.toString(Qt::ISODate)) : QJsonValue();
+    return moment.isValid() ? QJsonValue(moment.toString(Qt::ISODateWithMs)) : QJsonValue();
 }
 
 QJsonObject passJson(const Pass& pass)

@@ -65,6 +65,20 @@ TEST(RecordData, ComesBackAsItWasWritten)
     EXPECT_EQ(read->downloads, wanted.downloads);
 }
 
+TEST(RecordData, WhatWasFirstWithinASecondIsStillFirstWhenItComesBack)
+{
+    RecordData record;
+    const QDateTime at(QDate(2024, 5, 17), QTime(9, 30, 9, 400));
+    record.downloads.push_back({at, 5, "X_Data", false, ":", Verdict::Agrees, {}});
+    record.run(RunKind::Found)[0].put(
+        {0.0, false, {{at.addMSecs(-300), 5, {1}}, {at.addMSecs(300), 5, {1}}}});
+    const auto again = readRecord(QJsonDocument(recordJson(record, x())).toJson(), x());
+    ASSERT_TRUE(again);
+    const auto& takes = again->run(RunKind::Found)[0].passes[0].takes;
+    EXPECT_LT(takes[0].at, again->downloads[0].at) << "taken before the readout had the table";
+    EXPECT_GT(takes[1].at, again->downloads[0].at);
+}
+
 TEST(RecordData, EmptyRecordComesBackToo)
 {
     const auto read = readRecord(jsonOf({}), x());
