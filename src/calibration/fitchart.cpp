@@ -148,6 +148,9 @@ void FitChart::add(const FittedReading& fitted)
     const auto role = kRoles[static_cast<std::size_t>(shown_) % std::size(kRoles)];
     ++shown_;
     addPoints(fitted, role);
+    // where the line is not
+    above_->insetLayout()->setInsetAlignment(0, Qt::AlignTop |
+                                                    (fitted.fit.slope < 0 ? Qt::AlignRight : Qt::AlignLeft));
     showAll(across(above_));
     showAll(upward(above_));
     across(below_)->setRange(across(above_)->range());

@@ -79,6 +79,20 @@ TEST_F(Chart, ShowsThePointsTheirLineAndTheirResiduals)
     EXPECT_TRUE(chart.accessibleDescription().startsWith("X_Data: X: Y=")) << "for a screen reader";
 }
 
+TEST_F(Chart, LegendIsNotWhereTheLineIs)
+{
+    const auto place = [this] { return plot().axisRect(0)->insetLayout()->insetAlignment(0); };
+    chart.add(fitted("X_Data", 1, 7));
+    EXPECT_EQ(place(), Qt::AlignTop | Qt::AlignLeft);
+    chart.clear();
+    auto falling = fitted("X_Data", 1, 7);
+    for (auto& point : falling.points)
+        point.reading = -point.reading;
+    falling.fit = *fitLine(falling.points);
+    chart.add(falling);
+    EXPECT_EQ(place(), Qt::AlignTop | Qt::AlignRight);
+}
+
 TEST_F(Chart, ShowsBothSeriesOfZSideBySide)
 {
     chart.add(fitted("Z1_Data", 1, 7));
