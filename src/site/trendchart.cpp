@@ -20,11 +20,8 @@ constexpr double kThick = 2.2;
 constexpr double kThin = 1;   // wider ones are drawn many times slower
 constexpr int kFewCurves = 6; // are drawn smooth
 constexpr int kPathParts = 500;
-constexpr double kMargin = 0.06;     // above and below the values, of their range
-constexpr double kFewestMm = 0.001;  // noise of a quiet readout does not fill the height
-constexpr double kShortestSpan = 10; // s
-constexpr double kWidest = 3;        // times the readings' own span
-constexpr double kDay = 86400;
+constexpr double kMargin = 0.06;    // above and below the values, of their range
+constexpr double kFewestMm = 0.001; // noise of a quiet readout does not fill the height
 constexpr double kPlaceSize = 9;
 constexpr double kTimeShare = 1.7; // of the width, beside the path
 
@@ -80,7 +77,7 @@ void scale(QCPAxis& axis, const Extent& values)
 } // namespace
 
 TrendChart::TrendChart(const Trend& trend, QWidget* parent)
-    : Chart(parent), trend_(trend), ticker_(QSharedPointer<QCPAxisTickerDateTime>::create())
+    : Chart(parent), trend_(trend), ticker_(wholeSeconds())
 {
     [[maybe_unused]] static const bool installed = [] {
         QAccessible::installFactory(accessibleTrend);
@@ -248,64 +245,6 @@ void TrendChart::setRelative(bool relative)
     draw();
 }
 
-std::optional<Span> TrendChart::whole() const
-{
-    std::optional<Span> all;
-    for (const auto& curve : curves_) {
-        const auto& points = trend_.of(curve.address);
-        if (points.empty()) continue;
-        if (!all) all = Span{points.front().time, points.back().time};
-        all->from = std::min(all->from, points.front().time);
-        all->to = std::max(all->to, points.back().time);
-    }
-    if (all && all->to - all->from < kShortestSpan) all->to = all->from + kShortestSpan;
-    return all;
-}
-
-Span TrendChart::span() const
-{
-    const auto range = times_[0]->axis(QCPAxis::atBottom)->range();
-    return {range.lower, range.upper};
-}
-
-void TrendChart::refresh()
-{
-    const auto all = whole();
-    if (all && follows_) {
-        const double from = latest_ > 0 ? all->to - latest_ : all->from;
-        times_[0]->axis(QCPAxis::atBottom)->setRange(from, all->to);
-    }
-    draw();
-}
-
-void TrendChart::showLatest(double seconds)
-{
-    latest_ = seconds;
-    follows_ = true;
-    refresh();
-}
-
-/// What is asked for, moved and narrowed so that readings stay in sight.
-Span TrendChart::held(const Span& asked, const Span& all)
-{
-    const double middle = (asked.from + asked.to) / 2;
-    const double widest = kWidest * (all.to - all.from);
-    const auto seen = asked.to - asked.from > widest ? Span{middle - widest / 2, middle + widest / 2} : asked;
-    const double back = std::clamp(middle, all.from, all.to) - middle;
-    return {seen.from + back, seen.to + back};
-}
-
-void TrendChart::showSpan(const Span& asked)
-{
-    const auto all = whole();
-    if (!all || asked.to - asked.from < kShortestSpan) return;
-    const auto seen = held(asked, *all);
-    follows_ = seen.to >= all->to;
-    latest_ = seen.from <= all->from ? 0 : seen.to - seen.from;
-    times_[0]->axis(QCPAxis::atBottom)->setRange(seen.from, seen.to);
-    draw();
-}
-
 void TrendChart::draw()
 {
     fill();
@@ -390,16 +329,6 @@ void TrendChart::scaleValues()
     } else {
         bottom->setScaleRatio(left, 1);
     }
-}
-
-void TrendChart::formatTime()
-{
-    const auto inSight = span();
-    const double seconds = inSight.to - inSight.from;
-    times_[1]->axis(QCPAxis::atBottom)->setTickLabels(whole().has_value());
-    ticker_->setDateTimeFormat(seconds > 2 * kDay    ? QStringLiteral("MM-dd\nHH:mm")
-                               : seconds > kDay / 24 ? QStringLiteral("HH:mm\nMM-dd")
-                                                     : QStringLiteral("HH:mm:ss\nMM-dd"));
 }
 
 } // namespace quorvel::site

@@ -85,6 +85,7 @@ private:
     void fillPath(QCPCurve& path, const TrendPoints& points, const std::array<double, 2>& base);
     void scaleValues();
     void showMarks();
+    static QSharedPointer<QCPAxisTickerDateTime> wholeSeconds();
     void formatTime();
     std::array<double, 2> baseOf(const TrendPoints& points) const;
     std::optional<Span> whole() const;

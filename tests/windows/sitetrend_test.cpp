@@ -67,6 +67,18 @@ TEST_F(SiteTrend, ReadingBetweenTwoSilencesIsDrawnAsADot)
     EXPECT_EQ(dots->scatterStyle().shape(), QCPScatterStyle::ssDisc);
 }
 
+TEST_F(SiteTrend, TicksAreWhereTheirTextsSay)
+{
+    auto& axis = *chart.graph(TrendChart::kMarks)->keyAxis();
+    for (const double seconds : {10.0, 12.0, 15.0, 20.0, 50.0}) {
+        axis.setRange(axis.range().lower, axis.range().lower + seconds);
+        chart.replot();
+        ASSERT_GT(axis.tickVector().size(), 1);
+        for (const double tick : axis.tickVector())
+            EXPECT_EQ(tick, std::floor(tick)) << "of " << seconds << " s in sight";
+    }
+}
+
 TEST_F(SiteByHand, EmptyTrendFillsItsHeightAndShowsNoFigures)
 {
     auto& chart = *child<TrendChart>(form, "SiteTrend");
