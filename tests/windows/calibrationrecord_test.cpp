@@ -328,6 +328,37 @@ TEST_F(CalibrationRecordWindow, NewTableEmptiesThePointsAfterAQuestion)
         << qPrintable(status());
 }
 
+TEST_F(CalibrationRecordWindow, AFileThatTheCalibrationWindowHoldsIsSaidAndTheReadingComesWithTheNextReturn)
+{
+    takeAll();
+    bench.CalibrationDirection = "X";
+    auto other = std::make_unique<Celebration1>(workplace);
+    auto* model = child<QTableView>(*other, "DBGrid1")->model();
+    put(20);
+    typeAndReturn("2.5");
+    EXPECT_TRUE(status().startsWith("Point 10: ") && status().contains("XDirection.mdb"))
+        << qPrintable(status());
+    EXPECT_EQ(field("Dial").text(), "2.5");
+    EXPECT_EQ(model->index(10, 2).data().toString(), "15");
+    other.reset();
+    QTest::keyClick(&field("Dial"), Qt::Key_Return);
+    EXPECT_EQ(cell(10, 2), "20.000");
+}
+
+TEST_F(CalibrationRecordWindow, ClosingWhileAPointIsMeasuredWaitsAndLeavesThePointAsItWas)
+{
+    typeAndReturn("0");
+    child<QSpinBox>(*window, "Repeats")->setValue(50);
+    QTimer::singleShot(50, window.get(), [&] {
+        window->close();
+        EXPECT_TRUE(window->isVisible()) << "until the answer that is under way";
+    });
+    typeAndReturn("0.25");
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(cell(0, 3), "1");
+    EXPECT_EQ(cell(1, 3), "");
+}
+
 TEST_F(CalibrationRecordWindow, LeavesTheFileFreeForTheCalibrationWindow)
 {
     takeAll();
