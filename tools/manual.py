@@ -20,7 +20,7 @@ class Row:
         self.help = ""
 
     def names(self):
-        return [name.removesuffix("{false}") for name in self.words[0].split(",")]
+        return self.words[0].split(",")
 
     def environment(self):
         return next((word[5:-1] for word in self.words if word.startswith("(Env:")), None)

@@ -16,7 +16,8 @@ bool readOptions(int argc, char* argv[], Options& options, int& exitStatus)
         ->take_all()
         ->allow_extra_args(false);
     app.add_option("--folder", options.folder, "Folder of readme.txt and of the calibration files");
-    app.add_flag("!--no-journal", options.journal, "Do not book what is set and deleted");
+    app.add_flag_callback(
+        "--no-journal", [&options] { options.journal = false; }, "Do not book what is set and deleted");
     app.add_flag("--read-only", options.readOnly, "Send nothing that would change a readout");
     app.add_option("--trace", options.trace,
                    "Append the traffic on the bus to this file, one JSON object a line");

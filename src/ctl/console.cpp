@@ -5,6 +5,7 @@
 #include "link/interrupt.h"
 #include "link/terminal.h"
 #include "protocol/direction.h"
+#include "protocol/search.h"
 #include "text/number.h"
 
 #include <QFileInfo>
@@ -22,6 +23,7 @@ namespace quorvel::ctl {
 namespace {
 
 constexpr auto kNoPort = "There is no serial port. Plug the adapter in, or name a device with --port.";
+constexpr auto kBrokenOff = "The search was broken off.";
 
 } // namespace
 
@@ -180,6 +182,13 @@ void Console::fail(Failure failure, const QString& words)
     const QJsonObject error{{"kind", QLatin1String(kind.data(), static_cast<qsizetype>(kind.size()))},
                             {"message", words}};
     print(QJsonDocument(QJsonObject{{"error", error}}).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void Console::failSearch(Failure latest)
+{
+    if (endRequested()) return fail(Failure::Ended, kBrokenOff);
+    if (!module1_->port().PortOpen()) return fail(Failure::PortLost, kBrokenOff);
+    fail(latest, protocol::kNothingFound);
 }
 
 void Console::note(Failure failure)

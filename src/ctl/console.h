@@ -90,6 +90,9 @@ public:
     /// Reports a failure: words on stderr, with --json also {"error":{"kind":...,"message":...}} on stdout, and the exit
     /// status.
     void fail(Failure failure, const QString& words);
+    /// Reports that a search found nothing, or that it was broken off before it could.
+    /// @param latest  how its latest question failed.
+    void failSearch(Failure latest);
     /// The exit status of a failure that the answers tell by themselves.
     void note(Failure failure);
     /// Why the latest exchange was not what was needed; nothing while it was, or there was none.

@@ -76,8 +76,7 @@ void searchEach(Console& console, const line::FinderTask& task)
         print(console, readout);
     }
     if (result.echoes) console.tell(line::kEchoRemark);
-    if (result.readouts.empty())
-        console.fail(console.failureOfLine().value_or(Failure::Silent), protocol::kNothingFound);
+    if (result.readouts.empty()) console.failSearch(console.failureOfLine().value_or(Failure::Silent));
 }
 
 /// The verdict; what went well is status 0.
@@ -127,7 +126,7 @@ void searchBus(Console& console)
     const auto exchange = console.module1().transact(protocol::search());
     const auto addresses = protocol::foundAddresses(exchange.reply);
     if (addresses.empty()) {
-        console.fail(failureOf(exchange), protocol::kNothingFound);
+        console.failSearch(failureOf(exchange));
         return;
     }
     for (const auto& address : addresses) {

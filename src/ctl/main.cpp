@@ -30,7 +30,8 @@ void addCommonOptions(CLI::App& app, CommonOptions& options)
     app.add_flag("--json", options.json, "Answer in JSON, one object a line");
     app.add_flag("--quiet", options.quiet, "Say nothing but answers and failures");
     app.add_flag("--progress", options.progress, "Show progress although stderr is not a terminal");
-    app.add_flag("!--no-journal", options.journal, "Do not book what is set and deleted");
+    app.add_flag_callback(
+        "--no-journal", [&options] { options.journal = false; }, "Do not book what is set and deleted");
     app.add_flag("--read-only", options.readOnly, "Send nothing that would change a readout");
     app.add_option("--trace", options.trace,
                    "Append the traffic on the bus to this file, one JSON object a line");

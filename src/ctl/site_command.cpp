@@ -67,8 +67,7 @@ void createSite(Console& console, const NewSite& task)
         return console.fail(console.endRequested() ? Failure::Ended : Failure::PortLost,
                             QStringLiteral("No file was written."));
     }
-    if (site->readouts.empty())
-        return console.fail(console.failureOfLine().value_or(Failure::Silent), protocol::kNothingFound);
+    if (site->readouts.empty()) return console.failSearch(console.failureOfLine().value_or(Failure::Silent));
     site->name = QString::fromLocal8Bit(task.name.c_str());
     if (!console.agrees(
             QStringLiteral("Write %1 with these %2 readouts?").arg(file).arg(site->readouts.size()),

@@ -190,6 +190,24 @@ TEST_F(DiagnoseOnTheBus, ARangeWithoutReadoutsIsExitStatus4)
     EXPECT_TRUE(found.err.endsWith("No Sensors(or MCU) Found\n")) << qPrintable(found.err);
 }
 
+TEST_F(DiagnoseOnTheBus, ASearchThatLosesItsPortFindsNotNothing)
+{
+    bus.fault("hangup@01");
+    const auto found = run({"search"});
+    EXPECT_EQ(found.status, 3);
+    EXPECT_TRUE(found.err.endsWith("\nThe search was broken off.\n")) << qPrintable(found.err);
+    EXPECT_FALSE(found.err.contains("No Sensors")) << qPrintable(found.err);
+}
+
+TEST_F(DiagnoseOnTheBus, ASearchOneByOneThatLosesItsPortFindsNotNothing)
+{
+    bus.fault("hangup@76");
+    const auto found = run({"search", "--each", "5-8"});
+    EXPECT_EQ(found.status, 3);
+    EXPECT_TRUE(found.err.endsWith("The search was broken off.\n")) << qPrintable(found.err);
+    EXPECT_FALSE(found.err.contains("No Sensors")) << qPrintable(found.err);
+}
+
 TEST_F(DiagnoseOnTheBus, ARangeThatIsNoneIsExitStatus2)
 {
     for (const auto* range : {"0-5", "5-250", "9-7", "x", "5-", "-5", "1-2-3"}) {
