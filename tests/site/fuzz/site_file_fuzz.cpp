@@ -54,12 +54,15 @@ void holdReasons(const std::string& reasons)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    using namespace quorvel;
     using namespace quorvel::site;
     const auto bytes = QByteArray(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
     const auto site = parseSite(bytes, QStringLiteral("any"));
     if (site) {
         holdSite(*site);
         holdSaved(*site, bytes);
+    } else if (bytes.trimmed().isEmpty()) {
+        test::promised(site.error() == "any is empty. Open another file.", "a reason names the file");
     } else {
         holdReasons(site.error());
     }
