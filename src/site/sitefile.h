@@ -70,7 +70,8 @@ struct Site {
 
 /// Reads a site.
 /// @param fileName  for the reasons.
-/// @return fails with everything that is wrong, one "NAME, line N: what" a line, at most kMostReasons of them.
+/// @return fails with everything that is wrong, one "NAME, line N: what" a line, at most kMostReasons of them; a blank
+///         file is told as empty, without a line.
 files::Result<Site> parseSite(const QByteArray& json, const QString& fileName);
 inline constexpr int kMostReasons = 10;
 
