@@ -48,9 +48,14 @@ files::Result<site::ChangesMade> changesSince(const Program& program, const QDat
         const auto& line = journal.lines[i];
         const auto text = [&line](const char* member) { return line[QLatin1String(member)].toString(); };
         const auto time = QDateTime::fromString(text("time"), Qt::ISODateWithMs);
-        if (!time.isValid()) unclear.push_back(i);
-        if (time.isValid() && time < since) older = i + 1;
-        if (!time.isValid() || time < since) continue;
+        if (!time.isValid()) {
+            unclear.push_back(i);
+            continue;
+        }
+        if (time < since) {
+            older = i + 1;
+            continue;
+        }
         changes.made.push_back({text("time"), line[QLatin1String("address")].toInt(), text("meaning"),
                                 text("old"), text("outcome"), line[QLatin1String("confirmed")].toBool(),
                                 whoOf(text("user"), text("program"))});

@@ -54,7 +54,8 @@ CalibrationRecord::CalibrationRecord(const Workplace& workplace, QWidget* parent
     connect(&dial_, &QLineEdit::returnPressed, this, &CalibrationRecord::Dial_Return);
     // what is being measured belongs to the direction before
     connect(&direction_, &QComboBox::currentIndexChanged, this, [this] {
-        gate_.busy() ? gate_.runWhenFree(this, [this] { openDirection(); }) : openDirection();
+        if (!gate_.busy()) return openDirection();
+        gate_.runWhenFree(this, [this] { openDirection(); });
     });
     connect(&address_, &QLineEdit::textChanged, this, [this] {
         latest_.clear();

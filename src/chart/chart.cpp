@@ -30,8 +30,6 @@ void paint(QCPAbstractPlottable& curve, const QColor& colour)
 {
     auto pen = curve.pen();
     pen.setColor(colour);
-    // a width of 0 stays one pixel on a screen of 200 %, where the axes have two
-    if (pen.widthF() <= 0) pen.setWidthF(1);
     curve.setPen(pen);
     auto brush = curve.brush();
     if (brush.style() == Qt::NoBrush) return;
